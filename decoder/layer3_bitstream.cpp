@@ -1,0 +1,278 @@
+// Layer III from the frame's bytes to 576 values a granule and channel: ISO/IEC 11172-3 clauses
+// 2.4.1.7 and 2.4.3.4.1 to 2.4.3.4.6, ISO/IEC 13818-3 for the lower sampling frequencies.
+
+#include <algorithm>
+#include <cstring>
+
+#include "decoder/bit_reader.h"
+#include "decoder/header_tables.h"
+#include "decoder/huffman_lookup.h"
+#include "decoder/layer3_tables.h"
+#include "decoder/mpeg_decoder.h"
+
+namespace kwo {
+namespace {
+
+constexpr int kLongestPair = 19 + 2 * (1 + 13);  // code word, signs and linbits
+
+// A window on the next bits that is refilled when it runs low.
+class BitWindow {
+ public:
+  BitWindow(const unsigned char* base, int cursor) : base_(base), cursor_(cursor) { Refill(); }
+
+  // After this at least 57 bits are there.
+  void Refill() {
+    window_ = PeekBits(base_, cursor_);
+    valid_ = 57;
+  }
+  void Require(int bits) {
+    if (valid_ < bits) Refill();
+  }
+  std::uint64_t Top() const { return window_; }
+  void Drop(int bits) {
+    window_ <<= bits;
+    cursor_ += bits;
+    valid_ -= bits;
+  }
+  int Take(int bits) {
+    if (bits == 0) return 0;
+    const int value = static_cast<int>(window_ >> (64 - bits));
+    Drop(bits);
+    return value;
+  }
+  int Cursor() const { return cursor_; }
+
+ private:
+  const unsigned char* base_;
+  std::uint64_t window_ = 0;
+  int cursor_;
+  int valid_ = 0;
+};
+
+// One coded value of a pair, with its linbits and sign.
+float TakeValue(BitWindow& bits, int value, int linbits, const float* pow43) {
+  if (value == 15 && linbits) value += bits.Take(linbits);
+  if (value == 0) return 0.0f;
+  const float magnitude = pow43[value];
+  return bits.Take(1) ? -magnitude : magnitude;
+}
+
+// Bit lengths and the partition group of a granule's scale factors.
+struct ScaleFactorForm {
+  int slen[4];
+  int group;
+};
+
+ScaleFactorForm FormOf(int compress, bool lsf, bool intensityChannel) {
+  const int c = compress;
+  if (!lsf) return {{kSlen[0][c], kSlen[0][c], kSlen[1][c], kSlen[1][c]}, 6};
+  if (intensityChannel) {
+    if (c < 180) return {{c / 36, c % 36 / 6, c % 6, 0}, 3};
+    const int d = c < 244 ? c - 180 : c - 244;
+    if (c < 244) return {{d / 16, d / 4 % 4, d % 4, 0}, 4};
+    return {{d / 3, d % 3, 0, 0}, 5};
+  }
+  if (c < 400) return {{c / 16 / 5, c / 16 % 5, c / 4 % 4, c % 4}, 0};
+  const int d = c < 500 ? c - 400 : c - 500;
+  if (c < 500) return {{d / 4 / 5, d / 4 % 5, d % 4, 0}, 1};
+  return {{d / 3, d % 3, 0, 0}, 2};
+}
+
+}  // namespace
+
+void MpegDecoder::InitLayer3() {
+  const short* edges = kShortBands[refVersion * 3 + refSampleRateIndex];
+  for (int band = 0; band < 13; ++band) {
+    const int start = edges[band];
+    const int width = (edges[band + 1] - start) / 3;
+    for (int window = 0; window < 3; ++window) {
+      for (int k = 0; k < width; ++k) {
+        const int p = start + window * width + k;
+        const int interleaved = start + 3 * k + window;
+        lineIndex[0][p] = static_cast<std::int16_t>(p);
+        lineIndex[1][p] = static_cast<std::int16_t>(interleaved);
+        lineIndex[2][p] = static_cast<std::int16_t>(band < 3 ? p : interleaved);
+      }
+    }
+  }
+  mainDataBytes = 0;
+  std::memset(mainData, 0, sizeof mainData);
+  std::memset(scaleFactors, 0, sizeof scaleFactors);
+  std::memset(overlap, 0, sizeof overlap);
+}
+
+void MpegDecoder::DecodeLayer3() {
+  int granulesDone = 0;
+  for (int frame = 0; frame < (refVersion == 0 ? 1 : 2); ++frame) {
+    if (frame == 1) ReadFrameHeader(0);
+    if (bitRateIndex == 0) {
+      RingOut(frame);
+      return;
+    }
+    GranuleInfo records[2][2];
+    ReadSideInfo(records);
+    for (int granule = 0; granule < (Lsf() ? 1 : 2); ++granule) {
+      for (int channel = 0; channel < ChannelsNow(); ++channel) {
+        const GranuleInfo& record = records[channel][granule];
+        ReadScaleFactors(record, scaleFactors[channel]);
+        activeLines[channel] = ReadHuffmanData(record, spectrum[channel]);
+        Requantise(record, spectrum[channel], scaleFactors[channel]);
+      }
+      if (mode == 1) StereoProcess(records[1][granule], scaleFactors[1]);
+      if (enhancerValue) EnhanceTreble();
+      if (vocalOn) ReduceVocals();
+      for (int channel = 0; channel < ChannelsNow(); ++channel)
+        HybridSynthesis(records[channel][granule], channel, 18 * granulesDone);
+      ++granulesDone;
+    }
+  }
+}
+
+void MpegDecoder::ReadSideInfo(GranuleInfo (*records)[2]) {
+  const int channels = ChannelsNow();
+  const int granules = Lsf() ? 1 : 2;
+  const int mainDataBegin = GetBits(Lsf() ? 8 : 9);
+  GetBits(Lsf() ? (channels == 2 ? 2 : 1) : (channels == 2 ? 3 : 5));
+  for (int granule = 0; granule < granules; ++granule) {
+    for (int channel = 0; channel < channels; ++channel) {
+      GranuleInfo& record = records[channel][granule];
+      record.granule = granule;
+      record.channel = channel;
+      ReadScfsi(record);
+    }
+  }
+  int running = 0;
+  for (int granule = 0; granule < granules; ++granule)
+    for (int channel = 0; channel < channels; ++channel)
+      running = ReadGranuleInfo(records[channel][granule], running);
+  FillReservoir(mainDataBegin);
+}
+
+void MpegDecoder::ReadScfsi(GranuleInfo& record) {
+  for (int& flag : record.scfsi) flag = record.granule == 0 ? 0 : GetBits(1);
+}
+
+int MpegDecoder::ReadGranuleInfo(GranuleInfo& record, int running) {
+  const short* longBands = kLongBands[BandRow()];
+  record.part2Start = running;
+  record.part23End = running + GetBits(12);
+  // The field can ask for more lines than there are; what lies beyond is not decoded.
+  record.bigValueLines = std::min(GetBits(9) * 2, kLines);
+  record.globalGain = GetBits(8);
+  record.intensityScale = 2;
+  if (Lsf() && IntensityChannel(record.channel)) {
+    record.scalefacCompress = GetBits(8);
+    record.intensityScale = GetBits(1);
+  } else {
+    record.scalefacCompress = GetBits(Lsf() ? 9 : 4);
+  }
+  if (GetBits(1)) {
+    record.blockType = GetBits(2);
+    record.mixedBlock = GetBits(1);
+    record.tableSelect[0] = GetBits(5);
+    record.tableSelect[1] = GetBits(5);
+    record.tableSelect[2] = 0;
+    for (int& gain : record.subblockGain) gain = GetBits(3) * 4;
+    record.region0End = record.blockType == 2 ? kShortBands[BandRow()][3] : longBands[8];
+    record.region1End = kLines;
+  } else {
+    record.blockType = record.mixedBlock = 0;
+    for (int& table : record.tableSelect) table = GetBits(5);
+    for (int& gain : record.subblockGain) gain = 0;
+    const int region0Count = GetBits(4);
+    const int region1Count = GetBits(3);
+    record.region0End = longBands[std::min(region0Count + 1, 22)];
+    record.region1End = longBands[std::min(region0Count + region1Count + 2, 22)];
+  }
+  record.region0End = std::min(record.region0End, record.bigValueLines);
+  record.region1End = std::min(record.region1End, record.bigValueLines);
+  record.preflag = Lsf() ? record.scalefacCompress >= 500 : GetBits(1);
+  record.scalefacScale = GetBits(1);
+  record.count1Table = GetBits(1) ? 33 : 32;
+  if (record.blockType == 2)
+    for (int& flag : record.scfsi) flag = 0;
+  return record.part23End;
+}
+
+// Moves the old bytes that the frame refers to in front, copies the frame's own behind them, and
+// turns the bit reader to them.  The input reader is left at the frame's computed end.
+void MpegDecoder::FillReservoir(int mainDataBegin) {
+  const int bitRate = kBitRates[layerIndex + (Lsf() ? 3 : 0)][bitRateIndex] * 1000;
+  const int rate = kSampleRates[sampleRateIndex] >> versionIndex;
+  const int sideBytes = Lsf() ? (ChannelsNow() == 2 ? 17 : 9) : (ChannelsNow() == 2 ? 32 : 17);
+  const int payload = bitRate / 1000 * (Lsf() ? 72000 : 144000) / rate - (crcPresent ? 2 : 0) +
+                      paddingBit - sideBytes - 4;
+  mainDataBytes = std::max(mainDataBytes, mainDataBegin);
+  std::memmove(mainData, mainData + mainDataBytes - mainDataBegin,
+               static_cast<std::size_t>(mainDataBegin));
+  CopyFrameBytes(mainData + mainDataBegin, payload);
+  mainDataBytes = mainDataBegin + payload;
+  bitBase = mainData;
+  bitCursor = &mainDataBit;
+}
+
+void MpegDecoder::ReadScaleFactors(const GranuleInfo& record, int* store) {
+  *bitCursor = record.part2Start;
+  const ScaleFactorForm form =
+      FormOf(record.scalefacCompress, Lsf(), IntensityChannel(record.channel));
+  const int blockKind = record.blockType != 2 ? 0 : record.mixedBlock ? 2 : 1;
+  const unsigned char* ends = kPartitions[form.group][blockKind];
+  for (int part = 0; part < 4; ++part) {
+    const int count = ends[part + 1] - ends[part];
+    // A flag keeps what the granule before has read.
+    if (!record.scfsi[part])
+      for (int i = 0; i < count; ++i) store[i] = GetBits(form.slen[part]);
+    store += count;
+  }
+  store[0] = store[1] = store[2] = 0;
+}
+
+// Fills all 576 values and gives how many lines from 0 on can be other than zero.
+int MpegDecoder::ReadHuffmanData(const GranuleInfo& record, float* values) {
+  const float* pow43 = GetLayer3Tables().pow43;
+  const int blockKind = record.blockType != 2 ? 0 : record.mixedBlock ? 2 : 1;
+  const std::int16_t* place = lineIndex[blockKind];
+  BitWindow bits(bitBase, *bitCursor);
+  const int regionEnds[3] = {record.region0End, record.region1End, record.bigValueLines};
+  int i = 0;
+  for (int region = 0; region < 3; ++region) {
+    const HuffmanLookup& lookup = GetHuffmanLookup(record.tableSelect[region]);
+    for (; i < regionEnds[region]; i += 2) {
+      int codeBits;
+      bits.Require(kLongestPair);
+      const int pair = lookup.Find(bits.Top(), codeBits);
+      bits.Drop(codeBits);
+      values[place[i]] = TakeValue(bits, pair >> 4, lookup.linbits, pow43);
+      values[place[i + 1]] = TakeValue(bits, pair & 15, lookup.linbits, pow43);
+    }
+  }
+  const HuffmanLookup& quads = GetHuffmanLookup(record.count1Table);
+  while (bits.Cursor() < record.part23End && i < kLines) {
+    int codeBits;
+    bits.Require(10);
+    const int quad = quads.Find(bits.Top(), codeBits);
+    bits.Drop(codeBits);
+    for (int mask = 8; mask > 0; mask >>= 1, ++i) {
+      const float value = quad & mask ? (bits.Take(1) ? -1.0f : 1.0f) : 0.0f;
+      if (i < kLines) values[place[i]] = value;
+    }
+  }
+  // The last four values lie behind the part's end, or are big values that ran past it.
+  if (bits.Cursor() > record.part23End) i -= 4;
+  i = std::clamp(i, 0, kLines);
+  *bitCursor = bits.Cursor();
+  return ClearFrom(place, i, blockKind, values);
+}
+
+// Clears the coded places from `first` on.  In reordered blocks the lines below the highest band
+// that holds a value are not in coded order.
+int MpegDecoder::ClearFrom(const std::int16_t* place, int first, int blockKind, float* values) {
+  for (int i = first; i < kLines; ++i) values[place[i]] = 0.0f;
+  if (blockKind == 0) return first;
+  const short* edges = kShortBands[BandRow()];
+  int band = 0;
+  while (edges[band] < first) ++band;
+  return edges[band];
+}
+
+}  // namespace kwo

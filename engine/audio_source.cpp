@@ -1,0 +1,100 @@
+#include "engine/audio_source.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <new>
+
+namespace kwo {
+namespace {
+
+// The last four characters decide, whatever the case; nothing looks into the file.
+SourceKind KindOfName(const char* name) {
+  const std::size_t length = std::strlen(name);
+  if (length < 4) return SourceKind::kNothing;
+  char ending[5] = {};
+  std::transform(name + length - 4, name + length, ending,
+                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  if (!std::strcmp(ending, ".MP3") || !std::strcmp(ending, ".MP2")) return SourceKind::kMpeg;
+  return !std::strcmp(ending, ".WAV") ? SourceKind::kWav : SourceKind::kNothing;
+}
+
+}  // namespace
+
+AudioSource::~AudioSource() {
+  Close();
+}
+
+int AudioSource::Open(const char* name) {
+  Close();
+  for (auto& word : info) word = 0;
+  kind = SourceKind::kNothing;
+  const std::size_t length = std::strlen(name);
+  // A name that was cut would be another file's.
+  if (length >= sizeof path) return 0;
+  std::memcpy(path, name, length + 1);
+  kind = KindOfName(path);
+  if (kind == SourceKind::kMpeg) return OpenMpeg();
+  return kind == SourceKind::kWav ? OpenWav() : 1;
+}
+
+int AudioSource::OpenMpeg() {
+  decoder.reset(new (std::nothrow) MpegDecoder);
+  if (!decoder || fileStream.Open(path, 2) != 0) return 0;
+  if (decoder->Open(&fileStream, &sampleRate, &channels, 0, decimation, outputChannels) != 0)
+    return 0;
+  const StreamInfo& stream = decoder->Info();
+  info[INFO_KIND] = static_cast<int>(kind);
+  info[INFO_MPEG_VERSION] = stream.mpegVersion;
+  info[INFO_LAYER] = stream.layerNumber;
+  info[INFO_BIT_RATE] = decoder->HasXingHeader() ? 0 : stream.bitRate;
+  info[INFO_CHANNELS] = stream.channelCount;
+  info[INFO_SAMPLE_RATE] = stream.sampleRateHz;
+  NoteSeconds();
+  return 1;
+}
+
+int AudioSource::OpenWav() {
+  wavReader.reset(new (std::nothrow) WavReader);
+  if (!wavReader || !wavReader->Open(path, &sampleRate, &channels)) return 0;
+  info[INFO_KIND] = static_cast<int>(kind);
+  info[INFO_CHANNELS] = channels;
+  info[INFO_SAMPLE_RATE] = sampleRate;
+  NoteSeconds();
+  return 1;
+}
+
+void AudioSource::NoteSeconds() {
+  const std::int64_t second = std::int64_t{sampleRate} * channels * 4;
+  info[INFO_SECONDS] = static_cast<int>(std::min<std::int64_t>(Length() / second, INT32_MAX));
+}
+
+void AudioSource::Close() {
+  if (decoder) decoder->Shutdown();
+  fileStream.Shutdown();
+  decoder.reset();
+  wavReader.reset();
+}
+
+int AudioSource::Read(float* buffer, int size) {
+  if (decoder) return decoder->Read(buffer, size);
+  return wavReader ? wavReader->Read(buffer, size) : 0;
+}
+
+std::int64_t AudioSource::Seek(int seconds) {
+  const std::int64_t target = std::int64_t{sampleRate} * channels * seconds * 4;
+  if (decoder) return decoder->Seek(target);
+  return wavReader ? wavReader->Seek(target) : 0;
+}
+
+std::int64_t AudioSource::Length() {
+  if (decoder) return decoder->Control(CTL_LENGTH);
+  return wavReader ? wavReader->Length() : 0;
+}
+
+std::int64_t AudioSource::Position() {
+  if (decoder) return decoder->Control(CTL_READ_POSITION);
+  return wavReader ? wavReader->Position() : 0;
+}
+
+}  // namespace kwo

@@ -1,0 +1,73 @@
+// The road of the effects' settings from an AudioSource to its decoder.
+
+#include <algorithm>
+
+#include "engine/audio_source.h"
+
+namespace kwo {
+namespace {
+
+constexpr int kBands = 16;
+
+// Where the bands begin, in spectral lines, and how far a lift reaches there.  The 17th closes the
+// last band.
+constexpr struct {
+  int edge;
+  double boost;
+} kCurve[kBands + 1] = {
+    {0, 4.8},   {3, 5.1},   {6, 5.4},   {9, 5.7},   {12, 6.0},  {15, 6.3},
+    {21, 3.0},  {33, 3.0},  {51, 5.6},  {75, 6.0},  {105, 6.4}, {141, 6.8},
+    {183, 7.2}, {231, 7.6}, {285, 8.0}, {345, 8.4}, {576, 5.0},
+};
+constexpr double kCutReach = 1.5;
+constexpr int kLinesPerStep = 3;
+
+double BandGain(float value, int band) {
+  return 1.0 + (value - 1.0) * (value < 1.0f ? kCutReach : kCurve[band].boost);
+}
+
+}  // namespace
+
+void AudioSource::SetCrystalizer(int value) {
+  if (decoder) decoder->SetCrystalizer(value);
+}
+
+void AudioSource::SetEnhancer(int value) {
+  if (decoder) decoder->SetEnhancer(value);
+}
+
+void AudioSource::SetVocalReducer(int value) {
+  if (decoder) decoder->SetVocalReducer(value);
+}
+
+void AudioSource::SetWideStereo(int value) {
+  if (decoder) decoder->SetWideStereo(value);
+}
+
+void AudioSource::SetEqualiserSwitch(int value) {
+  if (!decoder) return;
+  eqSwitch = value;
+  decoder->SetEqualiserSwitch(value);
+}
+
+void AudioSource::SetEqualiserCurve(const float* values) {
+  if (!decoder) return;
+  std::copy_n(values, kBands + 1, eqValues);
+  float bands[kBands + 1];
+  std::copy_n(values, kBands, bands);
+  bands[kBands] = bands[kBands - 1];
+  float gains[kLines];
+  for (int band = 0; band < kBands; ++band) {
+    const int begin = kCurve[band].edge, end = kCurve[band + 1].edge;
+    const double gain = BandGain(bands[band], band);
+    const double slope = (BandGain(bands[band + 1], band + 1) - gain) / (end - begin);
+    for (int line = begin; line < end; ++line) {
+      const int step = line - line % kLinesPerStep;
+      gains[line] = static_cast<float>((step - begin) * slope + gain);
+    }
+  }
+  eqCompensation = static_cast<float>((1.0 - values[kBands]) * 2.0 + 1.0);
+  decoder->SetLineGains(gains);
+}
+
+}  // namespace kwo

@@ -1,0 +1,23 @@
+#include "platform/clock.h"
+
+#include <chrono>
+#include <thread>
+
+namespace kwo::platform {
+namespace {
+
+const auto programStart = std::chrono::steady_clock::now();
+
+}  // namespace
+
+void Sleep(int milliseconds) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+unsigned GetTickCount() {
+  const auto passed = std::chrono::steady_clock::now() - programStart;
+  return static_cast<unsigned>(
+      std::chrono::duration_cast<std::chrono::milliseconds>(passed).count());
+}
+
+}  // namespace kwo::platform

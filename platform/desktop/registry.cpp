@@ -1,0 +1,55 @@
+#include "platform/registry.h"
+
+#include <cstdlib>
+
+#include "platform/files.h"
+#include "platform/posix/registry_store.h"
+
+namespace kwo::platform {
+namespace {
+
+// The settings file of the desktop's conventions; empty, which keeps the values in memory, for a
+// user without a home.
+std::string StorePath() {
+  const char* config = std::getenv("XDG_CONFIG_HOME");
+  const char* home = std::getenv("HOME");
+  std::string folder;
+  if (config && *config == '/') {
+    folder = config;
+  } else if (home && *home == '/') {
+    folder = std::string(home) + "/.config";
+  } else {
+    return {};
+  }
+  MakeFolder(folder.c_str());
+  folder += "/kwo";
+  MakeFolder(folder.c_str());
+  return folder + "/settings";
+}
+
+RegistryStore& Store() {
+  static RegistryStore store = [] {
+    RegistryStore loaded;
+    loaded.Load(StorePath());
+    return loaded;
+  }();
+  return store;
+}
+
+}  // namespace
+
+bool ReadRegistry(const char* key, const char* name, std::string& bytes) {
+  return Store().Read(key, name, bytes);
+}
+
+bool WriteRegistry(const char* key, const char* name, RegistryType type, const void* data,
+                   std::size_t size) {
+  Store().Write(key, name, type, std::string(static_cast<const char*>(data), size));
+  return true;
+}
+
+void FlushRegistry() {
+  Store().Flush();
+}
+
+}  // namespace kwo::platform

@@ -1,0 +1,147 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace kwo::platform {
+namespace {
+
+int OpenFlags(FileAccess access, FileCreate create) {
+  int flags = access == FileAccess::kRead    ? O_RDONLY
+              : access == FileAccess::kWrite ? O_WRONLY
+                                             : O_RDWR;
+  if (create == FileCreate::kIfAbsent) flags |= O_CREAT;
+  if (create == FileCreate::kTruncate) flags |= O_CREAT | O_TRUNC;
+  if (create == FileCreate::kExclusive) flags |= O_CREAT | O_EXCL;
+  // Without O_NONBLOCK the open of a pipe would wait for its other end before it could be refused.
+  return flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+}
+
+template <typename Transfer>
+int MoveAll(int count, Transfer transfer) {
+  int moved = 0;
+  while (moved < count) {
+    ssize_t got = transfer(moved);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    moved += static_cast<int>(got);
+  }
+  return moved;
+}
+
+}  // namespace
+
+std::string ToMachinePath(const char* path) {
+  std::string machine(path);
+  std::replace(machine.begin(), machine.end(), '\\', '/');
+  return machine;
+}
+
+std::string FromMachinePath(const char* path) {
+  std::string ours(path);
+  std::replace(ours.begin(), ours.end(), '/', '\\');
+  return ours;
+}
+
+int OpenFile(const char* path, FileAccess access, FileCreate create) {
+  int file = open(ToMachinePath(path).c_str(), OpenFlags(access, create), S_IRUSR | S_IWUSR);
+  if (file < 0) return -1;
+  struct stat status;
+  if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
+    close(file);
+    return -1;
+  }
+  return file;
+}
+
+int ReadFile(int file, void* buffer, int count) {
+  return MoveAll(count, [&](int done) {
+    return read(file, static_cast<char*>(buffer) + done, static_cast<std::size_t>(count - done));
+  });
+}
+
+int WriteFile(int file, const void* buffer, int count) {
+  return MoveAll(count, [&](int done) {
+    return write(file, static_cast<const char*>(buffer) + done,
+                 static_cast<std::size_t>(count - done));
+  });
+}
+
+std::int64_t SeekFile(int file, std::int64_t position) {
+  return lseek(file, position, SEEK_SET);
+}
+
+std::int64_t SeekFileBy(int file, std::int64_t delta) {
+  return lseek(file, delta, SEEK_CUR);
+}
+
+std::int64_t FileSize(int file) {
+  struct stat status;
+  return fstat(file, &status) == 0 ? status.st_size : 0;
+}
+
+bool TruncateFile(int file, std::int64_t size) {
+  return ftruncate(file, size) == 0;
+}
+
+void CloseFile(int file) {
+  close(file);
+}
+
+bool ReadWholeFile(const char* path, std::string& contents, std::size_t limit) {
+  contents.clear();
+  int file = OpenFile(path, FileAccess::kRead, FileCreate::kNever);
+  if (file < 0) return false;
+  char piece[16384];
+  int got;
+  while ((got = ReadFile(file, piece, sizeof piece)) > 0 && contents.size() <= limit)
+    contents.append(piece, static_cast<std::size_t>(got));
+  CloseFile(file);
+  return contents.size() <= limit;
+}
+
+bool ReplaceFile(const char* path, std::string_view contents) {
+  const std::string target = ToMachinePath(path);
+  const std::string beside = target + ".new";
+  int file = open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (file < 0) return false;
+  const int size = static_cast<int>(contents.size());
+  bool whole = WriteFile(file, contents.data(), size) == size;
+  // The rename must not reach the disk before the contents do.
+  whole = fsync(file) == 0 && whole;
+  whole = close(file) == 0 && whole;
+  if (whole && rename(beside.c_str(), target.c_str()) == 0) return true;
+  unlink(beside.c_str());
+  return false;
+}
+
+bool FolderExists(const char* path) {
+  struct stat status;
+  return stat(ToMachinePath(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool MakeFolder(const char* path) {
+  return mkdir(ToMachinePath(path).c_str(), S_IRWXU) == 0 || FolderExists(path);
+}
+
+std::string CurrentFolder() {
+  char folder[4096];
+  if (!getcwd(folder, sizeof folder)) return "\\";
+  std::string ours = FromMachinePath(folder);
+  if (ours.back() != '\\') ours += '\\';
+  return ours;
+}
+
+std::string ExecutablePath() {
+  char path[4096];
+  ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
+  if (length <= 0) return CurrentFolder() + "kwo";
+  path[length] = 0;
+  return FromMachinePath(path);
+}
+
+}  // namespace kwo::platform

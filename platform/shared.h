@@ -1,0 +1,35 @@
+#pragma once
+
+#include <atomic>
+#include <type_traits>
+
+namespace kwo {
+
+/// A word that several threads read and write without a lock.  Each access moves the whole word;
+/// plain reads and writes are relaxed, which is all that a parameter needs.  A write that makes
+/// other memory visible uses `Publish`, and its reader uses `Acquire`.
+template <typename T>
+class Shared {
+  static_assert(sizeof(T) == 4 || std::is_pointer_v<T>, "a shared word is four bytes or a pointer");
+  static_assert(std::atomic<T>::is_always_lock_free);
+
+ public:
+  constexpr Shared(T value = T{}) : word_(value) {}
+  Shared(const Shared&) = delete;
+  Shared& operator=(const Shared&) = delete;
+
+  operator T() const { return word_.load(std::memory_order_relaxed); }
+  T operator=(T value) {
+    word_.store(value, std::memory_order_relaxed);
+    return value;
+  }
+
+  /// Stores `value` so that a thread that `Acquire`s it also sees all that was written before.
+  void Publish(T value) { word_.store(value, std::memory_order_release); }
+  T Acquire() const { return word_.load(std::memory_order_acquire); }
+
+ private:
+  std::atomic<T> word_;
+};
+
+}  // namespace kwo

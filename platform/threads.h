@@ -1,0 +1,20 @@
+#pragma once
+
+namespace kwo::platform {
+
+struct Thread;
+
+enum class ThreadPriority { kNormal, kTimeCritical };
+
+/// Starts `body(argument)` on a new thread and gives its handle, or null if none could be made.
+/// Every handle is given to `JoinThread` once.
+Thread* StartThread(void (*body)(void*), void* argument);
+
+/// Waits until the thread's body has returned, and frees the handle.
+void JoinThread(Thread* thread);
+
+/// Asks for a priority for the calling thread.  Where the system does not allow it, nothing
+/// changes.
+void SetThreadPriority(ThreadPriority priority);
+
+}  // namespace kwo::platform

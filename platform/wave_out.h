@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/shared.h"
+
+/// The wave output: a device that plays queued buffers in order, with no gap.
+namespace kwo::platform {
+
+struct WaveFormat {
+  unsigned short formatTag;  ///< 1, PCM
+  unsigned short channels;
+  unsigned samplesPerSecond;
+  unsigned averageBytesPerSecond;
+  unsigned short blockAlign;  ///< bytes of a sample frame
+  unsigned short bitsPerSample;
+  unsigned short extraSize;
+};
+
+/// The whole of a buffer's state lies in its flags: 0 free, `kWavePrepared` handed to the device,
+/// with `kWaveDone` played.
+constexpr unsigned kWaveDone = 1;
+constexpr unsigned kWavePrepared = 2;
+
+struct WaveHeader {
+  const char* data = nullptr;
+  unsigned bufferLength = 0;  ///< bytes, a whole number of sample frames
+  Shared<unsigned> flags;
+};
+
+/// Called once for each buffer when it has been played, on the device's own thread, right before
+/// its done flag is set.  It may not call the device and must return soon.
+using WaveDoneCallback = void (*)(WaveHeader& header);
+
+struct WaveDevice;
+
+/// Opens the system's default device; null if it is absent or busy.  A device that vanishes later
+/// is reopened by the layer with its queue kept.  The operations below come from one thread.
+WaveDevice* OpenWave(const WaveFormat& format, WaveDoneCallback callback);
+
+/// Sets the prepared flag.
+void PrepareWave(WaveDevice* device, WaveHeader& header);
+
+/// Queues a prepared buffer.  Its memory and its header belong to the device until it is done.
+void WriteWave(WaveDevice* device, WaveHeader& header);
+
+/// Clears the prepared flag of a played buffer; false, and nothing changed, while it is queued.
+bool UnprepareWave(WaveDevice* device, WaveHeader& header);
+
+/// Stops the sound and marks all queued buffers done, without a call for them.
+void ResetWave(WaveDevice* device);
+
+/// Closes the device.  No callback comes once it has returned.
+void CloseWave(WaveDevice* device);
+
+}  // namespace kwo::platform
