@@ -2,6 +2,7 @@
 // 2.4.1.7 and 2.4.3.4.1 to 2.4.3.4.6, ISO/IEC 13818-3 for the lower sampling frequencies.
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "decoder/bit_reader.h"
@@ -13,48 +14,50 @@
 namespace kwo {
 namespace {
 
-constexpr int kLongestPair = 19 + 2 * (1 + 13);  // code word, signs and linbits
-
-// A window on the next bits that is refilled when it runs low.
+// The next bits of a buffer in a register.  Taking bits and refilling have no branch: which way one
+// would go depends on the music, and each wrong guess costs as much as two values.
 class BitWindow {
  public:
-  BitWindow(const unsigned char* base, int cursor) : base_(base), cursor_(cursor) { Refill(); }
-
-  // After this at least 57 bits are there.
-  void Refill() {
-    window_ = PeekBits(base_, cursor_);
-    valid_ = 57;
+  BitWindow(const unsigned char* base, int cursor) : base_(base), next_(base + (cursor >> 3)) {
+    Refill();
+    Drop(cursor & 7);
   }
-  void Require(int bits) {
-    if (valid_ < bits) Refill();
+
+  // After this 56 bits at least are there: the longest pair, with its signs and linbits, has 47.
+  void Refill() {
+    window_ |= PeekBits(next_, 0) >> valid_;
+    next_ += (63 - valid_) >> 3;
+    valid_ |= 56;
   }
   std::uint64_t Top() const { return window_; }
   void Drop(int bits) {
     window_ <<= bits;
-    cursor_ += bits;
     valid_ -= bits;
   }
   int Take(int bits) {
-    if (bits == 0) return 0;
     const int value = static_cast<int>(window_ >> (64 - bits));
     Drop(bits);
     return value;
   }
-  int Cursor() const { return cursor_; }
+  // `magnitude` with the sign of the next bit if `coded` is 1, which takes that bit; +0 otherwise.
+  float TakeSigned(float magnitude, unsigned coded) {
+    const auto sign = static_cast<std::uint32_t>(window_ >> 32) & 0x80000000u;
+    Drop(static_cast<int>(coded));
+    return std::bit_cast<float>((std::bit_cast<std::uint32_t>(magnitude) | sign) & (0u - coded));
+  }
+  int Cursor() const { return static_cast<int>(next_ - base_) * 8 - valid_; }
 
  private:
   const unsigned char* base_;
+  const unsigned char* next_;
   std::uint64_t window_ = 0;
-  int cursor_;
   int valid_ = 0;
 };
 
 // One coded value of a pair, with its linbits and sign.
 float TakeValue(BitWindow& bits, int value, int linbits, const float* pow43) {
   if (value == 15 && linbits) value += bits.Take(linbits);
-  if (value == 0) return 0.0f;
-  const float magnitude = pow43[value];
-  return bits.Take(1) ? -magnitude : magnitude;
+  return bits.TakeSigned(pow43[value], value != 0);
 }
 
 // Bit lengths and the partition group of a granule's scale factors.
@@ -239,7 +242,7 @@ int MpegDecoder::ReadHuffmanData(const GranuleInfo& record, float* values) {
     const HuffmanLookup& lookup = GetHuffmanLookup(record.tableSelect[region]);
     for (; i < regionEnds[region]; i += 2) {
       int codeBits;
-      bits.Require(kLongestPair);
+      bits.Refill();
       const int pair = lookup.Find(bits.Top(), codeBits);
       bits.Drop(codeBits);
       values[place[i]] = TakeValue(bits, pair >> 4, lookup.linbits, pow43);
@@ -249,11 +252,11 @@ int MpegDecoder::ReadHuffmanData(const GranuleInfo& record, float* values) {
   const HuffmanLookup& quads = GetHuffmanLookup(record.count1Table);
   while (bits.Cursor() < record.part23End && i < kLines) {
     int codeBits;
-    bits.Require(10);
-    const int quad = quads.Find(bits.Top(), codeBits);
+    bits.Refill();
+    const unsigned quad = static_cast<unsigned>(quads.Find(bits.Top(), codeBits));
     bits.Drop(codeBits);
-    for (int mask = 8; mask > 0; mask >>= 1, ++i) {
-      const float value = quad & mask ? (bits.Take(1) ? -1.0f : 1.0f) : 0.0f;
+    for (int shift = 3; shift >= 0; --shift, ++i) {
+      const float value = bits.TakeSigned(1.0f, quad >> shift & 1);
       if (i < kLines) values[place[i]] = value;
     }
   }
