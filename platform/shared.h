@@ -28,6 +28,12 @@ class Shared {
   void Publish(T value) { word_.store(value, std::memory_order_release); }
   T Acquire() const { return word_.load(std::memory_order_acquire); }
 
+  /// Stores `value` if the word still holds `expected`: for a thread that moves a value on while
+  /// another may set it afresh, so that the fresh one stays.
+  bool Replace(T expected, T value) {
+    return word_.compare_exchange_strong(expected, value, std::memory_order_acq_rel);
+  }
+
  private:
   std::atomic<T> word_;
 };

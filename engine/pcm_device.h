@@ -1,0 +1,17 @@
+#pragma once
+
+/// The ring of buffers between the render thread and the wave output.  There is one device for the
+/// process; its state is process-wide.  All three operations belong to the render thread.
+namespace kwo::PcmDevice {
+
+/// Opens the default device, closing an open one first.  1, or 0 if it is absent or busy.
+int Open(int rate, unsigned short channels, unsigned short bits, int bufferBytes, int bufferCount);
+
+/// Lets the queue play on for 100 ms for each buffer found in it, then cuts it.
+void Close();
+
+/// Copies `bytes` into the ring and hands over every full buffer; sleeps while none is free.  Gives
+/// the bytes taken: all of them.
+int Write(const void* data, int bytes);
+
+}  // namespace kwo::PcmDevice

@@ -1,0 +1,303 @@
+#include "decoder/mpeg_decoder.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <random>
+
+#include "decoder/file_input_stream.h"
+#include "tests/support.h"
+
+namespace kwo {
+namespace {
+
+using test::DataFile;
+
+// A song opened the way the audio source does it.
+struct Song {
+  FileInputStream file;
+  std::unique_ptr<MpegDecoder> decoder = std::make_unique<MpegDecoder>();
+  int rate = 0, channels = 0, result = -1;
+
+  explicit Song(const std::string& path, int integers = 0, int decimation = 0,
+                int outChannels = 0) {
+    if (file.Open(path.c_str(), 2) == 0)
+      result = decoder->Open(&file, &rate, &channels, integers, decimation, outChannels);
+  }
+  ~Song() {
+    decoder->Shutdown();
+    file.Shutdown();
+  }
+  std::vector<float> ReadAll(int piece = 30000) {
+    std::vector<float> all;
+    std::vector<float> part(static_cast<std::size_t>(piece));
+    int got;
+    while ((got = decoder->Read(part.data(), piece * 4)) > 0)
+      all.insert(all.end(), part.begin(), part.begin() + got / 4);
+    return all;
+  }
+  int FrameBytes() const { return channels * 4 * kFrameSamples; }
+};
+
+// An MPEG-1 Layer III header of 128 kbit/s at 44,100 Hz, stereo, without CRC.
+std::string Header(int bitRateIndex = 9, int rateIndex = 0, int mode = 0) {
+  return {'\xff', '\xfb', static_cast<char>(bitRateIndex << 4 | rateIndex << 2),
+          static_cast<char>(mode << 6)};
+}
+
+// A frame whose granules hold no values.
+std::string SilentFrame() {
+  return Header() + std::string(413, 0);
+}
+
+std::string SilentFrames(int count) {
+  std::string bytes;
+  for (int i = 0; i < count; ++i) bytes += SilentFrame();
+  return bytes;
+}
+
+struct File {
+  test::TempFolder folder;
+  std::string path = folder.File("song.mp3");
+  explicit File(const std::string& bytes) { test::WriteBytes(path, bytes); }
+};
+
+TEST(MpegDecoder, ReckonsLengthAndFramePlaces) {
+  std::string bytes = SilentFrames(20);
+  bytes.resize(4000000);
+  File file(bytes);
+  Song song(file.path);
+  ASSERT_EQ(0, song.result);
+  EXPECT_EQ(44100, song.rate);
+  EXPECT_EQ(2, song.channels);
+  EXPECT_EQ(88197120, song.decoder->Control(CTL_LENGTH));
+  EXPECT_EQ(9216000, song.decoder->Seek(9216000));
+  EXPECT_EQ(417959, song.file.Control(CTL_READ_POSITION));
+  EXPECT_EQ(88197120, song.decoder->Seek(99999999));
+  const StreamInfo& info = song.decoder->Info();
+  EXPECT_EQ(1, info.mpegVersion);
+  EXPECT_EQ(3, info.layerNumber);
+  EXPECT_EQ(128000, info.bitRate);
+  EXPECT_EQ(2, info.channelCount);
+  EXPECT_EQ(44100, info.sampleRateHz);
+}
+
+TEST(MpegDecoder, FindsTheFirstHeaderBehindATag) {
+  File near(std::string(32768 - 4, 'x') + SilentFrames(5));
+  EXPECT_EQ(0, Song(near.path).result);
+  File far(std::string(32768 - 3, 'x') + SilentFrames(5));
+  EXPECT_EQ(-1, Song(far.path).result);
+  // Free format and Layer I without CRC are passed over.
+  File free(Header(0) + std::string(200, 0) + SilentFrames(5));
+  EXPECT_EQ(0, Song(free.path).result);
+  File layer1("\xff\xff\x90" + std::string(400, 0));
+  EXPECT_EQ(-1, Song(layer1.path).result);
+  File run("\xff\xff" + SilentFrames(3));
+  EXPECT_EQ(0, Song(run.path).result);
+}
+
+TEST(MpegDecoder, SkipsFramesOfAnotherKindAsNoise) {
+  const std::string other = Header(9, 1) + std::string(380, 0);
+  const std::string mono = Header(9, 0, 3) + std::string(413, 0);
+  const std::string joint = Header(9, 0, 1) + std::string(413, 0);
+  File file(SilentFrame() + other + SilentFrame() + mono + joint + SilentFrame());
+  Song song(file.path);
+  // Four frames and the tail.
+  EXPECT_EQ(5u * 2 * kFrameSamples, song.ReadAll().size());
+  EXPECT_EQ(1, song.decoder->Control(CTL_POSITION_AT_END));
+  EXPECT_EQ(1, song.decoder->Control(CTL_READ_SHORT));
+}
+
+TEST(MpegDecoder, PieceOfAReadDoesNotMatter) {
+  for (const char* name : {"joint128.mp3", "lsf22.mp3", "layer2.mp2", "mono8.mp3", "vbr.mp3"}) {
+    const auto whole = Song(DataFile(name)).ReadAll(100000);
+    EXPECT_GT(whole.size(), 20000u);
+    for (int piece : {1000, 2304, 4609}) EXPECT_EQ(whole, Song(DataFile(name)).ReadAll(piece));
+  }
+}
+
+TEST(MpegDecoder, PeekConsumesNothingAndNeverCrossesAFrame) {
+  Song song(DataFile("joint128.mp3"));
+  const auto expected = Song(DataFile("joint128.mp3")).ReadAll();
+  std::vector<float> peeked(5000), read(2000);
+  song.decoder->Read(read.data(), 8000);
+  EXPECT_EQ(9216 - 8000, song.decoder->RawPeek(peeked.data(), 20000));
+  song.decoder->Read(read.data(), 1216);
+  EXPECT_EQ(peeked[0], read[0]);
+  EXPECT_EQ(expected[2000], read[0]);
+  EXPECT_EQ(9216, song.decoder->RawPeek(peeked.data(), 20000));
+}
+
+TEST(MpegDecoder, LengthHeaderCountsDecoderFrames) {
+  for (const char* name : {"vbr.mp3", "vbr-lsf.mp3"}) {
+    Song song(DataFile(name));
+    EXPECT_TRUE(song.decoder->HasXingHeader());
+    const double seconds =
+        static_cast<double>(song.decoder->Control(CTL_LENGTH)) / (4.0 * song.channels * song.rate);
+    EXPECT_NEAR(3.0, seconds, 0.15) << name;
+  }
+}
+
+TEST(MpegDecoder, LengthHeaderWithoutItsFieldsStillGivesALength) {
+  const std::string bytes = test::ReadBytes(DataFile("vbr.mp3"));
+  const std::size_t at = bytes.find("Xing");
+  ASSERT_NE(std::string::npos, at);
+  for (int flags = 0; flags < 16; ++flags) {
+    std::string changed = bytes;
+    changed[at + 7] = static_cast<char>(flags);
+    File file(changed);
+    Song song(file.path);
+    ASSERT_EQ(0, song.result);
+    const auto length = song.decoder->Control(CTL_LENGTH);
+    EXPECT_GT(length, 0);
+    const auto middle = length / 2 / song.FrameBytes() * song.FrameBytes();
+    EXPECT_EQ(middle, song.decoder->Seek(middle));
+    EXPECT_GT(song.file.Control(CTL_READ_POSITION), 0);
+    EXPECT_FALSE(song.ReadAll().empty());
+  }
+}
+
+// Whether `part` stands in `whole` near decoder frame `about`.  A seek in a stream of half frames
+// may pair them the other way.
+bool StandsNear(const std::vector<float>& whole, const std::vector<float>& part, int about,
+                std::size_t frameValues) {
+  for (int halves = 2 * (about - 6); halves <= 2 * (about + 6); ++halves) {
+    const std::size_t at = static_cast<std::size_t>(std::max(halves, 0)) * frameValues / 2;
+    if (at + part.size() <= whole.size() &&
+        std::equal(part.begin(), part.end(), whole.begin() + static_cast<long>(at),
+                   [](float a, float b) { return std::fabs(a - b) < 0.01f; }))
+      return true;
+  }
+  return false;
+}
+
+TEST(MpegDecoder, ThousandRandomSeeksLandInTheSongAndOnItsSamples) {
+  std::mt19937 random(4);
+  for (const char* name : {"joint128.mp3", "lsf22.mp3", "layer2.mp2", "vbr.mp3", "vbr-lsf.mp3"}) {
+    const auto whole = Song(DataFile(name)).ReadAll();
+    Song song(DataFile(name));
+    const auto length = song.decoder->Control(CTL_LENGTH);
+    const auto frameValues = static_cast<std::size_t>(song.FrameBytes() / 4);
+    for (int i = 0; i < 200; ++i) {
+      const auto target = static_cast<std::int64_t>(random() % (length + 20000));
+      const auto reached = song.decoder->Seek(target);
+      ASSERT_GE(reached, 0);
+      ASSERT_LE(reached, length);
+      ASSERT_EQ(std::min(target, length), reached) << name;
+      ASSERT_LE(song.decoder->Control(CTL_READ_POSITION), song.decoder->Control(CTL_LENGTH));
+      // Reservoir, overlap and synthesis are whole again some frames later.
+      const auto frame = reached / song.FrameBytes();
+      if (frame + 24 > length / song.FrameBytes()) continue;
+      std::vector<float> part(frameValues);
+      song.decoder->Read(nullptr, static_cast<int>((frame + 12) * song.FrameBytes() - reached));
+      song.decoder->Read(part.data(), song.FrameBytes());
+      ASSERT_TRUE(StandsNear(whole, part, static_cast<int>(frame) + 12, frameValues))
+          << name << " frame " << frame;
+    }
+  }
+}
+
+TEST(MpegDecoder, SeekWithinTheFrameInHandMovesNoFile) {
+  Song song(DataFile("joint128.mp3"));
+  const auto whole = Song(DataFile("joint128.mp3")).ReadAll();
+  float value;
+  const auto place = song.file.Control(CTL_READ_POSITION);
+  EXPECT_EQ(4000, song.decoder->Seek(4000));
+  song.decoder->Read(&value, 4);
+  EXPECT_EQ(whole[1000], value);
+  EXPECT_EQ(place, song.file.Control(CTL_READ_POSITION));
+  // A frame that went straight to the reader is not in hand: the seek decodes it again.
+  std::vector<float> frames(4 * 2304);
+  song.decoder->Seek(0);
+  song.decoder->Read(frames.data(), 3 * 9216);
+  EXPECT_EQ(2 * 9216 + 400, song.decoder->Seek(2 * 9216 + 400));
+  song.decoder->Read(&value, 4);
+  EXPECT_TRUE(std::isfinite(value));
+}
+
+TEST(MpegDecoder, LowerRatesAndIntegersFollowTheFullRate) {
+  const auto full = Song(DataFile("joint128.mp3")).ReadAll();
+  Song half(DataFile("joint128.mp3"), 0, 1);
+  EXPECT_EQ(22050, half.rate);
+  EXPECT_EQ(full.size() / 2, half.ReadAll().size());
+  Song quarter(DataFile("joint128.mp3"), 0, 2, 1);
+  EXPECT_EQ(11025, quarter.rate);
+  EXPECT_EQ(full.size() / 8, quarter.ReadAll().size());
+  Song integers(DataFile("joint128.mp3"), 1);
+  std::vector<std::int16_t> values(full.size());
+  EXPECT_EQ(static_cast<int>(full.size() * 2),
+            integers.decoder->Read(values.data(), static_cast<int>(full.size() * 2)));
+  for (std::size_t i = 0; i < full.size(); ++i)
+    ASSERT_EQ(static_cast<int>(std::clamp(full[i], -32768.0f, 32767.0f)), values[i]);
+}
+
+TEST(MpegDecoder, SettingsReachTheSound) {
+  const auto plain = Song(DataFile("joint128.mp3")).ReadAll();
+  auto energy = [](const std::vector<float>& values) {
+    double sum = 0;
+    for (float value : values) sum += double{value} * value;
+    return sum;
+  };
+  Song gained(DataFile("joint128.mp3"));
+  std::vector<float> gains(kLines, 0.5f);
+  gained.decoder->SetLineGains(gains.data());
+  gained.decoder->SetEqualiserSwitch(1);
+  EXPECT_NEAR(0.25, energy(gained.ReadAll()) / energy(plain), 0.01);
+  Song neutral(DataFile("joint128.mp3"));
+  neutral.decoder->SetEqualiserSwitch(1);
+  EXPECT_EQ(plain, neutral.ReadAll());
+  Song enhanced(DataFile("joint128.mp3"));
+  enhanced.decoder->SetEnhancer(2);
+  EXPECT_NE(plain, enhanced.ReadAll());
+  Song crystal(DataFile("joint128.mp3"));
+  crystal.decoder->SetCrystalizer(1);
+  const double gain = energy(crystal.ReadAll()) / energy(plain);
+  EXPECT_GT(gain, 1.1) << "the lines below the first butterfly, most of a bass, stay";
+  EXPECT_LT(gain, 1.38 * 1.38);
+  Song layer2(DataFile("layer2.mp2"));
+  const auto before = Song(DataFile("layer2.mp2")).ReadAll();
+  layer2.decoder->Control(CTL_LINE_GAINS, gains.data());
+  EXPECT_NEAR(0.25, energy(layer2.ReadAll()) / energy(before), 0.02);
+}
+
+TEST(MpegDecoder, DamagedSongsPlayToTheirEnd) {
+  std::mt19937 random(8);
+  for (const char* name : {"joint128.mp3", "vbr-lsf.mp3", "layer2.mp2"}) {
+    const std::string good = test::ReadBytes(DataFile(name));
+    for (int round = 0; round < 30; ++round) {
+      std::string bad = good;
+      for (int i = 0; i < 1 << round % 12; ++i) bad[random() % bad.size()] ^= char(random());
+      if (round % 3 == 0) bad.resize(random() % bad.size());
+      File file(bad);
+      Song song(file.path);
+      if (song.result == 0) {
+        song.ReadAll();
+        song.decoder->Seek(static_cast<std::int64_t>(random() % 4000000));
+        song.ReadAll();
+      }
+    }
+  }
+}
+
+TEST(MpegDecoder, HopelessFilesDoNotOpen) {
+  test::TempFolder folder;
+  EXPECT_EQ(-1, Song(folder.Path()).result);
+  EXPECT_EQ(-1, Song(folder.File("absent.mp3")).result);
+  for (const std::string& bytes : {std::string(), std::string(100000, 0), std::string(1, '\xff')}) {
+    File file(bytes);
+    EXPECT_EQ(-1, Song(file.path).result);
+  }
+}
+
+TEST(MpegDecoder, SparseFileOfThreeGigabytesKeepsItsLength) {
+  File file(SilentFrames(30));
+  std::filesystem::resize_file(file.path, 3000000000);
+  Song song(file.path);
+  ASSERT_EQ(0, song.result);
+  EXPECT_NEAR(187500.0, static_cast<double>(song.decoder->Control(CTL_LENGTH)) / (8.0 * 44100), 1);
+  EXPECT_EQ(60000000000, song.decoder->Seek(60000000000));
+}
+
+}  // namespace
+}  // namespace kwo

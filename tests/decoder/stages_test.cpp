@@ -1,0 +1,666 @@
+// Each stage of the decoder against a direct computation in double precision.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <numbers>
+#include <random>
+#include <set>
+
+#include "decoder/huffman_lookup.h"
+#include "decoder/imdct_tables.h"
+#include "decoder/layer12.h"
+#include "tests/decoder/decoder_probe.h"
+
+namespace kwo {
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+
+double Prototype(double n) {
+  const double c[8] = {0.5,
+                       -std::sqrt(0.9999277960573325),
+                       std::sqrt(0.9924951124314516),
+                       -std::sqrt(0.8832327678591261),
+                       std::sqrt(0.5),
+                       -0.341712207,
+                       0.0866307542,
+                       -0.00849729031};
+  double sum = 0;
+  for (int j = 0; j < 8; ++j) sum += c[j] * std::cos(2 * kPi * j * n / 512);
+  return 8192 * sum;
+}
+
+std::vector<float> RandomFloats(std::size_t count, unsigned seed) {
+  std::mt19937 random(seed);
+  std::uniform_real_distribution<float> distribution(-1, 1);
+  std::vector<float> values(count);
+  for (auto& value : values) value = distribution(random);
+  return values;
+}
+
+TEST(Synthesis, ImpulseResponseIsTheWindowedCosineAtAllRates) {
+  EXPECT_NEAR(37519, Prototype(256), 1);
+  for (int decimation = 0; decimation < 3; ++decimation) {
+    const int m = 1 << decimation;
+    for (int band = 0; band < kSubbands / m; ++band) {
+      auto decoder = std::make_unique<MpegDecoder>();
+      DecoderProbe probe(*decoder);
+      probe.SetUpSynthesis(1, 0, decimation);
+      probe.Subbands(0)[band] = 1.0f;
+      float pcm[kFrameSamples];
+      probe.Synthesize(pcm);
+      for (int t = 0; t < kFrameSamples / m; ++t) {
+        const double expected =
+            t * m < 512 ? -Prototype(t * m) * std::cos((2 * band + 1) * (t * m + 16) * kPi / 64)
+                        : 0.0;
+        ASSERT_NEAR(expected, pcm[t], 0.02) << decimation << ' ' << band << ' ' << t;
+      }
+    }
+  }
+}
+
+TEST(Synthesis, HistoryReachesOverFrames) {
+  auto decoder = std::make_unique<MpegDecoder>();
+  DecoderProbe probe(*decoder);
+  probe.SetUpSynthesis(1, 0, 0);
+  probe.Subbands(0)[35 * kSubbands + 3] = 1.0f;
+  float pcm[kFrameSamples];
+  probe.Synthesize(pcm);
+  probe.Subbands(0)[35 * kSubbands + 3] = 0.0f;
+  probe.Synthesize(pcm);
+  for (int t = 32; t < 512; ++t)
+    ASSERT_NEAR(-Prototype(t) * std::cos(7 * (t + 16) * kPi / 64), pcm[t - 32], 0.02);
+  for (int t = 480; t < kFrameSamples; ++t) ASSERT_EQ(0.0f, pcm[t]);
+}
+
+TEST(Synthesis, AllKernelsAgree) {
+  const auto subbands = RandomFloats(kFrameSlots * kSubbands, 3);
+  auto secants = std::vector<float>(32);
+  for (int m = 1; m <= 16; m *= 2)
+    for (int k = 0; k < m; ++k)
+      secants[static_cast<std::size_t>(m + k)] =
+          static_cast<float>(0.5 / std::cos((2 * k + 1) * kPi / (4 * m)));
+  auto weights = std::make_unique<SynthesisWeights>();
+  for (auto& row : weights->front)
+    for (auto& weight : row) weight = 0.25;
+  for (auto& row : weights->rear)
+    for (auto& weight : row) weight = -0.5;
+  std::vector<float> first;
+  for (auto kernels = AllKernels(); *kernels; ++kernels) {
+    auto history = std::make_unique<SynthesisHistory>();
+    std::vector<float> pcm(kFrameSamples);
+    (*kernels)->synthesize(pcm.data(), subbands.data(), *history, *weights, secants.data(), 0);
+    if (first.empty()) first = pcm;
+    for (std::size_t i = 0; i < pcm.size(); ++i) ASSERT_NEAR(first[i], pcm[i], 1e-5f);
+  }
+}
+
+// Synthesises one frame of random subbands and gives it as floats.
+std::vector<float> SynthesizeRandom(MpegDecoder& decoder, DecoderProbe& probe, int channels) {
+  for (int channel = 0; channel < channels; ++channel) {
+    const auto values = RandomFloats(kFrameSlots * kSubbands, 7u + static_cast<unsigned>(channel));
+    std::copy(values.begin(), values.end(), probe.Subbands(channel));
+  }
+  std::vector<float> pcm(2 * kFrameSamples);
+  probe.Synthesize(pcm.data());
+  (void)decoder;
+  return pcm;
+}
+
+TEST(Synthesis, ChannelsFoldAndDouble) {
+  auto stereo = std::make_unique<MpegDecoder>();
+  DecoderProbe probe(*stereo);
+  probe.SetUpSynthesis(2, 0, 0);
+  const auto both = SynthesizeRandom(*stereo, probe, 2);
+  probe.SetUpSynthesis(2, 1, 0);
+  const auto mean = SynthesizeRandom(*stereo, probe, 2);
+  EXPECT_EQ(1, probe.OutputChannels());
+  probe.SetUpSynthesis(2, -2, 0);
+  const auto doubled = SynthesizeRandom(*stereo, probe, 2);
+  probe.SetUpSynthesis(1, 2, 0);
+  const auto mono = SynthesizeRandom(*stereo, probe, 1);
+  for (std::size_t i = 0; i < kFrameSamples; ++i) {
+    ASSERT_NEAR((both[2 * i] + both[2 * i + 1]) / 2, mean[i], 0.02);
+    ASSERT_EQ(mean[i], doubled[2 * i]);
+    ASSERT_EQ(mean[i], doubled[2 * i + 1]);
+    ASSERT_NEAR(both[2 * i], mono[2 * i], 0.02);
+    ASSERT_EQ(mono[2 * i], mono[2 * i + 1]);
+  }
+}
+
+TEST(Synthesis, MatrixMixesAndItsDefaultIsOff) {
+  auto decoder = std::make_unique<MpegDecoder>();
+  DecoderProbe probe(*decoder);
+  probe.SetUpSynthesis(2, 0, 0);
+  const auto plain = SynthesizeRandom(*decoder, probe, 2);
+  float neutral[9] = {1, -0.0f, 1, 0, 1, 1, 0.5f, 0.5f, 1};
+  decoder->Control(CTL_OUTPUT_MATRIX, neutral);
+  EXPECT_FALSE(probe.MatrixOn());
+  probe.SetUpSynthesis(2, 0, 0);
+  float crossed[9] = {0, 1, 2, 0.5f, 0, 3, 0.25f, 0.5f, 4};
+  decoder->Control(CTL_OUTPUT_MATRIX, crossed);
+  const auto mixed = SynthesizeRandom(*decoder, probe, 2);
+  for (std::size_t i = 0; i < kFrameSamples; ++i) {
+    ASSERT_NEAR(plain[2 * i + 1], mixed[2 * i], 0.02);
+    ASSERT_NEAR(plain[2 * i] / 2, mixed[2 * i + 1], 0.02);
+  }
+  decoder->Control(CTL_OUTPUT_MATRIX, nullptr);
+  EXPECT_FALSE(probe.MatrixOn());
+  // A mono stream takes its own coefficient, and the two factors where it is doubled.
+  probe.SetUpSynthesis(1, 2, 0);
+  decoder->Control(CTL_OUTPUT_MATRIX, crossed);
+  const auto mono = SynthesizeRandom(*decoder, probe, 1);
+  for (std::size_t i = 0; i < kFrameSamples; ++i) {
+    ASSERT_NEAR(8 * plain[2 * i], mono[2 * i], 0.2);
+    ASSERT_NEAR(12 * plain[2 * i], mono[2 * i + 1], 0.2);
+  }
+}
+
+TEST(Synthesis, WideStereoInvertsTheLeftChannelAndIsUndone) {
+  auto decoder = std::make_unique<MpegDecoder>();
+  DecoderProbe probe(*decoder);
+  probe.SetUpSynthesis(2, 0, 0);
+  const auto plain = SynthesizeRandom(*decoder, probe, 2);
+  decoder->SetWideStereo(1);
+  decoder->SetWideStereo(1);
+  probe.SetUpSynthesis(2, 0, 0);
+  const auto wide = SynthesizeRandom(*decoder, probe, 2);
+  decoder->SetWideStereo(0);
+  probe.SetUpSynthesis(2, 0, 0);
+  const auto again = SynthesizeRandom(*decoder, probe, 2);
+  for (std::size_t i = 0; i < kFrameSamples; ++i) {
+    ASSERT_EQ(-plain[2 * i], wide[2 * i]);
+    ASSERT_EQ(plain[2 * i + 1], wide[2 * i + 1]);
+    ASSERT_EQ(plain[2 * i], again[2 * i]);
+  }
+  decoder->SetWideStereo(1);
+  probe.SetUpSynthesis(1, 1, 0);
+  const auto mono = SynthesizeRandom(*decoder, probe, 1);
+  for (std::size_t i = 0; i < kFrameSamples; ++i) ASSERT_EQ(plain[2 * i], mono[i]);
+}
+
+TEST(Synthesis, BandGainsFoldToTheRate) {
+  for (int decimation = 0; decimation < 3; ++decimation) {
+    auto decoder = std::make_unique<MpegDecoder>();
+    DecoderProbe probe(*decoder);
+    probe.SetUpSynthesis(1, 0, decimation);
+    float plain[kFrameSamples], changed[kFrameSamples];
+    probe.Subbands(0)[0] = 1.0f;
+    probe.Synthesize(plain);
+    probe.SetUpSynthesis(1, 0, decimation);
+    float gains[32];
+    std::fill_n(gains, 32, 1.0f);
+    gains[0] = 3.0f;
+    decoder->Control(CTL_SUBBAND_GAINS, gains);
+    probe.Subbands(0)[0] = 1.0f;
+    probe.Synthesize(changed);
+    const double expected = 1.0 + 2.0 / (1 << decimation);
+    for (int i = 0; i < kFrameSamples >> decimation; ++i)
+      ASSERT_NEAR(expected * plain[i], changed[i], 0.02);
+  }
+}
+
+TEST(Synthesis, IntegersTruncateAndClamp) {
+  auto decoder = std::make_unique<MpegDecoder>();
+  DecoderProbe probe(*decoder);
+  float floats[kFrameSamples];
+  std::int16_t integers[kFrameSamples];
+  const auto loud = RandomFloats(kFrameSlots * kSubbands, 5);
+  probe.SetUpSynthesis(1, 0, 0);
+  std::copy(loud.begin(), loud.end(), probe.Subbands(0));
+  probe.Synthesize(floats);
+  probe.SetUpSynthesis(1, 0, 0, 2);
+  std::copy(loud.begin(), loud.end(), probe.Subbands(0));
+  probe.Synthesize(integers);
+  bool clamped = false;
+  for (int i = 0; i < kFrameSamples; ++i) {
+    ASSERT_EQ(static_cast<int>(std::fmin(std::fmax(floats[i], -32768.0f), 32767.0f)), integers[i]);
+    clamped = clamped || std::fabs(floats[i]) > 32768;
+  }
+  EXPECT_TRUE(clamped) << "the input is meant to go beyond 16 bits";
+}
+
+// The standard's 36 windowed values of one block, 2.4.3.4.10.
+std::vector<double> StandardImdct(const double* lines, int blockType) {
+  std::vector<double> result(36);
+  if (blockType == 2) {
+    for (int window = 0; window < 3; ++window) {
+      for (int i = 0; i < 12; ++i) {
+        double sum = 0;
+        for (int k = 0; k < 6; ++k)
+          sum += lines[window + 3 * k] * std::cos(kPi / 24 * (2 * i + 7) * (2 * k + 1));
+        result[static_cast<std::size_t>(6 + 6 * window + i)] +=
+            sum * std::sin(kPi / 12 * (i + 0.5));
+      }
+    }
+    return result;
+  }
+  for (int i = 0; i < 36; ++i) {
+    double window = std::sin(kPi / 36 * (i + 0.5));
+    if (blockType == 1 && i >= 18)
+      window = i < 24 ? 1.0 : i < 30 ? std::sin(kPi / 12 * (i - 18 + 0.5)) : 0.0;
+    if (blockType == 3 && i < 18)
+      window = i < 6 ? 0.0 : i < 12 ? std::sin(kPi / 12 * (i - 6 + 0.5)) : 1.0;
+    double sum = 0;
+    for (int k = 0; k < 18; ++k) sum += lines[k] * std::cos(kPi / 72 * (2 * i + 19) * (2 * k + 1));
+    result[static_cast<std::size_t>(i)] = sum * window;
+  }
+  return result;
+}
+
+TEST(Imdct, EveryBlockTypeEqualsTheStandardsFormula) {
+  for (auto kernels = AllKernels(); *kernels; ++kernels) {
+    for (int blockType = 0; blockType < 4; ++blockType) {
+      const auto lines = RandomFloats(8 * 18, 11);
+      const std::vector<float> zeros(8 * 18);
+      float out[18][kSubbands], next[18][kSubbands], overlap[18][kSubbands] = {};
+      (*kernels)->imdct(out[0], lines.data(), overlap[0], blockType);
+      (*kernels)->imdct(next[0], zeros.data(), overlap[0], 0);
+      for (int band = 0; band < 8; ++band) {
+        double x[18];
+        for (int i = 0; i < 18; ++i) x[i] = lines[static_cast<std::size_t>(18 * band + i)];
+        const auto expected = StandardImdct(x, blockType);
+        for (int i = 0; i < 18; ++i) {
+          const double sign = band % 2 && i % 2 ? -1 : 1;
+          const auto at = static_cast<std::size_t>(i);
+          ASSERT_NEAR(sign * expected[at], out[i][band], 2e-5) << blockType << ' ' << i;
+          ASSERT_NEAR(sign * expected[at + 18], next[i][band], 2e-5) << blockType << ' ' << i;
+          ASSERT_EQ(0.0f, overlap[i][band]);
+        }
+      }
+    }
+  }
+}
+
+TEST(Imdct, TablesHoldTheirFormulas) {
+  auto cot = [](double x) { return std::cos(x) / std::sin(x); };
+  auto check = [](double expected, float entry) {
+    EXPECT_FLOAT_EQ(static_cast<float>(expected), entry);
+  };
+  for (int i = 0; i < 9; ++i) {
+    check(0.5 / std::cos((2 * i + 1) * kPi / 36), kTableA[i]);
+    check(cot((2 * i + 1) * kPi / 72), kTableE[i]);
+    EXPECT_NEAR(std::cos(i * kPi / 18), kCosines9[i], 1e-15);
+  }
+  for (int i = 0; i < 18; ++i)
+    check(0.5 * std::sin((2 * i + 1) * kPi / 72 - kPi / 4) / std::cos((2 * i + 1) * kPi / 72),
+          kTableB[i]);
+  for (int i = 0; i < 6; ++i) {
+    check(0.5 * std::sin((2 * i + 1) * kPi / 24 - kPi / 4) / std::cos((2 * i + 1) * kPi / 24),
+          kTableD[i]);
+    check(1 / std::sin((2 * i + 1) * kPi / 72), kTableF[i]);
+  }
+  for (int i = 0; i < 3; ++i) {
+    check(0.5 / std::cos((2 * i + 1) * kPi / 12), kTableC[i]);
+    check(std::sin((13 + 2 * i) * kPi / 24) / std::sin((13 + 2 * i) * kPi / 72), kTableG[i]);
+    check(std::sin((19 + 2 * i) * kPi / 24) / std::cos((19 + 2 * i) * kPi / 72), kTableH[i]);
+    check(cot((2 * i + 1) * kPi / 24), kTableK[i]);
+  }
+}
+
+TEST(Tables, EveryBandTableRisesTo576) {
+  for (int row = 0; row < 9; ++row) {
+    for (int band = 0; band < 22; ++band)
+      EXPECT_LT(kLongBands[row][band], kLongBands[row][band + 1]);
+    for (int band = 0; band < 13; ++band) {
+      EXPECT_LT(kShortBands[row][band], kShortBands[row][band + 1]);
+      EXPECT_EQ(0, kShortBands[row][band] % 3);
+    }
+    EXPECT_EQ(576, kLongBands[row][22]);
+    EXPECT_EQ(576, kShortBands[row][13]);
+  }
+  const Layer3Tables& tables = GetLayer3Tables();
+  EXPECT_EQ(1.0f, tables.gainPower[210]);
+  EXPECT_EQ(1.0f, tables.scalePower[0]);
+  EXPECT_EQ(1.0f, tables.pow43[1]);
+  EXPECT_NEAR(1.0, tables.ratios[2][6][0], 1e-7);
+  EXPECT_NEAR(0.0, tables.ratios[2][6][1], 1e-7);
+}
+
+TEST(Tables, LayerTwoSelectionsHaveTheirClasses) {
+  const int subbands[5] = {27, 30, 8, 12, 30};
+  for (int selection = 0; selection < 5; ++selection) {
+    const AllocationTable& table = GetAllocationTable(selection);
+    EXPECT_EQ(subbands[selection], table.subbands);
+    for (int band = 0; band < table.subbands; ++band) {
+      const SubbandAllocation& row = table.rows[band];
+      EXPECT_EQ(nullptr, row.classes[0]);
+      int bits = 0;
+      for (int value = 1; value < 1 << row.bits; ++value) {
+        ASSERT_NE(nullptr, row.classes[value]);
+        const int perSample = row.classes[value]->levels ? row.classes[value]->bits / 3 + 1
+                                                         : row.classes[value]->bits;
+        EXPECT_GE(perSample, bits) << selection << ' ' << band << ' ' << value;
+        bits = perSample;
+      }
+    }
+  }
+  EXPECT_EQ(2.0f, GetScaleFactorTable()[0]);
+  EXPECT_EQ(1.0f, GetScaleFactorTable()[3]);
+  EXPECT_EQ(0.0f, GetScaleFactorTable()[63]);
+}
+
+// The walk bit by bit that the lookup stands for.
+int WalkTree(const HuffmanTree& tree, std::uint64_t window, int& length) {
+  const std::int16_t* entry = tree.entries;
+  length = 0;
+  while (*entry < 0) {
+    const bool one = window >> (63 - length++) & 1;
+    entry += one ? 1 - *entry : 1;
+  }
+  return *entry;
+}
+
+TEST(Huffman, EveryTreeIsCompleteAndItsLookupGivesTheWalk) {
+  std::mt19937_64 random(2);
+  for (int table = 0; table < 34; ++table) {
+    const HuffmanTree& tree = kHuffmanTrees[table];
+    std::set<int> leaves;
+    for (std::size_t i = 0; i < tree.size; ++i)
+      if (tree.entries[i] >= 0) leaves.insert(tree.entries[i]);
+    const std::size_t values = (tree.size + 1) / 2;
+    EXPECT_EQ(values, leaves.size()) << "each leaf once, table " << table;
+    for (int i = 0; i < 100000; ++i) {
+      const std::uint64_t window = random() & (i % 2 ? ~std::uint64_t{0} : random() & random());
+      int walked, found;
+      const int expected = WalkTree(tree, window, walked);
+      ASSERT_EQ(expected, GetHuffmanLookup(table).Find(window, found));
+      ASSERT_EQ(walked, found);
+    }
+  }
+}
+
+GranuleInfo PlainGranule(int channel = 0) {
+  GranuleInfo record{};
+  record.channel = channel;
+  record.intensityScale = 2;
+  record.globalGain = 210;
+  return record;
+}
+
+// A plain reader of part 3, value by value and bit by bit.
+void ReadPlainly(const unsigned char* data, const GranuleInfo& record, float* values) {
+  int cursor = 0;
+  auto bit = [&] {
+    const int value = data[cursor / 8] >> (7 - cursor % 8) & 1;
+    ++cursor;
+    return value;
+  };
+  auto walk = [&](int table) {
+    const std::int16_t* entry = kHuffmanTrees[table].entries;
+    while (*entry < 0) entry += bit() ? 1 - *entry : 1;
+    return int{*entry};
+  };
+  int i = 0;
+  while (i < record.bigValueLines) {
+    const int region = i < record.region0End ? 0 : i < record.region1End ? 1 : 2;
+    const int table = record.tableSelect[region];
+    const int pair = walk(table);
+    for (int value : {pair >> 4, pair & 15}) {
+      if (value == 15) {
+        int extra = 0;
+        for (int k = 0; k < kHuffmanTrees[table].linbits; ++k) extra = 2 * extra + bit();
+        value += extra;
+      }
+      const float magnitude = GetLayer3Tables().pow43[value];
+      values[i++] = value && bit() ? -magnitude : magnitude;
+    }
+  }
+  while (cursor < record.part23End && i < kLines) {
+    const int quad = walk(record.count1Table);
+    for (int shift = 3; shift >= 0; --shift, ++i) {
+      const float value = quad >> shift & 1 ? (bit() ? -1.0f : 1.0f) : 0.0f;
+      if (i < kLines) values[i] = value;
+    }
+  }
+  if (cursor > record.part23End) i -= 4;
+  for (i = std::max(i, 0); i < kLines; ++i) values[i] = 0;
+}
+
+TEST(Huffman, RandomPartsEqualThePlainReader) {
+  auto decoder = std::make_unique<MpegDecoder>();
+  DecoderProbe probe(*decoder);
+  probe.SetUpLayer3(0, 0, 3, 0);
+  std::mt19937 random(9);
+  std::vector<unsigned char> data(DecoderProbe::kReservoir);
+  for (int round = 0; round < 3000; ++round) {
+    for (auto& byte : data) byte = static_cast<unsigned char>(random() | (round % 3 ? 0x88 : 0));
+    GranuleInfo record = PlainGranule();
+    for (int& table : record.tableSelect) table = static_cast<int>(random() % 32);
+    record.count1Table = 32 + static_cast<int>(random() % 2);
+    record.bigValueLines = 2 * static_cast<int>(random() % 289);
+    record.region0End = std::min(record.bigValueLines, 2 * static_cast<int>(random() % 100));
+    record.region1End = std::max(record.region0End, std::min(record.bigValueLines, 300));
+    record.part23End = static_cast<int>(random() % 4096);
+    float expected[kLines], values[kLines];
+    ReadPlainly(data.data(), record, expected);
+    const int lines = probe.Huffman(data.data(), record, values);
+    for (int i = 0; i < kLines; ++i) {
+      ASSERT_EQ(expected[i], values[i]) << round << ' ' << i;
+      ASSERT_TRUE(i < lines || values[i] == 0.0f);
+    }
+  }
+}
+
+TEST(Requantisation, FollowsTheStandardsFormula) {
+  for (int blockType : {0, 2}) {
+    for (int mixed = 0; mixed <= (blockType == 2); ++mixed) {
+      auto decoder = std::make_unique<MpegDecoder>();
+      DecoderProbe probe(*decoder);
+      probe.SetUpLayer3(0, 0, 0, 0);
+      GranuleInfo record = PlainGranule();
+      record.blockType = blockType;
+      record.mixedBlock = mixed;
+      record.globalGain = 180;
+      record.preflag = 1;
+      record.scalefacScale = 1;
+      for (int w = 0; w < 3; ++w) record.subblockGain[w] = 4 * (w + 1);
+      int store[39];
+      for (int i = 0; i < 39; ++i) store[i] = i % 16;
+      std::fill_n(probe.Lines(0), kLines, 1.0f);
+      probe.SetActive(kLines, 0);
+      probe.Requantise(record, store);
+      const int* next = store;
+      const double gain = std::exp2((180 - 210) / 4.0);
+      const int longBands = blockType == 0 ? 22 : mixed ? 8 : 0;
+      for (int band = 0; band < longBands; ++band, ++next)
+        for (int line = kLongBands[0][band]; line < kLongBands[0][band + 1]; ++line)
+          ASSERT_NEAR(1, probe.Lines(0)[line] / (gain * std::exp2(-(*next + kPretab[band]))), 1e-6);
+      for (int band = mixed ? 3 : 0; blockType == 2 && band < 13; ++band)
+        for (int w = 0; w < 3; ++w, ++next)
+          for (int line = kShortBands[0][band] + w; line < kShortBands[0][band + 1]; line += 3)
+            ASSERT_NEAR(1, probe.Lines(0)[line] / (gain * std::exp2(-2.0 * (w + 1) - *next)), 1e-6);
+    }
+  }
+}
+
+TEST(Stereo, MidSideAndIntensityFollowTheFormulas) {
+  struct Case {
+    int version, extension, scale;
+  };
+  for (const Case& c : {Case{0, 2, 2}, {0, 1, 2}, {0, 3, 2}, {1, 1, 0}, {1, 1, 1}, {1, 3, 1}}) {
+    auto decoder = std::make_unique<MpegDecoder>();
+    DecoderProbe probe(*decoder);
+    probe.SetUpLayer3(c.version, 0, 1, c.extension);
+    const auto left = RandomFloats(kLines, 1), right = RandomFloats(kLines, 2);
+    std::copy(left.begin(), left.end(), probe.Lines(0));
+    std::copy(right.begin(), right.end(), probe.Lines(1));
+    const short* edges = kLongBands[3 * c.version];
+    const int top = edges[10];  // channel 1 is silent from band 10 on
+    std::fill(probe.Lines(1) + top, probe.Lines(1) + kLines, 0.0f);
+    probe.SetActive(kLines, top);
+    GranuleInfo record = PlainGranule(1);
+    record.intensityScale = c.scale;
+    int store[39] = {};
+    for (int band = 0; band < 21; ++band) store[band] = band % 8;
+    probe.Stereo(record, store);
+    for (int band = 0; band < 22; ++band) {
+      const int position = store[std::min(band, 20)];
+      const bool intensity = (c.extension & 1) && band >= 10 && position != 7;
+      for (int line = edges[band]; line < edges[band + 1]; ++line) {
+        const auto at = static_cast<std::size_t>(line);
+        const double l = left[at], r = line < top ? right[at] : 0.0;
+        double wantLeft = l, wantRight = r;
+        if (intensity && c.scale == 2) {
+          const double t = std::tan(position * kPi / 12);
+          wantLeft = position == 6 ? l : l * t / (1 + t);
+          wantRight = position == 6 ? 0 : l / (1 + t);
+        } else if (intensity) {
+          const double base = c.scale == 0 ? std::exp2(-0.25) : std::exp2(-0.5);
+          wantLeft = position % 2 ? l * std::pow(base, (position + 1) / 2) : l;
+          wantRight = position % 2 ? l : l * std::pow(base, position / 2);
+        } else if (c.extension & 2) {
+          wantLeft = (l + r) * std::sqrt(0.5);
+          wantRight = (l - r) * std::sqrt(0.5);
+        }
+        ASSERT_NEAR(wantLeft, probe.Lines(0)[line], 1e-6) << c.extension << ' ' << band;
+        ASSERT_NEAR(wantRight, probe.Lines(1)[line], 1e-6) << c.extension << ' ' << band;
+      }
+    }
+  }
+}
+
+TEST(Stereo, ShortBlocksTakeAPositionForEachWindow) {
+  auto decoder = std::make_unique<MpegDecoder>();
+  DecoderProbe probe(*decoder);
+  probe.SetUpLayer3(0, 0, 1, 1);
+  std::fill_n(probe.Lines(0), kLines, 1.0f);
+  std::fill_n(probe.Lines(1), kLines, 0.0f);
+  const short* edges = kShortBands[0];
+  probe.Lines(1)[edges[5] + 1] = 0.5f;  // window 1 reaches into band 5
+  probe.SetActive(kLines, kLines);
+  GranuleInfo record = PlainGranule(1);
+  record.blockType = 2;
+  int store[39];
+  for (int i = 0; i < 39; ++i) store[i] = i % 7;
+  probe.Stereo(record, store);
+  for (int band = 0; band < 13; ++band) {
+    for (int w = 0; w < 3; ++w) {
+      const int line = edges[band] + w + 3;
+      const int position = store[3 * std::min(band, 11) + w];
+      const double t = std::tan(position * kPi / 12);
+      const bool plain = w == 1 && band <= 5;
+      const double expected = plain ? 1.0 : position == 6 ? 1.0 : t / (1 + t);
+      ASSERT_NEAR(expected, probe.Lines(0)[line], 1e-6) << band << ' ' << w;
+    }
+  }
+}
+
+TEST(Hybrid, AliasReductionAndMixedWindowsFollowTheBlockType) {
+  SetAliasCoefficients(1.0);
+  for (int blockType = 0; blockType < 4; ++blockType) {
+    for (int mixed = 0; mixed < 2; ++mixed) {
+      auto decoder = std::make_unique<MpegDecoder>();
+      DecoderProbe probe(*decoder);
+      probe.SetUpLayer3(0, 0, 0, 0);
+      const auto lines = RandomFloats(kLines, 21);
+      std::copy(lines.begin(), lines.end(), probe.Lines(0));
+      probe.SetActive(kLines, 0);
+      GranuleInfo record = PlainGranule();
+      record.blockType = blockType;
+      record.mixedBlock = mixed;
+      probe.Hybrid(record, 0);
+      std::vector<double> x(lines.begin(), lines.end());
+      const double c[8] = {-0.6, -0.535, -0.33, -0.185, -0.095, -0.041, -0.0142, -0.0037};
+      const int bands = blockType != 2 ? 32 : mixed ? 2 : 0;
+      for (int boundary = 1; boundary < bands; ++boundary) {
+        for (int i = 0; i < 8; ++i) {
+          double& u = x[static_cast<std::size_t>(18 * boundary - 1 - i)];
+          double& d = x[static_cast<std::size_t>(18 * boundary + i)];
+          const double cs = 1 / std::sqrt(1 + c[i] * c[i]), ca = cs * c[i];
+          const double oldU = u;
+          u = u * cs - d * ca;
+          d = d * cs + oldU * ca;
+        }
+      }
+      for (int band = 0; band < 32; ++band) {
+        const auto expected =
+            StandardImdct(x.data() + 18 * band, mixed && band < 2 ? 0 : blockType);
+        for (int slot = 0; slot < 18; ++slot)
+          ASSERT_NEAR(expected[static_cast<std::size_t>(slot)] * (band & slot & 1 ? -1 : 1),
+                      probe.Subbands(0)[32 * slot + band], 3e-5)
+              << blockType << ' ' << mixed << ' ' << band << ' ' << slot;
+      }
+    }
+  }
+}
+
+TEST(Hybrid, ZeroLinesTakeTheShortRoadToTheSameResult) {
+  for (int active : {0, 17, 18, 300}) {
+    MpegDecoder* decoders[2];
+    std::unique_ptr<MpegDecoder> owners[2];
+    for (int i = 0; i < 2; ++i) {
+      owners[i] = std::make_unique<MpegDecoder>();
+      decoders[i] = owners[i].get();
+      DecoderProbe probe(*decoders[i]);
+      probe.SetUpLayer3(0, 0, 0, 0);
+      for (int granule = 0; granule < 2; ++granule) {
+        const auto lines = RandomFloats(kLines, 31u + static_cast<unsigned>(granule));
+        std::copy(lines.begin(), lines.end(), probe.Lines(0));
+        const int end = granule == 0 ? kLines : active;
+        std::fill(probe.Lines(0) + end, probe.Lines(0) + kLines, 0.0f);
+        probe.SetActive(i == 0 ? kLines : end, 0);
+        probe.Hybrid(PlainGranule(), 0);
+      }
+    }
+    for (int i = 0; i < 18 * kSubbands; ++i)
+      ASSERT_NEAR(DecoderProbe(*decoders[0]).Subbands(0)[i],
+                  DecoderProbe(*decoders[1]).Subbands(0)[i], 1e-6);
+  }
+}
+
+TEST(Effects, CrystalizerEnlargesTheButterflies) {
+  auto decoder = std::make_unique<MpegDecoder>();
+  decoder->SetCrystalizer(1);
+  EXPECT_NEAR(1.38 / std::sqrt(1 + 0.6 * 0.6), aliasCs[0], 1e-6);
+  EXPECT_NEAR(-0.6 * aliasCs[0], aliasCa[0], 1e-6);
+  decoder->SetCrystalizer(0);
+  EXPECT_NEAR(1 / std::sqrt(1 + 0.6 * 0.6), aliasCs[0], 1e-6);
+}
+
+TEST(Effects, EnhancerBuildsItsEchoOverTheUpperLines) {
+  const double weights[3][4] = {{}, {0.5, 0.2, 0, 0}, {0.75, 0.5, 0.25, 0.125}};
+  for (int value : {1, 2}) {
+    auto decoder = std::make_unique<MpegDecoder>();
+    DecoderProbe probe(*decoder);
+    probe.SetUpLayer3(0, 0, 0, 0);
+    decoder->SetEnhancer(value);
+    for (int granule = 0; granule < 12; ++granule) {
+      for (int channel = 0; channel < 2; ++channel)
+        std::fill_n(probe.Lines(channel), kLines, static_cast<float>(granule + 1 + channel));
+      probe.Enhance();
+      for (int channel = 0; channel < 2; ++channel) {
+        double expected = granule + 1 + channel;
+        for (int echo = 0; echo < 4; ++echo)
+          if (granule > echo) expected += weights[value][echo] * (granule - echo + channel);
+        EXPECT_EQ(static_cast<float>(granule + 1 + channel), probe.Lines(channel)[98]);
+        EXPECT_NEAR(expected, probe.Lines(channel)[99], 1e-4);
+        EXPECT_NEAR(expected, probe.Lines(channel)[575], 1e-4);
+      }
+    }
+  }
+}
+
+TEST(Effects, VocalReducerTakesTheMiddleOutOfItsLines) {
+  auto decoder = std::make_unique<MpegDecoder>();
+  DecoderProbe probe(*decoder);
+  probe.SetUpLayer3(0, 0, 0, 0);
+  std::fill_n(probe.Lines(0), kLines, 3.0f);
+  std::fill_n(probe.Lines(1), kLines, 3.0f);
+  probe.Lines(1)[20] = 1.0f;
+  probe.ReduceVocals();
+  EXPECT_EQ(3.0f, probe.Lines(0)[14]);
+  EXPECT_EQ(0.0f, probe.Lines(0)[15]);
+  EXPECT_EQ(2.0f, probe.Lines(0)[20]);
+  EXPECT_EQ(-2.0f, probe.Lines(1)[20]);
+  EXPECT_EQ(0.0f, probe.Lines(1)[251]);
+  EXPECT_EQ(3.0f, probe.Lines(1)[252]);
+  probe.SetUpLayer3(0, 0, 3, 0);
+  probe.ReduceVocals();
+  EXPECT_EQ(2.0f, probe.Lines(0)[20]) << "a single channel has nothing to take out";
+}
+
+}  // namespace
+}  // namespace kwo

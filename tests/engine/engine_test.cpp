@@ -1,0 +1,399 @@
+// Sources, voices and the mixer, block by block and without a device.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+
+#include "engine/limiter.h"
+#include "engine/mixer.h"
+#include "tests/allocations.h"
+#include "tests/support.h"
+
+namespace kwo {
+namespace {
+
+constexpr int kBlock = 4608;
+
+struct Event {
+  int code, a;
+};
+std::vector<Event> events;
+std::string nextSong;
+
+int Record(Mixer*, int event, Voice* voice, int a, int, int) {
+  events.push_back({event, a});
+  if (event != EVENT_SOURCE_END || nextSong.empty()) return 0;
+  voice->Open(nextSong.c_str());
+  nextSong.clear();
+  return 1;
+}
+
+class Engine : public testing::Test {
+ protected:
+  void SetUp() override {
+    events.clear();
+    nextSong.clear();
+    Limiter::Reset();
+    mixer.Init(kBlock, 44100, 2, Record);
+    for (int slot = 0; slot < 3; ++slot) mixer.CreateVoice(slot, kBlock);
+  }
+  Voice& V(int slot = 0) { return *mixer.Slot(slot); }
+  std::string Wav(const std::vector<std::int16_t>& values, int channels = 2, int rate = 44100) {
+    const std::string path = folder.File("song" + std::to_string(++files) + ".wav");
+    test::WriteBytes(path, test::WavBytes(channels, rate, 16, test::Raw16(values)));
+    return path;
+  }
+  void Play(const std::string& path, int slot = 0) {
+    V(slot).Open(path.c_str());
+    V(slot).Start();
+  }
+
+  test::TempFolder folder;
+  int files = 0;
+  Mixer mixer;
+};
+
+TEST_F(Engine, NeutralStereoReachesTheMixBufferBitForBit) {
+  const auto noise = test::Noise(kBlock * 3);
+  Play(Wav(noise));
+  for (int block = 0; block < 3; ++block) {
+    ASSERT_EQ(1, mixer.RenderBlock());
+    for (int i = 0; i < kBlock; ++i) {
+      ASSERT_EQ(noise[static_cast<std::size_t>(block * kBlock + i)], mixer.MixBuffer()[i]);
+      ASSERT_EQ(noise[static_cast<std::size_t>(block * kBlock + i)], mixer.Block()[i]);
+    }
+  }
+  EXPECT_EQ(0, mixer.RenderBlock());
+  ASSERT_EQ(4u, events.size());
+  EXPECT_EQ(EVENT_POSITION, events[2].code);
+  EXPECT_EQ(15, events[2].a) << "three blocks of 52.2 ms";
+  EXPECT_EQ(EVENT_SOURCE_END, events[3].code);
+}
+
+TEST_F(Engine, ConversionRoundsToNearestEvenAndSaturates) {
+  const float values[] = {0.5f,  1.5f,      -0.5f,     -1.5f,    2.5f,      32767.4f,
+                          -0.0f, -32768.4f, -32768.6f, 40000.0f, -40000.0f, 32766.5f};
+  const std::int16_t expected[] = {0, 2, 0, -2, 2, 32767, 0, -32768, -32768, 32767, -32768, 32766};
+  std::int16_t got[12];
+  ConvertToPcm(values, got, 12);
+  for (int i = 0; i < 12; ++i) EXPECT_EQ(expected[i], got[i]) << values[i];
+}
+
+TEST_F(Engine, TwoVoicesAddAndClip) {
+  const std::vector<std::int16_t> loud(kBlock, 30000), quiet(kBlock, -40);
+  Play(Wav(loud), 0);
+  Play(Wav(loud), 2);
+  mixer.RenderBlock();
+  EXPECT_EQ(60000.0f, mixer.MixBuffer()[7]);
+  EXPECT_EQ(32767, mixer.Block()[7]);
+  Play(Wav(quiet), 1);
+  mixer.RenderBlock();
+  EXPECT_EQ(-40, mixer.Block()[7]);
+}
+
+TEST_F(Engine, VolumePanAndChannelsFollowTheirLaws) {
+  struct Case {
+    float voicePan, mixerPan, left, right;
+  };
+  for (const Case& c : {Case{0.5f, 0, 0.5f, 1},
+                        {-0.25f, 0, 1, 0.75f},
+                        {1, 0, 0, 1},
+                        {0.75f, 0.75f, 0, 1},
+                        {-1, -1, 1, 0},
+                        {0.5f, -0.5f, 1, 1}}) {
+    const std::vector<std::int16_t> steady(kBlock, 1000);
+    Play(Wav(steady));
+    V().SetPan(c.voicePan);
+    mixer.pan = c.mixerPan;
+    mixer.volume = 0.5f;
+    V().SetVolume(0.5f);
+    mixer.RenderBlock();
+    EXPECT_EQ(250 * c.left, mixer.MixBuffer()[0]);
+    EXPECT_EQ(250 * c.right, mixer.MixBuffer()[1]);
+    Play(Wav(std::vector<std::int16_t>(kBlock, 1000), 1));
+    mixer.RenderBlock();
+    EXPECT_EQ(250.0f, mixer.MixBuffer()[0]) << "a mono source has no sides";
+    EXPECT_EQ(250.0f, mixer.MixBuffer()[1]);
+  }
+}
+
+TEST_F(Engine, OtherRatesAndSpeedsTakeTheNearestEarlierFrame) {
+  std::vector<std::int16_t> ramp;
+  for (int i = 0; i < 20000; ++i) ramp.insert(ramp.end(), {std::int16_t(i), std::int16_t(-i)});
+  Play(Wav(ramp, 2, 22050));
+  mixer.RenderBlock();
+  for (int frame = 0; frame < kBlock / 2; ++frame) {
+    ASSERT_EQ(frame / 2, mixer.MixBuffer()[2 * frame]);
+    ASSERT_EQ(-(frame / 2), mixer.MixBuffer()[2 * frame + 1]);
+  }
+  Play(Wav(ramp));
+  mixer.speed = 1.25f;
+  mixer.RenderBlock();
+  for (int frame = 0; frame < kBlock / 2; ++frame)
+    ASSERT_EQ(frame * 5 / 4, mixer.MixBuffer()[2 * frame]);
+}
+
+TEST_F(Engine, ExcessiveRatesAreHeldToTheWorkBuffer) {
+  Play(Wav(test::Noise(100000), 2, 65535));
+  mixer.speed = 50.0f;
+  EXPECT_EQ(1, mixer.RenderBlock());
+  mixer.speed = -1.0f;
+  EXPECT_EQ(0, mixer.RenderBlock());
+  mixer.speed = NAN;
+  mixer.RenderBlock();
+}
+
+TEST_F(Engine, SongEndInABlockIsFilledFromTheNextWithoutAGap) {
+  const auto first = test::Noise(kBlock + 1000, 1), second = test::Noise(kBlock * 2, 2);
+  Play(Wav(first));
+  nextSong = Wav(second);
+  mixer.RenderBlock();
+  events.clear();
+  mixer.RenderBlock();
+  ASSERT_EQ(1u, events.size()) << "no position for a block that met the end";
+  for (int i = 0; i < kBlock; ++i)
+    ASSERT_EQ(i < 1000 ? first[static_cast<std::size_t>(kBlock + i)]
+                       : second[static_cast<std::size_t>(i - 1000)],
+              mixer.Block()[i]);
+  mixer.RenderBlock();
+  EXPECT_EQ(second[static_cast<std::size_t>(kBlock - 1000)], mixer.Block()[0]);
+}
+
+TEST_F(Engine, LastBlockIsStretchedAndThenSilent) {
+  Play(Wav(std::vector<std::int16_t>(1000, 500)));
+  EXPECT_EQ(1, mixer.RenderBlock());
+  EXPECT_EQ(500, mixer.Block()[kBlock - 1]);
+  EXPECT_EQ(0, mixer.RenderBlock());
+  EXPECT_EQ(1, V().active) << "the voice stays active until somebody stops it";
+}
+
+TEST_F(Engine, BadSongEndsAtOnceAndTheNextOneFillsTheBlock) {
+  const auto noise = test::Noise(kBlock);
+  Play(folder.File("absent.mp3"));
+  nextSong = Wav(noise);
+  EXPECT_EQ(1, mixer.RenderBlock());
+  EXPECT_EQ(noise[5], mixer.Block()[5]);
+}
+
+TEST_F(Engine, RampsEndAfterTheirBlockCounts) {
+  struct Case {
+    float start, step, target;
+    int blocks;
+  };
+  for (const Case& c : {Case{0.01f, 1.2f, 1.0f, 26},
+                        {0.01f, 1.1f, 1.0f, 49},
+                        {0.01f, 1.3f, 1.0f, 18},
+                        {1.0f, 0.9f, 0.01f, 44},
+                        {1.0f, 0.8f, 0.01f, 21},
+                        {1.0f, 0.95f, 0.01f, 90},
+                        {1.0f, 0.97f, 0.05f, 99},
+                        {0.5f, 1.0f, 0.9f, 1}}) {
+    V().SetVolume(c.start);
+    V().SetVolumeRamp(0, c.step, c.target, 0);
+    int blocks = 0;
+    for (; !V().ramps[0].Idle(); ++blocks) V().StepRamps();
+    EXPECT_EQ(c.blocks, blocks) << c.step;
+    EXPECT_EQ(c.target, V().volume);
+  }
+  for (const Case& c : {Case{-1, 0.005f, 0, 201}, {0, 0.01f, 1, 101}, {0, -0.25f, -1, 4}}) {
+    V().SetPan(c.start);
+    V().SetPanRamp(2, c.step, c.target, 0);
+    int blocks = 0;
+    for (; !V().ramps[2].Idle(); ++blocks) V().StepRamps();
+    EXPECT_NEAR(c.blocks, blocks, c.blocks > 10 ? 1 : 0) << c.step;
+    EXPECT_EQ(c.target, V().pan);
+  }
+}
+
+TEST_F(Engine, RampStopsTheVoiceBeforeItsLastBlock) {
+  Play(Wav(std::vector<std::int16_t>(kBlock * 60, 10000)));
+  V().SetVolumeRamp(0, 0.8f, 0.01f, 1);
+  V().SetVolumeRamp(4, 2.0f, 9.0f, 0);
+  int blocks = 0;
+  while (mixer.RenderBlock()) ++blocks;
+  EXPECT_EQ(20, blocks);
+  EXPECT_EQ(0, V().active);
+  V().SetPan(0.5f);
+  V().SetPanRamp(2, 0.1f, 1.0f, 0);
+  V().StepRamps();
+  V().ResetRamps();
+  EXPECT_EQ(0.5f, V().pan);
+  EXPECT_EQ(1.0f, V().volume);
+  EXPECT_TRUE(V().ramps[2].Idle());
+}
+
+TEST_F(Engine, SeekActsAtTheNextBlockInWholeSeconds) {
+  std::vector<std::int16_t> values;
+  for (int second = 0; second < 5; ++second)
+    values.insert(values.end(), 88200, static_cast<std::int16_t>(second * 100));
+  Play(Wav(values));
+  V().Seek(3.9f);
+  EXPECT_EQ(3.9f, V().position);
+  mixer.RenderBlock();
+  EXPECT_EQ(300, mixer.Block()[0]);
+  EXPECT_NEAR(3.052f, V().position, 0.001f);
+  V().Seek(99.0f);
+  EXPECT_EQ(0, mixer.RenderBlock());
+}
+
+TEST_F(Engine, LimiterClosesBySixteenthsOnceItsWindowIsFull) {
+  std::vector<std::int16_t> values;
+  for (int i = 0; i < kBlock * 40; ++i) values.push_back(i % 2 ? -32768 : 32767);
+  Play(Wav(values));
+  mixer.limiter = 1;
+  mixer.volume = 2.0f;
+  for (int block = 0; block < 31; ++block) mixer.RenderBlock();
+  EXPECT_EQ(1.0f, Limiter::Gain());
+  mixer.RenderBlock();
+  EXPECT_NEAR(1 - 0.5 / 16, Limiter::Gain(), 1e-5);
+  mixer.RenderBlock();
+  EXPECT_NEAR(1 - 0.5 / 16 - (0.5 - 0.5 / 16) / 16, Limiter::Gain(), 1e-5);
+  Limiter::Reset();
+  const float positive[] = {100.0f, 40000.0f}, negative[] = {-65536.0f, 0.0f}, none[] = {0.0f};
+  for (int i = 0; i < 32; ++i) Limiter::Measure(positive, 2, 1.0f);
+  EXPECT_EQ(1.0f, Limiter::Gain()) << "without a negative value the factor is 1.0";
+  for (int i = 0; i < 32; ++i) Limiter::Measure(negative, 2, 1.0f);
+  EXPECT_NEAR(1 - 0.5 / 16, Limiter::Gain(), 1e-5);
+  for (int i = 0; i < 200; ++i) Limiter::Measure(none, 1, 0.0f);
+  EXPECT_NEAR(1.0f, Limiter::Gain(), 1e-3);
+}
+
+TEST_F(Engine, SlotsRotate) {
+  Voice *a = &V(0), *b = &V(1), *c = &V(2);
+  mixer.RotateSlots(2, 2);
+  mixer.RotateSlots(2, 0);
+  mixer.RotateSlots(0, 128);
+  mixer.RotateSlots(-1, 2);
+  EXPECT_EQ(a, mixer.Slot(0));
+  mixer.RotateSlots(0, 2);
+  EXPECT_EQ(c, mixer.Slot(0));
+  EXPECT_EQ(a, mixer.Slot(1));
+  EXPECT_EQ(b, mixer.Slot(2));
+}
+
+TEST_F(Engine, ParametersReachTheDecoderAndItsCurve) {
+  mixer.eqSwitch = 1;
+  mixer.eqValues[16] = 1.45f;
+  Play(test::DataFile("joint128.mp3"));
+  EXPECT_EQ(1, V().Source()->eqSwitch);
+  EXPECT_NEAR(0.1f, V().Source()->eqCompensation, 1e-6f);
+  mixer.eqValues[16] = 0.55f;
+  EXPECT_NEAR(0.1f, V().Source()->eqCompensation, 1e-6f);
+  V().ApplyMixerParameters();
+  mixer.RenderBlock();
+  EXPECT_NEAR(1.9f, V().Source()->eqCompensation, 1e-6f);
+}
+
+TEST_F(Engine, ThreeSongsRenderWithoutAskingForMemory) {
+  mixer.limiter = mixer.crystalizer = mixer.vocalReducer = mixer.wideStereo = mixer.eqSwitch = 1;
+  mixer.enhancer = 2;
+  Play(test::DataFile("joint128.mp3"), 0);
+  Play(test::DataFile("vbr-lsf.mp3"), 1);
+  Play(test::DataFile("layer2.mp2"), 2);
+  mixer.RenderBlock();
+  events.reserve(1000);
+  const long before = test::Allocations();
+  for (int block = 0; block < 40; ++block) {
+    mixer.RenderBlock();
+    V().ApplyMixerParameters();
+  }
+  V().Seek(1.0f);
+  mixer.RenderBlock();
+  EXPECT_EQ(before, test::Allocations());
+}
+
+TEST(AudioSource, EndingsPickTheReader) {
+  test::TempFolder folder;
+  AudioSource source;
+  const std::string song = test::ReadBytes(test::DataFile("joint128.mp3"));
+  test::WriteBytes(folder.File("a.mP3"), song);
+  test::WriteBytes(folder.File("a.ogg"), song);
+  test::WriteBytes(folder.File("b.wav"), song);
+  EXPECT_EQ(1, source.Open(folder.File("a.mP3").c_str()));
+  EXPECT_EQ(1, source.info[INFO_KIND]);
+  EXPECT_EQ(128000, source.info[INFO_BIT_RATE]);
+  EXPECT_EQ(3, source.info[INFO_SECONDS]);
+  EXPECT_EQ(1, source.Open(folder.File("a.ogg").c_str()));
+  float value;
+  EXPECT_EQ(0, source.info[INFO_KIND]);
+  EXPECT_EQ(0, source.Read(&value, 4));
+  EXPECT_EQ(0, source.Length());
+  EXPECT_EQ(0, source.Open(folder.File("b.wav").c_str()));
+  EXPECT_EQ(0, source.Read(&value, 4));
+  EXPECT_EQ(1, source.Open("mp3"));
+  EXPECT_EQ(0, source.Open((std::string(300, 'x') + ".mp3").c_str()));
+  EXPECT_EQ(1, source.Open(test::DataFile("vbr.mp3").c_str()));
+  EXPECT_EQ(0, source.info[INFO_BIT_RATE]) << "a length header hides the first frame's rate";
+}
+
+TEST(WavReader, ReadsLengthsAndSeeks) {
+  test::TempFolder folder;
+  const std::string path = folder.File("a.wav");
+  AudioSource source;
+  test::WriteBytes(
+      path,
+      test::WavBytes(1, 11025, 8, std::string("\x80\x00\xff", 3) + std::string(22047, '\x81')));
+  ASSERT_EQ(1, source.Open(path.c_str()));
+  EXPECT_EQ(3, source.info[INFO_KIND]);
+  EXPECT_EQ(1, source.info[INFO_CHANNELS]);
+  EXPECT_EQ(2, source.info[INFO_SECONDS]);
+  float values[4];
+  EXPECT_EQ(12, source.Read(values, 12));
+  EXPECT_EQ(0.0f, values[0]);
+  EXPECT_EQ(-32768.0f, values[1]);
+  EXPECT_EQ(32512.0f, values[2]);
+  EXPECT_EQ(12, source.Position());
+
+  std::string big = test::WavBytes(2, 44100, 16, test::Raw16(test::Noise(10)));
+  big.replace(40, 4, test::LittleEndian(176400000, 4));
+  test::WriteBytes(path, big);
+  ASSERT_EQ(1, source.Open(path.c_str()));
+  EXPECT_EQ(352800000, source.Length());
+  EXPECT_EQ(1000, source.info[INFO_SECONDS]);
+  EXPECT_EQ(1764000, source.Seek(10));
+  EXPECT_EQ(3528000, source.Position());
+  EXPECT_EQ(0, source.Read(values, 16));
+}
+
+TEST(WavReader, SlidesToTheDataWithinItsReach) {
+  test::TempFolder folder;
+  const std::string path = folder.File("a.wav");
+  for (int gap : {0, 1, 34, 99, 100, 101, 208}) {
+    test::WriteBytes(path, test::WavBytes(2, 44100, 16, "abcd",
+                                          std::string(static_cast<std::size_t>(gap), 'L')));
+    EXPECT_EQ(gap <= 100, AudioSource().Open(path.c_str())) << gap;
+  }
+  // What follows the data chunk is played too; a last odd byte is not.
+  test::WriteBytes(path, test::WavBytes(2, 44100, 16, "abcd") + "LISTx");
+  AudioSource source;
+  source.Open(path.c_str());
+  float values[16];
+  EXPECT_EQ(16, source.Read(values, sizeof values));
+  EXPECT_GT(source.Position(), source.Length());
+}
+
+TEST(WavReader, RefusesFormsThatItCannotPlay) {
+  test::TempFolder folder;
+  const std::string path = folder.File("a.wav");
+  struct Case {
+    int channels, rate, bits, opens;
+  };
+  for (const Case& c : {Case{0, 44100, 16, 0},
+                        {2, 0, 16, 0},
+                        {2, 44100, 24, 0},
+                        {2, 44100, 0, 0},
+                        {6, 44100, 16, 1},
+                        {1, 96000, 16, 1}}) {
+    test::WriteBytes(path, test::WavBytes(c.channels, c.rate, c.bits, "abcdefgh"));
+    EXPECT_EQ(c.opens, AudioSource().Open(path.c_str())) << c.channels << ' ' << c.bits;
+  }
+  const std::string good = test::WavBytes(2, 44100, 16, "abcd");
+  for (std::size_t size = 0; size < 44; ++size) {
+    test::WriteBytes(path, good.substr(0, size));
+    EXPECT_EQ(0, AudioSource().Open(path.c_str())) << size;
+  }
+}
+
+}  // namespace
+}  // namespace kwo
