@@ -14,7 +14,6 @@ extern const DecoderKernels kernels;
 
 namespace {
 
-constexpr int kLanes = 8;
 constexpr int kRow = 32;  // floats from one time slot to the next
 
 Lanes LoadDoubles(const double* from) {
@@ -29,8 +28,7 @@ void StoreDoubles(const Lanes& lanes, double* to) {
 
 Lanes LoadFloats(const float* from) {
 #if defined(__GNUC__)
-  typedef float Floats __attribute__((vector_size(32)));
-  Floats floats;
+  FloatLanes floats;
   std::memcpy(&floats, from, sizeof floats);
   return __builtin_convertvector(floats, Lanes);
 #else
@@ -42,8 +40,7 @@ Lanes LoadFloats(const float* from) {
 
 void StoreFloats(const Lanes& lanes, float* to) {
 #if defined(__GNUC__)
-  typedef float Floats __attribute__((vector_size(32)));
-  const Floats floats = __builtin_convertvector(lanes, Floats);
+  const FloatLanes floats = __builtin_convertvector(lanes, FloatLanes);
   std::memcpy(to, &floats, sizeof floats);
 #else
   for (int i = 0; i < kLanes; ++i) to[i] = static_cast<float>(lanes[i]);
@@ -193,7 +190,7 @@ void WindowShort(const Lanes* u, Lanes* out, Lanes* next) {
   for (int i = 12; i < 18; ++i) next[i] = Lanes{};
 }
 
-void Imdct(float* out, const float* lines, float* overlap, int blockType) {
+void ImdctLanes(float* out, const float* lines, float* overlap, int blockType) {
   Lanes x[18], result[18], next[18];
   for (int i = 0; i < 18; ++i) {
     for (int lane = 0; lane < kLanes; ++lane) x[i][lane] = lines[18 * lane + i];
@@ -209,11 +206,17 @@ void Imdct(float* out, const float* lines, float* overlap, int blockType) {
     blockType == 3 ? WindowStopHead(t, result) : WindowNormalHead(t, result);
     blockType == 1 ? WindowStartTail(t, next) : WindowNormalTail(t, next);
   }
-  const Lanes oddRow = {1, -1, 1, -1, 1, -1, 1, -1};
+  Lanes oddRow;
+  for (int lane = 0; lane < kLanes; ++lane) oddRow[lane] = lane % 2 ? -1.0 : 1.0;
   for (int i = 0; i < 18; ++i) {
     StoreFloats(i % 2 ? result[i] * oddRow : result[i], out + kRow * i);
     StoreFloats(next[i], overlap + kRow * i);
   }
+}
+
+void Imdct(float* out, const float* lines, float* overlap, int blockType) {
+  for (int band = 0; band < 8; band += kLanes)
+    ImdctLanes(out + band, lines + 18 * band, overlap + band, blockType);
 }
 
 // y[k] = sum of x[n] cos((2n + 1) k pi / 2N) without a factor, by halving; x is used up.
@@ -235,7 +238,7 @@ inline __attribute__((always_inline)) void CosineTransform(Lanes* x, Lanes* y, i
   }
 }
 
-// One batch of eight slots: R + R transform results go into the history's rows.
+// One batch of slots: R + R transform results go into the history's rows.
 template <int R>
 void TransformSlots(const float* subbands, SynthesisHistory& history, int slot,
                     const float* secants) {
@@ -250,7 +253,7 @@ void TransformSlots(const float* subbands, SynthesisHistory& history, int slot,
   }
 }
 
-// The windowed sums of eight slots: `samples` gets 2R rows of eight.
+// The windowed sums of one batch of slots: `samples` gets 2R rows.
 template <int R>
 void SumWindow(const SynthesisHistory& history, const SynthesisWeights& weights, int slot,
                float (*samples)[kLanes]) {
@@ -279,17 +282,20 @@ void SumWindow(const SynthesisHistory& history, const SynthesisWeights& weights,
 template <int R>
 void SynthesizeRows(float* pcm, const float* subbands, SynthesisHistory& history,
                     const SynthesisWeights& weights, const float* secants) {
-  // 36 slots in batches of eight: the last batch does four slots a second time.
-  static constexpr int kBatches[] = {0, 8, 16, 24, 28};
-  for (int slot : kBatches) TransformSlots<R>(subbands, history, slot, secants);
-  for (int slot : kBatches) {
+  constexpr int kSlots = 36;
+  // Where the lanes do not divide the slots, the last batch does some a second time.
+  auto batch = [](int slot) { return slot < kSlots - kLanes ? slot : kSlots - kLanes; };
+  for (int slot = 0; slot < kSlots; slot += kLanes)
+    TransformSlots<R>(subbands, history, batch(slot), secants);
+  for (int begin = 0; begin < kSlots; begin += kLanes) {
+    const int slot = batch(begin);
     float samples[2 * R][kLanes];
     SumWindow<R>(history, weights, slot, samples);
     for (int lane = 0; lane < kLanes; ++lane)
       for (int i = 0; i < 2 * R; ++i) pcm[2 * R * (slot + lane) + i] = samples[i][lane];
   }
   for (int row = 0; row < 2 * R; ++row)
-    std::memmove(history.rows[row], history.rows[row] + 36,
+    std::memmove(history.rows[row], history.rows[row] + kSlots,
                  SynthesisHistory::kOldSlots * sizeof(double));
 }
 

@@ -5,29 +5,39 @@
 namespace kwo {
 inline namespace KWO_KERNELS {
 
-/// Eight doubles side by side, one per subband or time slot.
+/// As many doubles side by side as one register of this instruction set holds, one per subband or
+/// time slot.
+#if defined(__AVX512F__)
+constexpr int kLanes = 8;
+#elif defined(__AVX__)
+constexpr int kLanes = 4;
+#else
+constexpr int kLanes = 2;
+#endif
+
 #if defined(__GNUC__)
-typedef double Lanes __attribute__((vector_size(64)));
+typedef double Lanes __attribute__((vector_size(kLanes * sizeof(double))));
+typedef float FloatLanes __attribute__((vector_size(kLanes * sizeof(float))));
 #else
 struct Lanes {
-  double values[8];
+  double values[kLanes];
   double operator[](int i) const { return values[i]; }
   double& operator[](int i) { return values[i]; }
 };
 inline Lanes operator+(Lanes a, const Lanes& b) {
-  for (int i = 0; i < 8; ++i) a[i] += b[i];
+  for (int i = 0; i < kLanes; ++i) a[i] += b[i];
   return a;
 }
 inline Lanes operator-(Lanes a, const Lanes& b) {
-  for (int i = 0; i < 8; ++i) a[i] -= b[i];
+  for (int i = 0; i < kLanes; ++i) a[i] -= b[i];
   return a;
 }
 inline Lanes operator*(Lanes a, const Lanes& b) {
-  for (int i = 0; i < 8; ++i) a[i] *= b[i];
+  for (int i = 0; i < kLanes; ++i) a[i] *= b[i];
   return a;
 }
 inline Lanes operator*(Lanes a, double b) {
-  for (int i = 0; i < 8; ++i) a[i] *= b;
+  for (int i = 0; i < kLanes; ++i) a[i] *= b;
   return a;
 }
 inline Lanes operator*(double a, const Lanes& b) {

@@ -1,0 +1,37 @@
+// A mixer block with everything on, as a share of the 52 ms that it plays.
+
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+#include "engine/mixer.h"
+
+namespace kwo {
+namespace {
+
+int StartAgain(Mixer*, int event, Voice* voice, int, int, int) {
+  if (event != EVENT_SOURCE_END) return 0;
+  return voice->Open((std::string(KWO_TEST_DATA) + "/joint128.mp3").c_str());
+}
+
+void MixThreeSongs(benchmark::State& state) {
+  Mixer mixer;
+  mixer.Init(4608, 44100, 2, StartAgain);
+  mixer.limiter = mixer.crystalizer = mixer.vocalReducer = mixer.wideStereo = mixer.eqSwitch = 1;
+  mixer.enhancer = 2;
+  mixer.speed = 1.1f;
+  mixer.pan = 0.2f;
+  for (int slot = 0; slot < 3; ++slot) {
+    mixer.CreateVoice(slot, 4608);
+    StartAgain(&mixer, EVENT_SOURCE_END, mixer.Slot(slot), 0, 0, 0);
+    mixer.Slot(slot)->Start();
+  }
+  for (auto _ : state) mixer.RenderBlock();
+  state.counters["share_of_block"] = benchmark::Counter(
+      2304.0 / 44100 * static_cast<double>(state.iterations()),
+      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(MixThreeSongs);
+
+}  // namespace
+}  // namespace kwo

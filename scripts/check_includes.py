@@ -1,0 +1,41 @@
+#!/usr/bin/env python3
+"""Checks that every include points downwards through the layers, and that the core includes nothing
+but itself and the standard library."""
+import pathlib
+import re
+import sys
+
+LAYERS = {
+    "platform": set(),
+    "decoder": {"platform"},
+    "playlist": {"platform"},
+    "engine": {"decoder", "playlist", "platform"},
+    "toolkit": {"platform"},
+    "panels": {"toolkit", "engine", "playlist", "platform"},
+    "app": {"panels", "toolkit", "engine", "playlist", "platform"},
+}
+BACKENDS = ("platform/desktop", "platform/headless", "platform/posix")
+STANDARD = re.compile(r"^[a-z_0-9]+$")
+
+root = pathlib.Path(__file__).resolve().parent.parent
+wrong = []
+for layer, allowed in LAYERS.items():
+    for path in sorted((root / layer).rglob("*")):
+        if path.suffix not in (".h", ".cpp"):
+            continue
+        name = path.relative_to(root).as_posix()
+        backend = name.startswith(BACKENDS)
+        for number, line in enumerate(path.read_text().splitlines(), 1):
+            match = re.match(r'#include ([<"])([^>"]+)', line)
+            if not match:
+                continue
+            quote, target = match.groups()
+            if quote == '"':
+                top = target.split("/")[0]
+                down = top == layer or top in allowed
+                if not down or (not backend and target.startswith(BACKENDS)):
+                    wrong.append(f"{name}:{number}: {target} does not lie below {layer}")
+            elif not backend and not STANDARD.match(target):
+                wrong.append(f"{name}:{number}: <{target}> is not of the standard library")
+print("\n".join(wrong) or "includes: all arrows point down")
+sys.exit(bool(wrong))
