@@ -1,0 +1,65 @@
+#!/usr/bin/env python3
+"""Runs every fuzz target for a bounded time, from seeds cut out of the tests' songs.
+
+usage: fuzz.py FOLDER SECONDS      FOLDER holds the fuzz_* programs
+"""
+import pathlib
+import random
+import struct
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+
+def mpeg_seeds():
+    chance = random.Random(1)
+    for song in sorted((ROOT / "tests" / "data").iterdir()):
+        data = song.read_bytes()
+        for options in (0xC0, 0xC3, 0xD8):
+            start = chance.randrange(len(data) - 3000)
+            head = bytes([options]) + bytes(chance.randrange(256) for _ in range(11))
+            yield head + data[start:start + 3000]
+
+
+def wav_seeds():
+    for channels, bits in ((1, 8), (2, 16), (3, 24)):
+        form = struct.pack("<HHIIHH", 1, channels, 44100, 0, 0, bits)
+        yield (b"\0RIFF....WAVEfmt " + struct.pack("<I", 16) + form + b"LIST1234data" +
+               struct.pack("<I", 400) + bytes(range(256)) * 2)
+
+
+def settings_seeds():
+    yield b"Software\\KWO\\SLIDERVOL=dword:00000064\nSoftware\\KWO\\DIROPEN=string:%41b\n"
+
+
+SEEDS = {"mpeg": mpeg_seeds, "wav": wav_seeds, "settings": settings_seeds}
+
+
+def main():
+    folder, seconds = pathlib.Path(sys.argv[1]), sys.argv[2]
+    failed = []
+    for target in sorted(folder.glob("fuzz_*")):
+        if not target.is_file():
+            continue
+        name = target.name.removeprefix("fuzz_")
+        with tempfile.TemporaryDirectory() as work:
+            corpus = pathlib.Path(work) / "corpus"
+            corpus.mkdir()
+            for number, seed in enumerate(SEEDS[name]()):
+                (corpus / str(number)).write_bytes(seed)
+            kept = ROOT / "fuzz" / "findings" / name
+            command = [target.resolve(), f"-max_total_time={seconds}", "-max_len=8000",
+                       "-timeout=10", corpus] + ([kept] if kept.is_dir() else [])
+            result = subprocess.run(command, cwd=work, capture_output=True, text=True)
+            lines = result.stderr.strip().splitlines()
+            print(f"{name}: {lines[-1] if lines else 'no output'}", flush=True)
+            if result.returncode != 0:
+                print("\n".join(lines[-40:]))
+                failed.append(name)
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
