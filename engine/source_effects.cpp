@@ -3,18 +3,17 @@
 #include <algorithm>
 
 #include "engine/audio_source.h"
+#include "engine/equaliser.h"
 
 namespace kwo {
 namespace {
-
-constexpr int kBands = 16;
 
 // Where the bands begin, in spectral lines, and how far a lift reaches there.  The 17th closes the
 // last band.
 constexpr struct {
   int edge;
   double boost;
-} kCurve[kBands + 1] = {
+} kCurve[kEqualiserBands + 1] = {
     {0, 4.8},   {3, 5.1},   {6, 5.4},   {9, 5.7},   {12, 6.0},  {15, 6.3},
     {21, 3.0},  {33, 3.0},  {51, 5.6},  {75, 6.0},  {105, 6.4}, {141, 6.8},
     {183, 7.2}, {231, 7.6}, {285, 8.0}, {345, 8.4}, {576, 5.0},
@@ -27,6 +26,21 @@ double BandGain(float value, int band) {
 }
 
 }  // namespace
+
+void EqualiserLineGains(const float* values, float* gains) {
+  float bands[kEqualiserBands + 1];
+  std::copy_n(values, kEqualiserBands, bands);
+  bands[kEqualiserBands] = bands[kEqualiserBands - 1];
+  for (int band = 0; band < kEqualiserBands; ++band) {
+    const int begin = kCurve[band].edge, end = kCurve[band + 1].edge;
+    const double gain = BandGain(bands[band], band);
+    const double slope = (BandGain(bands[band + 1], band + 1) - gain) / (end - begin);
+    for (int line = begin; line < end; ++line) {
+      const int step = line - line % kLinesPerStep;
+      gains[line] = static_cast<float>((step - begin) * slope + gain);
+    }
+  }
+}
 
 void AudioSource::SetCrystalizer(int value) {
   if (decoder) decoder->SetCrystalizer(value);
@@ -52,21 +66,10 @@ void AudioSource::SetEqualiserSwitch(int value) {
 
 void AudioSource::SetEqualiserCurve(const float* values) {
   if (!decoder) return;
-  std::copy_n(values, kBands + 1, eqValues);
-  float bands[kBands + 1];
-  std::copy_n(values, kBands, bands);
-  bands[kBands] = bands[kBands - 1];
+  std::copy_n(values, kEqualiserBands + 1, eqValues);
   float gains[kLines];
-  for (int band = 0; band < kBands; ++band) {
-    const int begin = kCurve[band].edge, end = kCurve[band + 1].edge;
-    const double gain = BandGain(bands[band], band);
-    const double slope = (BandGain(bands[band + 1], band + 1) - gain) / (end - begin);
-    for (int line = begin; line < end; ++line) {
-      const int step = line - line % kLinesPerStep;
-      gains[line] = static_cast<float>((step - begin) * slope + gain);
-    }
-  }
-  eqCompensation = static_cast<float>((1.0 - values[kBands]) * 2.0 + 1.0);
+  EqualiserLineGains(values, gains);
+  eqCompensation = static_cast<float>((1.0 - values[kEqualiserBands]) * 2.0 + 1.0);
   decoder->SetLineGains(gains);
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <memory>
 
+#include "engine/equaliser.h"
 #include "engine/limiter.h"
 #include "engine/mixer.h"
 #include "tests/allocations.h"
@@ -301,6 +302,26 @@ TEST_F(Engine, ThreeSongsRenderWithoutAskingForMemory) {
   V().Seek(1.0f);
   mixer.RenderBlock();
   EXPECT_EQ(before, test::Allocations());
+}
+
+TEST(Equaliser, CurveRunsThroughItsBandsInStepsOfThreeLines) {
+  float bands[16], gains[576];
+  std::fill_n(bands, 16, 1.0f);
+  EqualiserLineGains(bands, gains);
+  for (float gain : gains) ASSERT_EQ(1.0f, gain);
+  bands[2] = 1.5f;   // lifted by 5.4 times the half
+  bands[9] = 0.5f;   // cut by one and a half times the half
+  bands[15] = 1.2f;  // holds to the last line, towards the boost of its end
+  EqualiserLineGains(bands, gains);
+  EXPECT_EQ(1.0f, gains[2]);
+  EXPECT_EQ(1.0f, gains[5]);
+  for (int line = 6; line < 9; ++line) EXPECT_NEAR(3.7f, gains[line], 1e-5);
+  EXPECT_EQ(1.0f, gains[9]);
+  EXPECT_NEAR(0.25f, gains[75], 1e-5);
+  EXPECT_EQ(gains[78], gains[80]);
+  EXPECT_NEAR(0.25 + 0.75 * 15 / 30, gains[90], 1e-5);
+  EXPECT_NEAR(1 + 0.2 * 8.4, gains[345], 1e-5);
+  EXPECT_NEAR(2.68 + (2.0 - 2.68) * 228 / 231, gains[575], 1e-5);
 }
 
 TEST(AudioSource, EndingsPickTheReader) {

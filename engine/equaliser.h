@@ -1,0 +1,11 @@
+#pragma once
+
+namespace kwo {
+
+constexpr int kEqualiserBands = 16;
+
+/// The gain of each of the 576 spectral lines for 16 band values, 1.0 neutral.  A lift reaches much
+/// further than a cut, and the gain steps every three lines.
+void EqualiserLineGains(const float* bands, float* gains);
+
+}  // namespace kwo
