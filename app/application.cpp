@@ -5,13 +5,12 @@
 #include <new>
 #include <string>
 
-#include "app/settings.h"
 #include "platform/files.h"
 #include "platform/messages.h"
+#include "settings/settings.h"
 
 namespace kwo {
 
-Mixer* TheMixer = nullptr;
 char AppDir[256];
 char SkinName[256];
 char InputText[256];

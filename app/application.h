@@ -1,13 +1,10 @@
 #pragma once
 
-#include "engine/mixer.h"
+#include "engine/transport.h"
 
 /// The process-wide variables, and where the program begins and ends.  Main thread, but for the
 /// words marked as shared.
 namespace kwo {
-
-/// The single mixer; null before start-up and after shutdown.
-extern Mixer* TheMixer;
 
 /// Folder of the executable, with its trailing backslash.
 extern char AppDir[256];

@@ -27,9 +27,9 @@ void MixThreeSongs(benchmark::State& state) {
     mixer.Slot(slot)->Start();
   }
   for (auto _ : state) mixer.RenderBlock();
-  state.counters["share_of_block"] = benchmark::Counter(
-      2304.0 / 44100 * static_cast<double>(state.iterations()),
-      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["share_of_block"] =
+      benchmark::Counter(2304.0 / 44100 * static_cast<double>(state.iterations()),
+                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(MixThreeSongs);
 

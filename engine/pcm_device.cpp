@@ -5,13 +5,11 @@
 #include <memory>
 #include <new>
 
-#include "engine/hooks.h"
 #include "platform/clock.h"
 #include "platform/wave_out.h"
+#include "playlist/hooks.h"
 
 namespace kwo {
-
-EngineHooks engineHooks;
 
 namespace PcmDevice {
 namespace {
@@ -28,9 +26,9 @@ int currentBuffer = 0;
 int fillOffset = 0;  // 0: no buffer is being filled
 
 void PassPlayed(platform::WaveHeader& header) {
-  if (engineHooks.pushSamples)
-    engineHooks.pushSamples(reinterpret_cast<const std::int16_t*>(header.data),
-                            static_cast<int>(header.bufferLength / 2));
+  if (hooks.pushSamples)
+    hooks.pushSamples(reinterpret_cast<const std::int16_t*>(header.data),
+                      static_cast<int>(header.bufferLength / 2));
 }
 
 // The lowest-numbered buffer that the device does not hold, or -1.

@@ -1,11 +1,12 @@
 // The settings file, read, changed and written back.
 
+#include "settings/settings.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
-#include "app/settings.h"
 #include "platform/files.h"
 #include "platform/headless/headless.h"
 

@@ -43,11 +43,25 @@ bool ReadWholeFile(const char* path, std::string& contents, std::size_t limit);
 /// the file holds the old contents or the new ones, whole.  False leaves the old file as it was.
 bool ReplaceFile(const char* path, std::string_view contents);
 
+constexpr int kAttributeHidden = 0x02;  ///< the name begins with a dot
+constexpr int kAttributeFolder = 0x10;
+
+/// Attribute bits of a file or folder, 0 for a plain file, or -1 if there is none.
+int FileAttributes(const char* path);
+
+/// The names in a folder, without "." and "..", in the file system's order.  A name that our paths
+/// can't hold, since it has a backslash in it, is left out.
+std::vector<std::string> ListFolder(const char* path);
+
+/// One name for a file or folder whatever links lead to it; the path itself if it can't be told.
+std::string CanonicalPath(const char* path);
+
 bool FolderExists(const char* path);
 bool MakeFolder(const char* path);
 
 /// The current folder, with a trailing backslash.
 std::string CurrentFolder();
+bool SetCurrentFolder(const char* path);
 
 /// The full path of the running program.
 std::string ExecutablePath();

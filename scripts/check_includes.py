@@ -8,11 +8,12 @@ import sys
 LAYERS = {
     "platform": set(),
     "decoder": {"platform"},
-    "playlist": {"platform"},
+    "settings": {"platform"},
+    "playlist": {"settings", "platform"},
     "engine": {"decoder", "playlist", "platform"},
     "toolkit": {"platform"},
-    "panels": {"toolkit", "engine", "playlist", "platform"},
-    "app": {"panels", "toolkit", "engine", "playlist", "platform"},
+    "panels": {"toolkit", "engine", "playlist", "settings", "platform"},
+    "app": {"panels", "toolkit", "engine", "playlist", "settings", "platform"},
 }
 BACKENDS = ("platform/desktop", "platform/headless", "platform/posix")
 STANDARD = re.compile(r"^[a-z_0-9]+$")

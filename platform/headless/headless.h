@@ -33,4 +33,15 @@ void ClearPlayedSound();
 /// Keeps the registry in a file; an empty path keeps it in memory alone, and starts it empty.
 void UseRegistryFile(const std::string& path);
 
+/// What the user does in the next file or folder dialog: chooses `paths` while it shows `folder`,
+/// or cancels if there are none.  Without an answer a dialog is cancelled.
+struct DialogAnswer {
+  std::string folder;
+  std::vector<std::string> paths;
+};
+void AnswerDialog(const DialogAnswer& answer);
+
+/// The folder in which the last file dialog opened.
+std::string LastDialogFolder();
+
 }  // namespace kwo::headless

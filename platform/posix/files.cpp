@@ -1,11 +1,14 @@
 #include "platform/files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
+#include <cstring>
 
 namespace kwo::platform {
 namespace {
@@ -119,6 +122,39 @@ bool ReplaceFile(const char* path, std::string_view contents) {
   return false;
 }
 
+int FileAttributes(const char* path) {
+  const std::string machine = ToMachinePath(path);
+  struct stat status;
+  if (stat(machine.c_str(), &status) != 0) return -1;
+  const std::size_t end = machine.find_last_not_of('/');
+  const std::size_t start = machine.find_last_of('/', end) + 1;
+  const std::string name =
+      end == std::string::npos ? std::string() : machine.substr(start, end + 1 - start);
+  const bool hidden = name.size() > 1 && name[0] == '.' && name != "..";
+  return (hidden ? kAttributeHidden : 0) | (S_ISDIR(status.st_mode) ? kAttributeFolder : 0);
+}
+
+std::vector<std::string> ListFolder(const char* path) {
+  std::vector<std::string> names;
+  DIR* folder = opendir(ToMachinePath(path).c_str());
+  if (!folder) return names;
+  while (const dirent* entry = readdir(folder)) {
+    const char* name = entry->d_name;
+    if (std::strcmp(name, ".") && std::strcmp(name, "..") && !std::strchr(name, '\\'))
+      names.emplace_back(name);
+  }
+  closedir(folder);
+  return names;
+}
+
+std::string CanonicalPath(const char* path) {
+  char* real = realpath(ToMachinePath(path).c_str(), nullptr);
+  if (!real) return path;
+  std::string canonical = FromMachinePath(real);
+  std::free(real);
+  return canonical;
+}
+
 bool FolderExists(const char* path) {
   struct stat status;
   return stat(ToMachinePath(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
@@ -134,6 +170,10 @@ std::string CurrentFolder() {
   std::string ours = FromMachinePath(folder);
   if (ours.back() != '\\') ours += '\\';
   return ours;
+}
+
+bool SetCurrentFolder(const char* path) {
+  return chdir(ToMachinePath(path).c_str()) == 0;
 }
 
 std::string ExecutablePath() {

@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/hooks.h"
 #include "engine/mixer.h"
 #include "engine/pcm_device.h"
 #include "platform/clock.h"
 #include "platform/headless/headless.h"
+#include "playlist/hooks.h"
 #include "tests/support.h"
 
 namespace kwo {
@@ -24,7 +24,7 @@ class RenderThread : public testing::Test {
   }
   void TearDown() override {
     mixer.StopThread();
-    engineHooks = EngineHooks();
+    hooks = Hooks();
   }
   std::string Wav(const std::vector<std::int16_t>& values) {
     const std::string path = folder.File("song.wav");
@@ -70,7 +70,7 @@ TEST_F(RenderThread, SongComesOutWholeInOrderAndWithoutAGap) {
 TEST_F(RenderThread, PlayedBlocksReachTheVisualiserAboutASecondLater) {
   static int blocks;
   blocks = 0;
-  engineHooks.pushSamples = [](const std::int16_t*, int count) { blocks += count == kBlock; };
+  hooks.pushSamples = [](const std::int16_t*, int count) { blocks += count == kBlock; };
   Play(test::Noise(kBlock * 100));
   mixer.StartThread();
   platform::Sleep(1000);

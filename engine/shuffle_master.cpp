@@ -1,0 +1,122 @@
+#include "engine/shuffle_master.h"
+
+#include <cstdlib>
+
+#include "engine/transport.h"
+#include "platform/clock.h"
+#include "platform/threads.h"
+#include "playlist/hooks.h"
+
+namespace kwo {
+namespace {
+
+constexpr int kTickMilliseconds = 1000;
+constexpr int kTicksPerSong = 40;
+constexpr int kOverlapMilliseconds = 1500;
+constexpr int kPollMilliseconds = 50;
+
+// A movement of volume or pan over a transition.
+struct Slide {
+  float start, step, end;
+  int stopAtEnd;
+};
+constexpr Slide kNewVolume = {0.01f, 1.1f, 1.0f, 0};
+constexpr Slide kNewPan = {-1.0f, 0.005f, 0.0f, 0};
+constexpr Slide kOldPan = {0.0f, 0.01f, 1.0f, 0};
+// These begin wherever the volume stands.
+constexpr Slide kOldVolume = {0, 0.97f, 0.05f, 1};
+constexpr Slide kLastVolume = {0, 0.95f, 0.01f, 1};
+
+platform::Thread* djThread = nullptr;
+Shared<int> djWanted;
+
+Voice& DjVoice(int slot) {
+  return *TheMixer->Slot(slot);
+}
+
+void DjVolumeRamp(int slot, const Slide& slide) {
+  DjVoice(slot).SetVolumeRamp(0, slide.step, slide.end, slide.stopAtEnd);
+}
+
+void DjPanRamp(int slot, const Slide& slide) {
+  DjVoice(slot).SetPan(slide.start);
+  DjVoice(slot).SetPanRamp(2, slide.step, slide.end, slide.stopAtEnd);
+}
+
+int DjLoad(int slot, int index) {
+  char path[kPathSize];
+  if (index < 0 || index >= playlist.count || !CopyPath(index, path)) return 0;
+  DjVoice(slot).Stop();
+  return DjVoice(slot).Open(path);
+}
+
+// Sleeps in pieces; false if the thread is to end.
+bool DjSleep(int milliseconds) {
+  for (int slept = 0; slept < milliseconds && djWanted; slept += kPollMilliseconds)
+    platform::Sleep(kPollMilliseconds);
+  return djWanted != 0;
+}
+
+void EndOfList() {
+  DjVoice(0).Stop();
+  DjVolumeRamp(1, kLastVolume);
+  DjVoice(2).Stop();
+  playing = 0;
+  RefreshDisplays();
+}
+
+void CrossFade() {
+  DjVoice(0).ResetRamps();
+  DjVoice(0).Seek(static_cast<float>(std::rand() % 100 + 30));
+  DjVoice(0).SetVolume(kNewVolume.start);
+  DjVolumeRamp(0, kNewVolume);
+  DjPanRamp(0, kNewPan);
+  DjVoice(0).Start();
+  RefreshDisplays();
+  // The new song is heard on the left beside the old one.
+  if (!DjSleep(kOverlapMilliseconds)) return;
+  DjVolumeRamp(1, kOldVolume);
+  DjPanRamp(1, kOldPan);
+}
+
+void Transition() {
+  DjVoice(2).Stop();
+  DjVoice(2).ResetRamps();
+  TheMixer->RotateSlots(0, 2);
+  const int result = AdvanceSong();
+  const int index = playlist.currentSong;
+  if (result < 0 && !repeatOn) {
+    EndOfList();
+  } else if (index >= 0 && DjLoad(0, index)) {
+    CrossFade();
+  }
+}
+
+void RunDj(void*) {
+  int ticks = 0;
+  while (djWanted) {
+    if (ticks > kTicksPerSong && playing) {
+      Transition();
+      ticks = 0;
+    }
+    if (!DjSleep(kTickMilliseconds)) return;
+    if (playing) ++ticks;
+  }
+}
+
+}  // namespace
+
+void DjSetMode(int mode) {
+  DjEnd();
+  if (mode != 1) return;
+  djWanted = 1;
+  djThread = platform::StartThread(RunDj, nullptr);
+}
+
+void DjEnd() {
+  djWanted = 0;
+  platform::JoinThread(djThread);
+  djThread = nullptr;
+}
+
+}  // namespace kwo

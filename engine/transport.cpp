@@ -1,0 +1,247 @@
+#include "engine/transport.h"
+
+#include <algorithm>
+#include <random>
+
+#include "platform/clock.h"
+#include "playlist/hooks.h"
+
+namespace kwo {
+
+Mixer* TheMixer = nullptr;
+Shared<int> playing;
+Shared<int> paused;
+Shared<int> playMode;
+Shared<int> repeatOn;
+Shared<int> shuffleOn;
+Shared<int> djMode;
+Shared<int> shuffleTable[kPlaylistSlots];
+Shared<int> shufflePosition;
+Shared<int> SeekActive;
+
+namespace {
+
+// Every song comes up within two rounds; a list that another thread changes meanwhile must not hold
+// the search up for ever.
+constexpr int kLongestSearch = 2 * kPlaylistSlots;
+
+struct FadeIn {
+  float start, step;
+};
+constexpr FadeIn kResume = {0.01f, 1.2f};
+constexpr FadeIn kUnpause = {0.01f, 1.3f};
+
+void StartFadeIn(Voice& voice, const FadeIn& fade) {
+  voice.SetVolume(fade.start);
+  voice.SetVolumeRamp(0, fade.step, 1.0f, 0);
+}
+
+bool InPlayMode(const PlaylistEntry& entry) {
+  if (playMode == 1) return entry.selected != 0;
+  return playMode != 2 || entry.selected == 0;
+}
+
+bool AnySongInPlayMode(const PlaylistReader& reader) {
+  for (int i = 0; i < playlist.count; ++i) {
+    const PlaylistEntry* entry = reader.Entry(i);
+    if (entry && InPlayMode(*entry)) return true;
+  }
+  return false;
+}
+
+// One step forward; `wrapped` is set at the list's end.
+int StepForward(bool& wrapped) {
+  const int count = playlist.count;
+  if (shuffleOn) {
+    int place = shufflePosition + 1;
+    if (place >= count) {
+      BuildShuffleTable();
+      place = 0;
+      wrapped = true;
+    }
+    shufflePosition = place;
+    return shuffleTable[place];
+  }
+  const int next = playlist.currentSong + 1;
+  if (next < count) return next;
+  wrapped = true;
+  return 0;
+}
+
+int StepBack(bool&) {
+  const int last = playlist.count - 1;
+  if (shuffleOn) {
+    const int place = shufflePosition - 1;
+    shufflePosition = place < 0 || place > last ? last : place;
+    return shuffleTable[shufflePosition];
+  }
+  const int previous = playlist.currentSong - 1;
+  return previous < 0 || previous > last ? last : previous;
+}
+
+// Steps until a song of the play mode comes up and makes it current.  -1, with no current song, if
+// there is none.
+int StepToSong(int (*step)(bool&), bool& wrapped) {
+  const PlaylistReader reader;
+  if (playlist.count <= 0 || !AnySongInPlayMode(reader)) return playlist.currentSong = -1;
+  for (int tries = 0; tries < kLongestSearch; ++tries) {
+    const int index = step(wrapped);
+    if (index < 0 || index >= playlist.count) continue;
+    playlist.currentSong = index;
+    const PlaylistEntry* entry = reader.Entry(index);
+    if (entry && InPlayMode(*entry)) return index;
+  }
+  return playlist.currentSong = -1;
+}
+
+void OpenCurrent(Voice& voice) {
+  char path[kPathSize];
+  if (CopyPath(playlist.currentSong, path)) voice.Open(path);
+}
+
+void StepSong(int (*step)()) {
+  if (playlist.count <= 0) {
+    RefreshDisplays();
+    return;
+  }
+  const bool wasPlaying = playing != 0;
+  if (wasPlaying) TransportStop();
+  const int index = step();
+  if (index < 0) {
+    TransportStop();
+  } else if (wasPlaying) {
+    TransportPlay();
+  } else {
+    OpenCurrent(*TheMixer->Slot(0));
+  }
+  RefreshDisplays();
+}
+
+void ShowTimeZero(Mixer* mixer) {
+  OnMixerEvent(mixer, EVENT_POSITION, mixer->Slot(0), 0, 0, 0);
+}
+
+// The song in slot 0 has ended.  Not 0: the voice has more to read, or nothing is left to play.
+int OnSourceEnd(Mixer* mixer, Voice* voice) {
+  // The ShuffleMaster owns the order then, and the voice stays silent until its next crossfade.
+  if (djMode != 0) return 1;
+  // A fading voice simply runs out.
+  if (voice != mixer->Slot(0)) return 0;
+  if (playlist.count <= 0) {
+    RefreshDisplays();
+    return 0;
+  }
+  if (AdvanceSong() >= 0) {
+    OpenCurrent(*voice);
+  } else {
+    voice->Stop();
+    voice->Seek(0.0f);
+    ShowTimeZero(mixer);
+    playing = 0;
+  }
+  RefreshDisplays();
+  return 1;
+}
+
+}  // namespace
+
+void TransportPlay() {
+  if (playlist.currentSong < 0) {
+    if (playlist.count > 0) TransportNext();
+    if (playlist.currentSong < 0) return;
+  }
+  {
+    const PlaylistReader reader;
+    const PlaylistEntry* entry = reader.Entry(playlist.currentSong);
+    if (!entry || playlist.count <= 0) return;
+    if (!playing && !InPlayMode(*entry)) TransportNext();
+  }
+  if (playing) {
+    TogglePause();
+    return;
+  }
+  char path[kPathSize];
+  if (!CopyPath(playlist.currentSong, path)) return;
+  Voice& voice = *TheMixer->Slot(0);
+  voice.ResetRamps();
+  if (!voice.Open(path)) return;
+  if (voice.position != 0.0f) {
+    StartFadeIn(voice, kResume);
+  } else {
+    voice.SetVolume(1.0f);
+  }
+  voice.Start();
+  playing = 1;
+}
+
+void TransportStop() {
+  if (!playing) return;
+  playing = 0;
+  for (int slot = 0; slot < 2; ++slot) {
+    Voice& voice = *TheMixer->Slot(slot);
+    voice.ResetRamps();
+    voice.SetVolumeRamp(0, 0.9f, 0.01f, 1);
+  }
+  TheMixer->Slot(2)->ResetRamps();
+  TheMixer->Slot(2)->Stop();
+  // The silent voice comes to the front, so that a new song can start while the old one fades.
+  TheMixer->RotateSlots(0, 2);
+  TheMixer->Slot(0)->Seek(0.0f);
+  ShowTimeZero(TheMixer);
+}
+
+void TogglePause() {
+  if (!playing) return;
+  Voice& voice = *TheMixer->Slot(0);
+  if (!paused) {
+    voice.SetVolume(1.0f);
+    voice.SetVolumeRamp(0, 0.8f, 0.01f, 1);
+    paused = 1;
+  } else {
+    StartFadeIn(voice, kUnpause);
+    voice.Start();
+    paused = 0;
+  }
+}
+
+void TransportNext() {
+  StepSong(AdvanceSong);
+}
+
+void TransportPrevious() {
+  StepSong(RetreatSong);
+}
+
+int AdvanceSong() {
+  bool wrapped = false;
+  const int index = StepToSong(StepForward, wrapped);
+  return wrapped && !repeatOn ? -1 : index;
+}
+
+int RetreatSong() {
+  bool wrapped = false;
+  return StepToSong(StepBack, wrapped);
+}
+
+void BuildShuffleTable() {
+  const int count = playlist.count;
+  if (count <= 0) return;
+  std::minstd_rand random(platform::GetTickCount() + 1);
+  for (int i = 0; i < count; ++i) {
+    const int j = static_cast<int>(random() % static_cast<unsigned>(i + 1));
+    shuffleTable[i] = int{shuffleTable[j]};
+    shuffleTable[j] = i;
+  }
+  shufflePosition = 0;
+}
+
+int OnMixerEvent(Mixer* mixer, int event, Voice* voice, int a, int b, int) {
+  if (event == EVENT_SOURCE_END) return OnSourceEnd(mixer, voice);
+  if (event != EVENT_POSITION || voice != mixer->Slot(0)) return 1;
+  // The main page gives its own times with b = 1.
+  if (SeekActive && b == 0) return 1;
+  if (hooks.showSongTime) hooks.showSongTime(a);
+  return 1;
+}
+
+}  // namespace kwo

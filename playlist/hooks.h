@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+namespace kwo {
+
+/// What the list and the engine tell the layers above them.  Each may be empty, is set before the
+/// threads start, and may be called on any thread; it touches no engine state.
+struct Hooks {
+  void (*refreshSongLine)() = nullptr;
+  void (*refreshPlaylistPage)() = nullptr;
+  /// In hundredths of a second.
+  void (*showSongTime)(int hundredths) = nullptr;
+  /// A block of `count` interleaved 16-bit values that has just been played.  Comes on the wave
+  /// output's thread and must return soon.
+  void (*pushSamples)(const std::int16_t* samples, int count) = nullptr;
+  /// Stops the music before the song under way leaves the list.  Main thread.
+  void (*transportStop)() = nullptr;
+};
+
+extern Hooks hooks;
+
+/// `refreshSongLine`, then `refreshPlaylistPage`.
+void RefreshDisplays();
+
+}  // namespace kwo
