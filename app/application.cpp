@@ -43,10 +43,10 @@ void RunMessageLoop() {
 
 }  // namespace
 
-int StartUp(MixerCallback callback) {
+int StartUp() {
   TheMixer = new (std::nothrow) Mixer;
   if (!TheMixer) return 0;
-  TheMixer->Init(kBlockSize, kSampleRate, kChannels, callback);
+  TheMixer->Init(kBlockSize, kSampleRate, kChannels, OnMixerEvent);
   for (int slot = 0; slot < kVoices; ++slot)
     if (!TheMixer->CreateVoice(slot, kBlockSize)) return 0;
   TheMixer->StartThread();
@@ -68,8 +68,8 @@ int ShutDown() {
   return 1;
 }
 
-int RunApplication(MixerCallback callback) {
-  StartUp(callback);
+int RunApplication() {
+  StartUp();
   RunMessageLoop();
   return ShutDown();
 }

@@ -27,13 +27,13 @@ extern int WindowFlags;
 /// 1 from the very end of start-up until the first step of shutdown.
 extern Shared<int> AppReady;
 
-/// Brings the program up; 1, or 0 if it can't run.  `callback` gets the engine's events.
-int StartUp(MixerCallback callback);
+/// Brings the program up; 1, or 0 if it can't run.
+int StartUp();
 
 /// Takes the program down; always 1.
 int ShutDown();
 
 /// The whole life of the process: start-up, message loop, shutdown.  Gives the exit code.
-int RunApplication(MixerCallback callback);
+int RunApplication();
 
 }  // namespace kwo

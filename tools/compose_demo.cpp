@@ -10,6 +10,8 @@
 #include <random>
 #include <vector>
 
+#include "tools/wav_writer.h"
+
 namespace {
 
 constexpr char kUsage[] =
@@ -191,34 +193,6 @@ std::vector<std::int16_t> Compose() {
   return song.Render();
 }
 
-void Put(std::vector<unsigned char>& bytes, std::uint32_t value, int size) {
-  for (int i = 0; i < size; ++i) bytes.push_back(static_cast<unsigned char>(value >> 8 * i));
-}
-
-bool WriteWav(const char* path, const std::vector<std::int16_t>& pcm) {
-  const auto dataBytes = static_cast<std::uint32_t>(pcm.size() * 2);
-  std::vector<unsigned char> header;
-  auto tag = [&](const char* name) { header.insert(header.end(), name, name + 4); };
-  tag("RIFF");
-  Put(header, 36 + dataBytes, 4);
-  tag("WAVE");
-  tag("fmt ");
-  Put(header, 16, 4);
-  Put(header, 1, 2);
-  Put(header, 2, 2);
-  Put(header, kRate, 4);
-  Put(header, kRate * 4, 4);
-  Put(header, 4, 2);
-  Put(header, 16, 2);
-  tag("data");
-  Put(header, dataBytes, 4);
-  std::FILE* file = std::fopen(path, "wb");
-  if (!file) return false;
-  bool whole = std::fwrite(header.data(), 1, header.size(), file) == header.size();
-  whole = std::fwrite(pcm.data(), 2, pcm.size(), file) == pcm.size() && whole;
-  return std::fclose(file) == 0 && whole;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -227,7 +201,9 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, help ? stdout : stderr);
     return help ? 0 : 2;
   }
-  if (WriteWav(argv[1], Compose())) return 0;
+  kwo::tools::WavWriter wav(argv[1], kRate, 2);
+  wav.Write(Compose());
+  if (wav.Close()) return 0;
   std::fprintf(stderr, "compose_demo: %s: cannot be written\n", argv[1]);
   return 1;
 }

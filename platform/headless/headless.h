@@ -22,12 +22,14 @@ void SetWaveDevicePresent(bool present);
 
 /// What the wave device has played so far, as 16-bit values, and how often it was opened.
 std::vector<std::int16_t> PlayedSound();
+/// The same, and forgets it.
+std::vector<std::int16_t> TakePlayedSound();
 int WaveOpenCount();
 
 /// Microseconds in which an open device had nothing to play between two buffers.
 std::int64_t WaveGap();
 
-/// Forgets what was played.
+/// Forgets what was played, and starts the counts anew.
 void ClearPlayedSound();
 
 /// Keeps the registry in a file; an empty path keeps it in memory alone, and starts it empty.

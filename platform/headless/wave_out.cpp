@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <mutex>
+#include <utility>
 
 #include "platform/headless/headless.h"
 #include "platform/headless/scheduler.h"
@@ -135,6 +136,11 @@ void SetWaveDevicePresent(bool present) {
 std::vector<std::int16_t> PlayedSound() {
   std::lock_guard guard(platform::lock);
   return platform::played;
+}
+
+std::vector<std::int16_t> TakePlayedSound() {
+  std::lock_guard guard(platform::lock);
+  return std::exchange(platform::played, {});
 }
 
 int WaveOpenCount() {

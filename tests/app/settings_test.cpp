@@ -109,7 +109,7 @@ TEST_F(Settings, ProgramRunsFromStartToQuit) {
         platform::PostQuitMessage(0);
       },
       nullptr);
-  EXPECT_EQ(1, RunApplication(nullptr));
+  EXPECT_EQ(1, RunApplication());
   platform::JoinThread(quitter);
   EXPECT_EQ(nullptr, TheMixer);
   EXPECT_EQ(0, AppReady);

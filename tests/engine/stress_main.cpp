@@ -1,86 +1,101 @@
-// Threads side by side on a running clock, for the sanitizers: songs that end every few blocks
-// while another thread opens, seeks, fades, rotates and turns every knob.
+// Threads side by side on a running clock, for the sanitizers: songs that end every few blocks and
+// an automatic DJ, while the main thread works on the list, the transport and every knob.
 
 #include <cstdio>
 #include <cstdlib>
 #include <random>
 
-#include "engine/mixer.h"
+#include "engine/shuffle_master.h"
+#include "engine/transport.h"
 #include "platform/clock.h"
 #include "platform/headless/headless.h"
+#include "playlist/hooks.h"
+#include "playlist/playlist_files.h"
+#include "playlist/tag_reader.h"
 #include "tests/support.h"
 
 namespace {
 
-std::string songs[3];
+using namespace kwo;
 
-int Next(kwo::Mixer* mixer, int event, kwo::Voice* voice, int a, int, int) {
-  if (event != kwo::EVENT_SOURCE_END || voice != mixer->Slot(0)) return 0;
-  voice->Open(songs[a % 3].c_str());
-  return 1;
+std::mt19937 chance(1);
+
+int Below(int limit) {
+  return static_cast<int>(chance() % static_cast<unsigned>(limit));
 }
 
-void Act(kwo::Mixer& mixer, std::mt19937& random) {
-  kwo::Voice& front = *mixer.Slot(0);
-  const float unit = static_cast<float>(random() % 1000) / 1000;
-  switch (random() % 10) {
-    case 0:
-      mixer.RotateSlots(0, 2);
-      break;
-    case 1:
-      front.Open(songs[random() % 3].c_str());
-      front.Start();
-      break;
-    case 2:
-      front.Seek(unit * 4);
-      break;
-    case 3:
-      front.ResetRamps();
-      front.SetVolume(1.0f);
-      break;
-    case 4:
-      front.SetVolumeRamp(0, 0.9f, 0.01f, static_cast<int>(random() % 2));
-      break;
-    case 5:
-      front.SetPanRamp(2, 0.1f, 1.0f, 0);
-      break;
-    case 6:
-      for (auto& value : mixer.eqValues) value = 0.5f + unit;
-      mixer.eqSwitch = static_cast<int>(random() % 2);
-      break;
-    case 7:
-      mixer.enhancer = static_cast<int>(random() % 3);
-      mixer.crystalizer = mixer.wideStereo = mixer.vocalReducer = static_cast<int>(random() % 2);
-      break;
-    case 8:
-      mixer.speed = 0.75f + unit / 2;
-      mixer.limiter = static_cast<int>(random() % 2);
-      break;
-    default:
-      front.Start();
-  }
-  front.ApplyMixerParameters();
+void AddSome() {
+  static const char* const kSongs[] = {"joint128.mp3", "layer2.mp2", "vbr-lsf.mp3", "absent.mp3"};
+  for (int i = 0; i < 1 + Below(30); ++i) AddPath(test::DataFile(kSongs[Below(4)]).c_str());
 }
+
+void ClickSome() {
+  for (int i = 0; i < 5 && playlist.count > 0; ++i)
+    ClickSong(Below(playlist.count), Below(3) == 0, Below(2) == 0);
+}
+
+void ChangeOrder() {
+  playMode = Below(3);
+  repeatOn = Below(4) > 0;
+  shuffleOn = Below(2);
+  if (shuffleOn) BuildShuffleTable();
+}
+
+void TurnKnobs() {
+  for (auto& value : TheMixer->eqValues) value = 0.5f + static_cast<float>(Below(100)) / 100;
+  TheMixer->eqSwitch = Below(2);
+  TheMixer->enhancer = Below(3);
+  TheMixer->crystalizer = TheMixer->wideStereo = TheMixer->vocalReducer = Below(2);
+  TheMixer->limiter = Below(2);
+  TheMixer->speed = 0.75f + static_cast<float>(Below(50)) / 100;
+  TheMixer->Slot(0)->ApplyMixerParameters();
+}
+
+void SeekSome() {
+  TransportStop();
+  TheMixer->Slot(0)->Seek(static_cast<float>(Below(4)));
+  TransportPlay();
+}
+
+void SwitchDj() {
+  djMode = Below(2);
+  DjSetMode(djMode);
+}
+
+constexpr void (*kActions[])() = {
+    AddSome,           AddSome,        ClickSome,        ClickSome,          ChangeOrder,
+    TurnKnobs,         TurnKnobs,      SeekSome,         SortList,           RemoveSelected,
+    RemoveUnselected,  MoveSelectedUp, MoveSelectedDown, MoveSelectedPageUp, MoveSelectedPageDown,
+    RemoveDeadLinks,   ClearList,      RemoveAll,        ReadAllTags,        SelectAll,
+    DeselectAll,       TransportPlay,  TransportPlay,    TransportNext,      TransportNext,
+    TransportPrevious, TransportStop,  TogglePause,      SwitchDj,
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int rounds = argc > 1 ? std::atoi(argv[1]) : 2000;
-  kwo::headless::UseRunningClock(50.0);
-  songs[0] = kwo::test::DataFile("joint128.mp3");
-  songs[1] = kwo::test::DataFile("layer2.mp2");
-  songs[2] = kwo::test::DataFile("vbr-lsf.mp3");
-  kwo::Mixer mixer;
-  mixer.Init(4608, 44100, 2, Next);
-  for (int slot = 0; slot < 3; ++slot) mixer.CreateVoice(slot, 4608);
-  mixer.StartThread();
-  std::mt19937 random(1);
+  const int rounds = argc > 1 ? std::atoi(argv[1]) : 1500;
+  headless::UseRunningClock(100.0);
+  TheMixer = new Mixer;
+  TheMixer->Init(4608, 44100, 2, OnMixerEvent);
+  for (int slot = 0; slot < 3; ++slot) TheMixer->CreateVoice(slot, 4608);
+  hooks.transportStop = TransportStop;
+  hooks.refreshPlaylistPage = BuildDisplayNames;
+  TheMixer->StartThread();
+  AddSome();
+  repeatOn = 1;
+  TransportPlay();
   for (int round = 0; round < rounds; ++round) {
-    Act(mixer, random);
-    kwo::platform::Sleep(static_cast<int>(random() % 100));
+    kActions[Below(static_cast<int>(std::size(kActions)))]();
+    if (playlist.count == 0) AddSome();
+    if (!playing) TransportPlay();
+    platform::Sleep(Below(400));
   }
-  mixer.StopThread();
-  const std::size_t played = kwo::headless::PlayedSound().size();
+  DjEnd();
+  ClearList();
+  TheMixer->StopThread();
+  delete TheMixer;
+  const std::size_t played = headless::PlayedSound().size();
   std::printf("%d rounds, %zu values played\n", rounds, played);
   return played > 0 ? 0 : 1;
 }

@@ -1,0 +1,79 @@
+#include "tools/tool_engine.h"
+
+#include <cstring>
+
+#include "engine/shuffle_master.h"
+#include "engine/transport.h"
+#include "platform/files.h"
+#include "playlist/hooks.h"
+#include "playlist/playlist_files.h"
+
+namespace kwo::tools {
+namespace {
+
+constexpr int kBlockSize = 4608;
+
+// A setting's name and where its value goes.
+struct Setting {
+  const char* name;
+  void (*apply)(int value);
+};
+constexpr Setting kSettings[] = {
+    {"SliderVol", [](int v) { TheMixer->volume = static_cast<float>(v) / 100; }},
+    {"SliderPan", [](int v) { TheMixer->pan = static_cast<float>(v) / 100; }},
+    {"SliderSpd", [](int v) { TheMixer->speed = static_cast<float>(v) / 100; }},
+    {"EffectCR", [](int v) { TheMixer->crystalizer = v; }},
+    {"EffectTE", [](int v) { TheMixer->enhancer = v; }},
+    {"EffectVR", [](int v) { TheMixer->vocalReducer = v; }},
+    {"EffectCE", [](int v) { TheMixer->wideStereo = v; }},
+    {"EffectLT", [](int v) { TheMixer->limiter = v; }},
+    {"EffectEQSwitch", [](int v) { TheMixer->eqSwitch = v; }},
+    {"ModePlay", [](int v) { playMode = v; }},
+    {"ModeRepeat", [](int v) { repeatOn = v; }},
+    {"ModeShuffle",
+     [](int v) {
+       shuffleOn = v;
+       if (v) BuildShuffleTable();
+     }},
+    {"ModeDJ",
+     [](int v) {
+       djMode = v;
+       DjSetMode(v);
+     }},
+};
+
+}  // namespace
+
+bool StartEngine() {
+  TheMixer = new Mixer;
+  TheMixer->Init(kBlockSize, 44100, 2, OnMixerEvent);
+  for (int slot = 0; slot < 3; ++slot)
+    if (!TheMixer->CreateVoice(slot, kBlockSize)) return false;
+  hooks.transportStop = TransportStop;
+  TheMixer->StartThread();
+  return true;
+}
+
+void StopEngine() {
+  DjEnd();
+  ClearList();
+  TheMixer->StopThread();
+  delete TheMixer;
+  TheMixer = nullptr;
+}
+
+bool AddArgument(const std::string& path) {
+  return AddPath(platform::FromMachinePath(path.c_str()).c_str()) > 0;
+}
+
+bool ApplySetting(const std::string& name, int value) {
+  for (const Setting& setting : kSettings) {
+    if (name != setting.name) continue;
+    setting.apply(value);
+    TheMixer->Slot(0)->ApplyMixerParameters();
+    return true;
+  }
+  return false;
+}
+
+}  // namespace kwo::tools

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+/// The engine as the developer programs run it: the whole of it, without a window.
+namespace kwo::tools {
+
+/// Starts the mixer with its three voices; false if there is no memory.
+bool StartEngine();
+
+/// Stops the music at once, and the engine.
+void StopEngine();
+
+/// Adds a song, folder or playlist file that the command line names; false if it added nothing.
+bool AddArgument(const std::string& path);
+
+/// Sets one of the saved settings that the engine reads, by its name: "SliderVol", "ModeDJ", ...
+/// False if the engine has no such setting.
+bool ApplySetting(const std::string& name, int value);
+
+}  // namespace kwo::tools

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <vector>
+
+namespace kwo::tools {
+
+/// Writes a 16-bit WAV file piece by piece.
+class WavWriter {
+ public:
+  WavWriter(const char* path, int rate, int channels);
+  ~WavWriter();
+  WavWriter(const WavWriter&) = delete;
+  WavWriter& operator=(const WavWriter&) = delete;
+
+  void Write(const std::vector<std::int16_t>& samples);
+  /// Completes the header; false if the file could not be written whole.
+  bool Close();
+
+ private:
+  void WriteHeader();
+
+  std::FILE* file_;
+  int rate_, channels_;
+  std::uint32_t bytes_ = 0;
+  bool whole_;
+};
+
+}  // namespace kwo::tools
