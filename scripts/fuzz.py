@@ -34,7 +34,15 @@ def settings_seeds():
     yield b"Software\\KWO\\SLIDERVOL=dword:00000064\nSoftware\\KWO\\DIROPEN=string:%41b\n"
 
 
-SEEDS = {"mpeg": mpeg_seeds, "wav": wav_seeds, "settings": settings_seeds}
+def playlist_seeds():
+    yield b"VERSION 10\r\nADD C:\\music\\a b.mp3\r\nSELECTED\r\n// note\rplay x.MP2\nADD y.pla\n"
+
+
+def tag_seeds():
+    yield b"some sound" + b"TAG" + b"Title".ljust(30) + b"Artist".ljust(30, b"\0") + b"A" * 65
+
+
+SEEDS = {"playlist": playlist_seeds, "tag": tag_seeds, "mpeg": mpeg_seeds, "wav": wav_seeds, "settings": settings_seeds}
 
 
 def main():
