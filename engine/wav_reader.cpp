@@ -37,7 +37,7 @@ int WavReader::Open(const char* path, int* rate, int* channelCount) {
 int WavReader::ReadHeader() {
   unsigned char header[36];
   if (platform::ReadFile(file, header, sizeof header) != sizeof header) return 0;
-  if (std::memcmp(header, "RIFF", 4) || std::memcmp(header + 8, "WAVEfmt ", 8)) return 0;
+  if (std::memcmp(header, "RIFF", 4) != 0 || std::memcmp(header + 8, "WAVEfmt ", 8) != 0) return 0;
   channels = header[22];
   sampleRate = header[24] | header[25] << 8;
   bitsPerSample = header[34];
@@ -51,7 +51,7 @@ int WavReader::FindData() {
   const std::int64_t start = platform::SeekFileBy(file, 0);
   const int available = platform::ReadFile(file, bytes, kWindow);
   for (int at = 0; at < kDataTries && at + 8 <= available; ++at) {
-    if (std::memcmp(bytes + at, "data", 4)) continue;
+    if (std::memcmp(bytes + at, "data", 4) != 0) continue;
     dataSize = LittleEndian32(bytes + at + 4);
     dataStart = start + at + 8;
     position = 0;

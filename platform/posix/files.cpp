@@ -140,7 +140,7 @@ std::vector<std::string> ListFolder(const char* path) {
   if (!folder) return names;
   while (const dirent* entry = readdir(folder)) {
     const char* name = entry->d_name;
-    if (std::strcmp(name, ".") && std::strcmp(name, "..") && !std::strchr(name, '\\'))
+    if (std::strcmp(name, ".") != 0 && std::strcmp(name, "..") != 0 && !std::strchr(name, '\\'))
       names.emplace_back(name);
   }
   closedir(folder);
