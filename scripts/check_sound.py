@@ -22,6 +22,8 @@ FRAME = 4
 # The server fades its own edges: the stream's start can lose some milliseconds in the monitor, and
 # the device is closed with the last buffers still queued.
 HEAD = RATE // 20
+# The recorder's own failure, which says nothing about the sound.
+CUT_RECORDING = "the recording holds only"
 TAIL = RATE * 3 // 10
 
 
@@ -71,7 +73,7 @@ def check_exact(tools, work, run):
     start, end = place - join, len(sent) // FRAME - TAIL
     sent, heard = frames(sent), frames(heard)
     if start + HEAD < 0 or start + end > len(heard):
-        return f"the recording holds frames {-start} to {len(heard) - start} of {len(sent)} only"
+        return f"{CUT_RECORDING} frames {-start} to {len(heard) - start} of {len(sent)}"
     differences = sum(heard[start + i] != sent[i] for i in range(HEAD, end))
     print(f"run {run}: {end - HEAD} frames compared, {differences} differ", flush=True)
     return None if played.returncode == 0 and differences == 0 else "the sound is not what was sent"
@@ -119,8 +121,12 @@ def main():
     tools = pathlib.Path(sys.argv[1]).resolve()
     with tempfile.TemporaryDirectory() as folder:
         work = pathlib.Path(folder)
-        for problem in (check_exact(tools, work, 1), check_exact(tools, work, 2),
-                        check_restart(tools, work)):
+        for check in (lambda: check_exact(tools, work, 1), lambda: check_exact(tools, work, 2),
+                      lambda: check_restart(tools, work)):
+            problem = check()
+            if problem and problem.startswith(CUT_RECORDING):
+                print(f"{problem}; once more", flush=True)
+                problem = check()
             if problem:
                 print(problem)
                 return 1
