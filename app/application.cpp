@@ -1,30 +1,65 @@
 #include "app/application.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <new>
 #include <string>
 
+#include "app/main_events.h"
+#include "app/saved_state.h"
+#include "app/shell_services.h"
+#include "engine/shuffle_master.h"
+#include "engine/transport.h"
+#include "panels/application_state.h"
+#include "panels/equaliser_presets.h"
+#include "panels/main_page.h"
+#include "panels/mixer_page.h"
+#include "panels/panel_tools.h"
+#include "panels/playlist_page.h"
+#include "panels/top_bar.h"
+#include "panels/visualisers.h"
+#include "panels/window_page.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/messages.h"
+#include "playlist/hooks.h"
+#include "playlist/playlist.h"
+#include "playlist/playlist_files.h"
 #include "settings/settings.h"
+#include "toolkit/skin_description.h"
 
 namespace kwo {
-
-char AppDir[256];
-char SkinName[256];
-char InputText[256];
-int CurrentPage = 0;
-int MixerSubPage = 0;
-int WindowFlags = 0;
-Shared<int> AppReady;
-
 namespace {
 
 constexpr int kBlockSize = 4608;
 constexpr int kSampleRate = 44100;
 constexpr int kChannels = 2;
 constexpr int kVoices = 3;
+constexpr int kFrameRate = 20;
+constexpr int kFontHeight = 12;
+constexpr char kFontFace[] = "굴림체";
+constexpr std::size_t kMaxDescription = 1 << 20;
+constexpr int kFadeLimitMilliseconds = 3000;
+constexpr int kFadePollMilliseconds = 50;
+
+void SetHooks() {
+  hooks.refreshSongLine = RefreshSongLine;
+  hooks.refreshPlaylistPage = RefreshPlaylistPage;
+  hooks.showSongTime = ShowSongTime;
+  hooks.pushSamples = PushSamples;
+  hooks.transportStop = TransportStop;
+}
+
+bool StartEngine() {
+  TheMixer = new (std::nothrow) Mixer;
+  if (!TheMixer) return false;
+  TheMixer->Init(kBlockSize, kSampleRate, kChannels, OnMixerEvent);
+  for (int slot = 0; slot < kVoices; ++slot)
+    if (!TheMixer->CreateVoice(slot, kBlockSize)) return false;
+  TheMixer->StartThread();
+  return true;
+}
 
 // The folder of the executable; empty, the current folder, for one whose path is too long.
 void FindAppDir() {
@@ -34,44 +69,202 @@ void FindAppDir() {
   if (folder.size() < sizeof AppDir) std::memcpy(AppDir, folder.c_str(), folder.size() + 1);
 }
 
+bool ReadSkinDescription(platform::Rectangle& window) {
+  std::string text;
+  const std::string skins = std::string(AppDir) + "skin\\";
+  if (!platform::ReadWholeFile((skins + SkinName + "\\ui.txt").c_str(), text, kMaxDescription) &&
+      !platform::ReadWholeFile((skins + "default\\ui.txt").c_str(), text, kMaxDescription))
+    return false;
+  ParseSkinDescription(text, window);
+  return true;
+}
+
+// The part of `window` that lies within the background; all of that where no part does.
+platform::Rectangle Within(const platform::Rectangle& window, int width, int height) {
+  const int left = std::clamp(window.x, 0, width), top = std::clamp(window.y, 0, height);
+  const int right = std::clamp(window.width, 0, width - left) + left;
+  const int bottom = std::clamp(window.height, 0, height - top) + top;
+  if (right == left || bottom == top) return {0, 0, width, height};
+  return {left, top, right - left, bottom - top};
+}
+
+platform::Point CentredPlace() {
+  const platform::Size screen = platform::ScreenSize();
+  return {(screen.width - TheSkinHost->windowWidth) / 2,
+          (screen.height - TheSkinHost->windowHeight) / 2};
+}
+
+bool OpenWindow(const platform::Rectangle& described) {
+  SkinHost& host = *TheSkinHost;
+  // Gives 0 here, since the canvas comes with the background.
+  host.CreateMainWindow(SkinName, MainCallback, 0, 0, 0, 0, kFrameRate);
+  if (!platform::MainWindowExists()) return false;
+  if (!host.LoadBackground("background.bmp", TransparentColor)) return false;
+  host.SetSkinFont(kFontFace, kFontHeight, FontColor);
+  host.colorKey = host.defaultColorKey = TransparentColor;
+  const platform::Rectangle window = Within(described, host.windowWidth, host.windowHeight);
+  host.groups[GROUP_INTERFACE].PlaceGroup(nullptr, window.x, window.y, 0, window.width,
+                                          window.height, 0, 0);
+  const platform::Point place = CentredPlace();
+  GetSettingInt("Y", place.y, 1);
+  GetSettingInt("X", place.x, 1);
+  host.MoveHostWindow(place.x, place.y, host.windowWidth, host.windowHeight);
+  host.groups[GROUP_INTERFACE].visible = 1;
+  return true;
+}
+
+void BuildPages() {
+  BuildTopBar();
+  BuildMainPage();
+  BuildPlaylistPage();
+  BuildMixerPage();
+  BuildInfoPage();
+  BuildConfigPage();
+  BuildWindowPage();
+  CurrentPage = PAGE_MAIN;
+  MixerSubPage = 0;
+  TheSkinHost->VisualiserWidget = Find(WIDGET_VISUALISER);
+  TheSkinHost->VisualiserCallback = kVisualiserTable[0];
+  TheSkinHost->VisualiserMode = VISUALISER_ON_PAGE;
+}
+
+// A place from which nothing of the window can be seen is given up for the screen's corner.
+platform::Point Validated(platform::Point place) {
+  const platform::Size screen = platform::ScreenSize();
+  const bool seen = std::int64_t{place.x} + TheSkinHost->windowWidth >= 0 &&
+                    std::int64_t{place.y} + TheSkinHost->windowHeight >= 0 &&
+                    place.x <= screen.width && place.y <= screen.height;
+  return seen ? place : platform::Point{0, 0};
+}
+
+void RestoreWindow() {
+  const platform::Point centred = CentredPlace();
+  const platform::Point saved{GetSettingInt("POS_X", centred.x, 0),
+                              GetSettingInt("POS_Y", centred.y, 0)};
+  WindowFlags = GetSettingInt("POS_Z", 0, 0) & 7;
+  if (CurrentAutoMode() > AUTO_MINIMISE) WindowFlags &= ~3;
+  platform::MoveWindow(Validated(saved));
+  ApplyWindowFlags();
+}
+
+// A first run finds the demo song beside the program, so that Play makes music at once.
+void RestoreList() {
+  const std::string history = std::string(AppDir) + "HISTORY.PLA";
+  if (platform::FileAttributes(history.c_str()) < 0) {
+    AddPath((std::string(AppDir) + "music").c_str());
+  } else {
+    AddPath(history.c_str());
+  }
+  RefreshPlaylistPage();
+}
+
+void RestoreCurrentSong(int saved) {
+  playlist.currentSong = playlist.count > saved ? std::max(saved - 1, -1) : -1;
+  TransportNext();
+}
+
+// The stop's fade-outs end here, or would have ended: without a device nothing moves them on.
+void WaitForFades() {
+  for (int waited = 0; waited < kFadeLimitMilliseconds; waited += kFadePollMilliseconds) {
+    bool fading = false;
+    for (int slot = 0; slot < kVoices; ++slot) {
+      const Voice* voice = TheMixer->Slot(slot);
+      fading = fading || (voice && !voice->ramps[0].Idle());
+    }
+    if (!fading) return;
+    platform::Sleep(kFadePollMilliseconds);
+  }
+}
+
 void RunMessageLoop() {
   platform::Message message;
-  do {
+  for (;;) {
     if (!platform::PeekMessage(message)) platform::WaitMessage();
-  } while (platform::GetMessage(message));
+    if (!platform::GetMessage(message)) return;
+    platform::DispatchMessage(message);
+  }
 }
 
 }  // namespace
 
 int StartUp() {
-  TheMixer = new (std::nothrow) Mixer;
-  if (!TheMixer) return 0;
-  TheMixer->Init(kBlockSize, kSampleRate, kChannels, OnMixerEvent);
-  for (int slot = 0; slot < kVoices; ++slot)
-    if (!TheMixer->CreateVoice(slot, kBlockSize)) return 0;
-  TheMixer->StartThread();
+  ResetMainEvents();
+  TheSkinHost = new (std::nothrow) SkinHost;
+  if (!TheSkinHost) return 0;
+  SetHooks();
+  if (!StartEngine()) return 0;
   FindAppDir();
   std::snprintf(SkinName, sizeof SkinName, "default");
   GetSettingString("Skin", SkinName, 1);
-  CurrentPage = MixerSubPage = 0;
+  platform::Rectangle window{0, 0, 0, 0};
+  if (!ReadSkinDescription(window)) {
+    std::fputs("kwo: there is no skin/default/ui.txt beside the program\n", stderr);
+    return 0;
+  }
+  if (!OpenWindow(window)) {
+    std::fputs(platform::MainWindowExists() ? "kwo: skin/default/background.bmp can't be read\n"
+                                            : "kwo: there is no desktop to open the window on\n",
+               stderr);
+    return 0;
+  }
+  BuildPages();
+  AddTrayIcon();
+  platform::CreateInputEdit();
+  InputText.Store("");
+  int displayMode, visualiser;
+  ReadDisplaySettings(displayMode, visualiser);
+  SetMainDisplayMode(displayMode);
+  SetMainSAMode(visualiser);
+  const int savedSong = ReadPlaylistSettings();
+  LoadEqPresets();
+  ReadMixerSettings();
+  ApplyMixerPage();
+  DjSetMode(djMode);
+  RestoreWindow();
+  const int savedTop = playlist.topIndex;
+  RestoreList();
+  playlist.topIndex = savedTop;
+  RefreshPlaylistPage();
+  if (shuffleOn) BuildShuffleTable();
+  RestoreCurrentSong(savedSong);
   FlushSettings();
+  TheSkinHost->BringToFront();
+  TheSkinHost->StartRedraw();
+  if (!VisualiserFillsWindow()) TheSkinHost->ShowTile(PAGE_MAIN, BackgroundEffect);
+  ShowMainPage(0);
+  ShowTopBar(1);
   AppReady = 1;
   return 1;
 }
 
 int ShutDown() {
+  const bool wasUp = AppReady != 0;
   AppReady = 0;
-  FlushSettings();
+  DjEnd();
+  if (wasUp) {
+    TransportStop();
+    HideCurrentPage(0);
+    HideTopBar(1);
+    WaitForFades();
+    WriteSettings();
+    FlushSettings();
+    RemoveTrayIcon();
+    TheSkinHost->StopRedraw();
+  }
   if (TheMixer) TheMixer->StopThread();
   delete TheMixer;
   TheMixer = nullptr;
+  delete TheSkinHost;
+  TheSkinHost = nullptr;
+  if (wasUp) SavePlaylistFile((std::string(AppDir) + "HISTORY.PLA").c_str());
   return 1;
 }
 
 int RunApplication() {
-  StartUp();
-  RunMessageLoop();
-  return ShutDown();
+  const int up = StartUp();
+  if (up) RunMessageLoop();
+  ShutDown();
+  return up ? 0 : 1;
 }
 
 }  // namespace kwo

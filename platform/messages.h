@@ -1,13 +1,42 @@
 #pragma once
 
-/// The main thread's message queue.
+/// The main thread's message queue, and the numbers of the messages.  A message is what the desktop
+/// or another thread tells the logic; it waits until the main thread asks for it.
 namespace kwo::platform {
 
-constexpr int kMessageQuit = 0x0012;
+enum MessageId : int {
+  kMessageSize = 5,      ///< `wParam`: kSizeRestored or kSizeMinimised
+  kMessageActivate = 6,  ///< low word of `wParam` 0: another program's window is active now
+  kMessagePaint = 15,    ///< the whole window is to be presented
+  kMessageQuit = 18,
+  kMessageShowWindow = 24,  ///< `wParam`: 1 shown, 0 hidden
+  kMessageCommand = 273,    ///< low word of `wParam` a menu command, or high word an edit's notice
+  kMessageSysCommand = 274,
+  kMessageTimer = 275,  ///< `wParam`: the timer's id; one at most waits in the queue
+  kMessageMouseMove = 512,
+  kMessageLeftDown = 513,
+  kMessageLeftUp = 514,
+  kMessageLeftDouble = 515,  ///< in place of the second of two quick presses
+  kMessageRightDown = 516,
+  kMessageRightUp = 517,
+  kMessageRightDouble = 518,
+  kMessageDropFiles = 563,  ///< `wParam`: what `TakeDroppedFiles` takes
+  kMessageTray = 0x8064,    ///< `lParam`: kMessageLeftDown or kMessageRightDown on the tray icon
+};
+
+constexpr int kSizeRestored = 0;
+constexpr int kSizeMinimised = 1;
+constexpr int kSystemMinimise = 0xF020;
+constexpr int kSystemClose = 0xF060;
+constexpr int kSystemRestore = 0xF120;
+constexpr int kEditLostFocus = 0x200;
+constexpr int kEditChanged = 0x300;
 
 struct Message {
   int id;
   int wParam;
+  /// For the mouse: x in the low and y in the high 16 bits, in the window's pixels.  A place left
+  /// of or above the window counts as its edge.
   int lParam;
 };
 

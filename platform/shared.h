@@ -3,6 +3,10 @@
 #include <atomic>
 #include <type_traits>
 
+/// Marks the few plain loops that move pixels or samples which another thread may be writing: by
+/// agreement such memory may tear, and the next frame shows it whole.
+#define KWO_MAY_TEAR __attribute__((no_sanitize("thread")))
+
 namespace kwo {
 
 /// A word that several threads read and write without a lock.  Each access moves the whole word;

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
-/// What the desktop asks the user for.  Main thread.
+#include "platform/window.h"
+
+/// What the desktop around the window offers.  Main thread.
 namespace kwo::platform {
 
 /// Lets the user choose files.  `filter` is pairs of a name and its patterns, each closed by NUL,
@@ -13,5 +16,30 @@ bool ChooseFiles(const char* filter, const char* folder, std::vector<std::string
 
 /// Lets the user choose a folder; false if none was chosen.
 bool ChooseFolder(const char* title, std::string& folder);
+
+struct MenuItem {
+  int command;  ///< 0: a separator
+  const char* text;
+  bool marked;  ///< with a radio mark
+};
+
+/// Shows a menu at a place of the screen until the user has chosen or dismissed it.  The choice is
+/// posted as kMessageCommand.
+void TrackPopupMenu(std::span<const MenuItem> items, Point place);
+
+/// The files and folders of a drop, once.
+std::vector<std::string> TakeDroppedFiles(int drop);
+
+/// The tray icon with its tip; false where the desktop has no tray.  Presses are posted as
+/// kMessageTray.
+bool ShowTrayIcon(const char* tip);
+void HideTrayIcon();
+
+/// The default value of a key of the desktop's file classes, such as ".html" or
+/// "http\shell\open\command".  Gives 0, or the registry's error code.
+int ReadClassRegistry(const char* key, std::string& value);
+
+/// Starts a program without waiting for it; false if it can't be started.
+bool RunCommandLine(const char* line);
 
 }  // namespace kwo::platform

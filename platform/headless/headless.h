@@ -4,6 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/shell.h"
+#include "platform/window.h"
+
 /// What tests and developer programs set and see of the headless backend.
 namespace kwo::headless {
 
@@ -35,6 +38,9 @@ void ClearPlayedSound();
 /// Keeps the registry in a file; an empty path keeps it in memory alone, and starts it empty.
 void UseRegistryFile(const std::string& path);
 
+/// Where the program believes its executable to lie; empty for the machine's own word.
+void SetExecutablePath(const std::string& path);
+
 /// What the user does in the next file or folder dialog: chooses `paths` while it shows `folder`,
 /// or cancels if there are none.  Without an answer a dialog is cancelled.
 struct DialogAnswer {
@@ -45,5 +51,56 @@ void AnswerDialog(const DialogAnswer& answer);
 
 /// The folder in which the last file dialog opened.
 std::string LastDialogFolder();
+
+// The user's hands.  Any thread.  Places are of the screen.
+
+enum class Button { kLeft, kRight };
+void MovePointer(platform::Point place);
+void PressButton(Button button);
+void ReleaseButton(Button button);
+void SetKey(platform::Key key, bool down);
+/// Types into the edit, if it has the focus; 8 deletes the byte before the caret, and `MoveCaret`
+/// puts the caret elsewhere.
+void TypeText(const std::string& text);
+void MoveCaret(int position);
+void DropFiles(const std::vector<std::string>& paths);
+void PressTray(Button button);
+/// The user makes another window active, or this one again.
+void SetWindowActive(bool active);
+/// The desktop's own minimise, restore and close buttons.
+void MinimiseByUser();
+void RestoreByUser();
+void CloseByUser();
+/// The command chosen in the next menu; 0 dismisses it, as no answer does.
+void AnswerMenu(int command);
+
+// What the user sees.  Any thread.
+
+struct WindowState {
+  platform::Rectangle place;
+  bool exists, visible, minimised, topmost, captured, pointerShown, editFocused;
+  std::string caption;
+  int presented;  ///< how often pixels were presented
+};
+WindowState Window();
+struct TrayState {
+  bool shown;
+  std::string tip;
+};
+TrayState Tray();
+/// Red, green, blue and opacity of each pixel, from the top; what lies outside the shape is clear.
+std::vector<std::uint8_t> WindowPixels();
+std::vector<platform::Rectangle> WindowShape();
+platform::Point PointerPlace();
+/// The texts of the last menu, the marked one behind a "*".
+std::vector<std::string> LastMenu();
+/// The command lines run so far.
+std::vector<std::string> CommandLines();
+
+void SetScreenSize(platform::Size size);
+void SetWindowPossible(bool possible);
+void SetTrayPresent(bool present);
+/// What `ReadClassRegistry` finds; an empty value removes the key.
+void SetClassRegistry(const std::string& key, const std::string& value);
 
 }  // namespace kwo::headless

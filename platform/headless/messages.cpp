@@ -1,9 +1,13 @@
 #include "platform/messages.h"
 
+#include <algorithm>
 #include <deque>
 #include <mutex>
+#include <vector>
 
+#include "platform/headless/headless.h"
 #include "platform/headless/scheduler.h"
+#include "platform/headless/timers.h"
 
 namespace kwo::platform {
 namespace {
@@ -11,6 +15,18 @@ namespace {
 std::mutex lock;
 std::deque<Message> queue;
 headless::Task* waiting = nullptr;
+
+void PostTimers() {
+  std::vector<int> ids;
+  headless::CollectTimers(ids);
+  std::lock_guard guard(lock);
+  for (int id : ids) {
+    const bool waits = std::any_of(queue.begin(), queue.end(), [id](const Message& message) {
+      return message.id == kMessageTimer && message.wParam == id;
+    });
+    if (!waits) queue.push_back({kMessageTimer, id, 0});
+  }
+}
 
 }  // namespace
 
@@ -25,6 +41,7 @@ void PostQuitMessage(int exitCode) {
 }
 
 bool PeekMessage(Message& message) {
+  PostTimers();
   std::lock_guard guard(lock);
   if (queue.empty()) return false;
   message = queue.front();
@@ -34,12 +51,13 @@ bool PeekMessage(Message& message) {
 void WaitMessage() {
   headless::Task& self = headless::CurrentTask();
   for (;;) {
+    PostTimers();
     {
       std::lock_guard guard(lock);
       waiting = queue.empty() ? &self : nullptr;
       if (!waiting) return;
     }
-    headless::RestUntil(headless::kForever);
+    headless::RestUntil(headless::NextTimer());
   }
 }
 

@@ -1,17 +1,33 @@
 #include "platform/shell.h"
 
 #include <deque>
+#include <map>
+#include <mutex>
 
 #include "platform/files.h"
 #include "platform/headless/headless.h"
+#include "platform/posix/executable.h"
 
 namespace kwo {
 namespace {
 
+std::mutex lock;
 std::deque<headless::DialogAnswer> answers;
+std::deque<int> menuAnswers;
+std::vector<std::string> lastMenu;
 std::string lastFolder;
+std::map<int, std::vector<std::string>> drops;
+int lastDrop = 0;
+std::map<std::string, std::string> classes;
+std::vector<std::string> commandLines;
+bool trayPresent = true;
+bool trayShown = false;
+std::string trayTip;
+
+constexpr int kErrorFileNotFound = 2;
 
 bool TakeAnswer(headless::DialogAnswer& answer) {
+  std::lock_guard guard(lock);
   if (answers.empty()) return false;
   answer = answers.front();
   answers.pop_front();
@@ -23,7 +39,10 @@ bool TakeAnswer(headless::DialogAnswer& answer) {
 namespace platform {
 
 bool ChooseFiles(const char*, const char* folder, std::vector<std::string>& paths) {
-  lastFolder = folder;
+  {
+    std::lock_guard guard(lock);
+    lastFolder = folder;
+  }
   headless::DialogAnswer answer;
   if (!TakeAnswer(answer)) return false;
   paths = answer.paths;
@@ -38,16 +57,115 @@ bool ChooseFolder(const char*, std::string& folder) {
   return true;
 }
 
+void TrackPopupMenu(std::span<const MenuItem> items, Point) {
+  std::lock_guard guard(lock);
+  lastMenu.clear();
+  for (const MenuItem& item : items) {
+    std::string text(item.marked ? "*" : "");
+    text += item.command ? item.text : "-";
+    lastMenu.push_back(text);
+  }
+  if (menuAnswers.empty()) return;
+  if (menuAnswers.front()) PostMessage({kMessageCommand, menuAnswers.front(), 0});
+  menuAnswers.pop_front();
+}
+
+std::vector<std::string> TakeDroppedFiles(int drop) {
+  std::lock_guard guard(lock);
+  auto found = drops.extract(drop);
+  return found ? found.mapped() : std::vector<std::string>();
+}
+
+bool ShowTrayIcon(const char* tip) {
+  std::lock_guard guard(lock);
+  trayShown = trayPresent;
+  trayTip = tip;
+  return trayShown;
+}
+
+void HideTrayIcon() {
+  std::lock_guard guard(lock);
+  trayShown = false;
+}
+
+int ReadClassRegistry(const char* key, std::string& value) {
+  std::lock_guard guard(lock);
+  auto found = classes.find(key);
+  if (found == classes.end()) return kErrorFileNotFound;
+  value = found->second;
+  return 0;
+}
+
+bool RunCommandLine(const char* line) {
+  std::lock_guard guard(lock);
+  commandLines.push_back(line);
+  return true;
+}
+
 }  // namespace platform
 
 namespace headless {
 
 void AnswerDialog(const DialogAnswer& answer) {
+  std::lock_guard guard(lock);
   answers.push_back(answer);
 }
 
 std::string LastDialogFolder() {
+  std::lock_guard guard(lock);
   return lastFolder;
+}
+
+void SetExecutablePath(const std::string& path) {
+  platform::TellExecutablePath(path);
+}
+
+void AnswerMenu(int command) {
+  std::lock_guard guard(lock);
+  menuAnswers.push_back(command);
+}
+
+std::vector<std::string> LastMenu() {
+  std::lock_guard guard(lock);
+  return lastMenu;
+}
+
+void DropFiles(const std::vector<std::string>& paths) {
+  std::lock_guard guard(lock);
+  drops[++lastDrop] = paths;
+  platform::PostMessage({platform::kMessageDropFiles, lastDrop, 0});
+}
+
+void PressTray(Button button) {
+  std::lock_guard guard(lock);
+  if (!trayShown) return;
+  platform::PostMessage(
+      {platform::kMessageTray, 0,
+       button == Button::kLeft ? platform::kMessageLeftDown : platform::kMessageRightDown});
+}
+
+void SetTrayPresent(bool present) {
+  std::lock_guard guard(lock);
+  trayPresent = present;
+}
+
+TrayState Tray() {
+  std::lock_guard guard(lock);
+  return {trayShown, trayTip};
+}
+
+void SetClassRegistry(const std::string& key, const std::string& value) {
+  std::lock_guard guard(lock);
+  if (value.empty()) {
+    classes.erase(key);
+  } else {
+    classes[key] = value;
+  }
+}
+
+std::vector<std::string> CommandLines() {
+  std::lock_guard guard(lock);
+  return commandLines;
 }
 
 }  // namespace headless

@@ -10,8 +10,12 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/posix/executable.h"
+
 namespace kwo::platform {
 namespace {
+
+std::string toldExecutable;
 
 int OpenFlags(FileAccess access, FileCreate create) {
   int flags = access == FileAccess::kRead    ? O_RDONLY
@@ -176,7 +180,12 @@ bool SetCurrentFolder(const char* path) {
   return chdir(ToMachinePath(path).c_str()) == 0;
 }
 
+void TellExecutablePath(const std::string& path) {
+  toldExecutable = path;
+}
+
 std::string ExecutablePath() {
+  if (!toldExecutable.empty()) return toldExecutable;
   char path[4096];
   ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
   if (length <= 0) return CurrentFolder() + "kwo";

@@ -2,14 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
-#include "app/application.h"
-#include "platform/clock.h"
 #include "platform/headless/headless.h"
-#include "platform/messages.h"
 #include "platform/registry.h"
-#include "platform/threads.h"
 #include "tests/support.h"
 
 namespace kwo {
@@ -95,27 +89,6 @@ TEST_F(Settings, FileThatCannotBeWrittenOrReadChangesNothing) {
   GetSettingInt("A", 5, 1);
   FlushSettings();
   EXPECT_NE(std::string::npos, test::ReadBytes(path).find("A=dword:00000005"));
-}
-
-TEST_F(Settings, ProgramRunsFromStartToQuit) {
-  GetSettingString("Skin", "glass", 1);
-  auto* quitter = platform::StartThread(
-      [](void*) {
-        platform::Sleep(700);
-        EXPECT_EQ(1, AppReady);
-        ASSERT_NE(nullptr, TheMixer);
-        for (int slot = 0; slot < 4; ++slot) EXPECT_EQ(slot < 3, TheMixer->Slot(slot) != nullptr);
-        platform::PostMessage({77, 0, 0});
-        platform::PostQuitMessage(0);
-      },
-      nullptr);
-  EXPECT_EQ(1, RunApplication());
-  platform::JoinThread(quitter);
-  EXPECT_EQ(nullptr, TheMixer);
-  EXPECT_EQ(0, AppReady);
-  EXPECT_STREQ("default", SkinName);
-  EXPECT_EQ("default", Stored("SKIN"));
-  EXPECT_EQ('\\', AppDir[std::string(AppDir).size() - 1]);
 }
 
 }  // namespace

@@ -1,0 +1,323 @@
+#include "app/main_events.h"
+
+#include "app/shell_services.h"
+#include "engine/transport.h"
+#include "panels/main_page.h"
+#include "panels/menus.h"
+#include "panels/panel_tools.h"
+#include "panels/playlist_page.h"
+#include "panels/top_bar.h"
+#include "panels/window_page.h"
+#include "platform/shell.h"
+#include "playlist/playlist.h"
+#include "playlist/playlist_files.h"
+
+namespace kwo {
+namespace {
+
+using platform::Point;
+using platform::Rectangle;
+
+enum Press : int { PRESS_NONE = 0, PRESS_HELD = 1, PRESS_CAP = 2 };
+
+int PressState;
+Widget* PressedWidget;
+int PressX, PressY;
+Point CursorNow, CursorBefore;
+
+Point PlaceOf(int lParam) {
+  return {lParam & 0xFFFF, static_cast<int>(static_cast<unsigned>(lParam) >> 16)};
+}
+
+Point WidgetPlace(const Widget& widget) {
+  const WidgetGroup& group = Group(widget.group);
+  return {group.absX + widget.x, group.absY + widget.y};
+}
+
+void DispatchLocal(int message, Widget& widget, Point place) {
+  const Point corner = WidgetPlace(widget);
+  DispatchEvent(static_cast<unsigned>(message), &widget, static_cast<float>(place.x - corner.x),
+                static_cast<float>(place.y - corner.y));
+}
+
+void SetClientPointer(Point place) {
+  const Rectangle window = platform::WindowRectangle();
+  platform::SetPointerPosition({window.x + place.x, window.y + place.y});
+}
+
+// A slider's way, in whichever direction it lies.
+struct SliderView {
+  explicit SliderView(const Widget& slider)
+      : upright(slider.kind == VERTICAL_SLIDER),
+        cell(slider.CellSize()),
+        length(upright ? slider.height : slider.width),
+        track(upright ? slider.image->height : slider.image->width),
+        start(Along(WidgetPlace(slider))) {}
+  int Along(Point place) const { return upright ? place.y : place.x; }
+  // A point at `along` on the slider's axis, and at `place` on the other.
+  Point At(int along, Point place) const {
+    return upright ? Point{place.x, along} : Point{along, place.y};
+  }
+  unsigned Event(EventNumber horizontal) const {
+    return upright ? horizontal - EVENT_HORIZONTAL_LEFT + EVENT_VERTICAL_TOP
+                   : static_cast<unsigned>(horizontal);
+  }
+  bool upright;
+  int cell, length, track, start;
+};
+
+void MoveThumb(Widget& slider, const SliderView& view, int position, int way) {
+  const float value =
+      slider.ApplyValue(3.0f, static_cast<float>(position) / static_cast<float>(way));
+  DispatchEvent(view.Event(EVENT_HORIZONTAL_THUMB), &slider, value, 0);
+}
+
+void PressCap(Widget& slider, float part, unsigned event) {
+  slider.ApplyValue(part, -1.0f);
+  DispatchEvent(event, &slider, 0, 0);
+  PressState = PRESS_CAP;
+}
+
+void PressSlider(Widget& slider, Point place) {
+  const SliderView view(slider);
+  const int position = view.Along(place) - view.start;
+  if (position <= view.cell) {
+    PressCap(slider, 1.0f, view.Event(EVENT_HORIZONTAL_LEFT));
+  } else if (position >= view.length - view.cell) {
+    PressCap(slider, 2.0f, view.Event(EVENT_HORIZONTAL_RIGHT));
+  } else {
+    platform::ShowPointer(false);
+    platform::SetCapture();
+    MoveThumb(slider, view, position - view.cell, view.track - 2 * view.cell);
+  }
+}
+
+void OnPress(int message, Point place) {
+  PressedWidget = TheSkinHost->HitTest(place.x, place.y);
+  PressX = place.x;
+  PressY = place.y;
+  if (!PressedWidget) return;
+  Widget& widget = *PressedWidget;
+  PressState = PRESS_HELD;
+  DispatchLocal(message, widget, place);
+  switch (widget.kind) {
+    case VERTICAL_SLIDER:
+    case HORIZONTAL_SLIDER:
+      PressSlider(widget, place);
+      break;
+    case BUTTON_WIDGET:
+      widget.ApplyValue(1.0f, 0.0f);
+      DispatchEvent(EVENT_BUTTON, &widget, static_cast<float>(message), 0);
+      break;
+    case CHECK_WIDGET:
+      DispatchEvent(EVENT_CHECK, &widget, widget.ApplyValue(2.0f, 1.0f), 0);
+      break;
+    default:
+      DispatchEvent(EVENT_IMAGE, &widget, 0, 0);
+      break;
+  }
+}
+
+void DragThumb(Widget& slider, Point place) {
+  const SliderView view(slider);
+  int position = view.Along(place) - view.cell - view.start;
+  if (position < 0) {
+    position = 0;
+    SetClientPointer(view.At(view.cell + view.start, place));
+  } else if (position >= view.length) {
+    position = view.length - 1;
+    SetClientPointer(view.At(view.length - view.cell + view.start, place));
+  }
+  MoveThumb(slider, view, position, view.length - 2 * view.cell);
+}
+
+void OnMove(Point place) {
+  if (PressState != PRESS_HELD || !PressedWidget) return;
+  if (PressedWidget->IsSlider()) {
+    DragThumb(*PressedWidget, place);
+  } else {
+    DispatchLocal(platform::kMessageMouseMove, *PressedWidget, place);
+  }
+}
+
+void OnRelease(int message, Point place) {
+  if (PressState == PRESS_HELD && PressedWidget && !PressedWidget->IsSlider()) {
+    DispatchLocal(message, *PressedWidget, place);
+    PressState = PRESS_NONE;
+    PressedWidget = nullptr;
+  }
+  if (PressState == PRESS_NONE || !PressedWidget || !PressedWidget->IsSlider()) return;
+  PressedWidget->ApplyValue(0.0f, -1.0f);
+  if (PressState == PRESS_CAP) return;
+  const SliderView view(*PressedWidget);
+  // The pointer comes back beside the slider where it was taken, and along it where it was left.
+  SetClientPointer(view.At(view.Along(place), {PressX, PressY}));
+  PressState = PRESS_NONE;
+  PressedWidget = nullptr;
+  platform::ReleaseCapture();
+  platform::ShowPointer(true);
+}
+
+void OnDoublePress(SkinHost& host, int message, int lParam) {
+  const Point place = PlaceOf(lParam);
+  Widget* widget = host.HitTest(place.x, place.y);
+  if (!widget) return;
+  if (RowOf(widget) >= 0) {
+    DispatchLocal(message, *widget, place);
+    return;
+  }
+  const bool left = message == platform::kMessageLeftDouble;
+  MainCallback(host, left ? platform::kMessageLeftDown : platform::kMessageRightDown, 0, lParam);
+}
+
+void OnDrop(int drop) {
+  if (!platform::KeyDown(platform::Key::kShift)) {
+    TransportStop();
+    ClearList();
+    playlist.currentSong = -1;
+  }
+  for (const std::string& path : platform::TakeDroppedFiles(drop))
+    if (AddPath(path.c_str())) TransportNext();
+  RefreshSongLine();
+  RefreshPlaylistPage();
+}
+
+void SlideOut() {
+  HideTopBar(0);
+  HideCurrentPage(0);
+}
+
+void SlideIn() {
+  ShowTopBar(0);
+  ShowCurrentPage(0);
+}
+
+// Where the pointer rests in one of the screen's corner pixels, the window's place in that corner.
+bool CornerAt(Point pointer, Point& place) {
+  const platform::Size screen = platform::ScreenSize();
+  const Rectangle window = platform::WindowRectangle();
+  const bool right = pointer.x == screen.width - 1, bottom = pointer.y == screen.height - 1;
+  if ((pointer.x != 0 && !right) || (pointer.y != 0 && !bottom)) return false;
+  place = {right ? screen.width - window.width : 0, bottom ? screen.height - window.height : 0};
+  return true;
+}
+
+void OnAutoHideTimer(const SkinHost& host) {
+  CursorNow = platform::PointerPosition();
+  const Rectangle window = platform::WindowRectangle();
+  Point corner;
+  if (host.active) {
+    if (!window.Contains(CursorNow) && !window.Contains(CursorBefore))
+      platform::ShowWindow(platform::WindowShow::kHide);
+  } else if (CursorNow == CursorBefore && CornerAt(CursorNow, corner)) {
+    platform::MoveWindow(corner);
+    platform::ShowWindow(platform::WindowShow::kShow);
+  }
+  CursorBefore = CursorNow;
+}
+
+// Shows the window in the corner of the quarter of the screen that holds the pointer.
+void ShowCornerPopup() {
+  const Point pointer = platform::PointerPosition();
+  const platform::Size screen = platform::ScreenSize();
+  const Rectangle window = platform::WindowRectangle();
+  const int middleX = screen.width / 2, middleY = screen.height / 2;
+  if (pointer.x == middleX || pointer.y == middleY) return;
+  platform::SetTopmost(true);
+  platform::MoveWindow({pointer.x < middleX ? 0 : screen.width - window.width,
+                        pointer.y < middleY ? 0 : screen.height - window.height});
+  platform::ShowWindow(platform::WindowShow::kShow);
+}
+
+void OnTray(SkinHost& host, int message) {
+  if (message == platform::kMessageLeftDown) {
+    if (CurrentAutoMode() == AUTO_HIDE) {
+      ShowCornerPopup();
+    } else {
+      host.BringToFront();
+    }
+  }
+  if (message == platform::kMessageRightDown) ShowPopupMenu(MENU_TRAY, platform::PointerPosition());
+}
+
+void OnCommand(int wParam) {
+  const int notice = static_cast<int>(static_cast<unsigned>(wParam) >> 16);
+  const int command = wParam & 0xFFFF;
+  if (notice == platform::kEditChanged) {
+    char text[kInputTextSize];
+    platform::GetEditText(text, sizeof text);
+    InputText.Store(text);
+    DispatchEvent(platform::kMessageCommand, nullptr, platform::kEditChanged, 0);
+  } else if (notice == platform::kEditLostFocus) {
+    DispatchEvent(platform::kMessageCommand, nullptr, platform::kEditLostFocus, 0);
+  } else if (command == COMMAND_HELP) {
+    OpenHelp();
+  } else if (command == COMMAND_HOME_PAGE) {
+    OpenHomePage();
+  } else if (command == COMMAND_EXIT) {
+    platform::PostQuitMessage(0);
+  } else {
+    DispatchEvent(platform::kMessageCommand, nullptr, 0, static_cast<float>(command));
+  }
+}
+
+}  // namespace
+
+void ResetMainEvents() {
+  PressState = PRESS_NONE;
+  PressedWidget = nullptr;
+}
+
+void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam) {
+  switch (message) {
+    case kTick:
+      DispatchEvent(kTick, nullptr, 0, 0);
+      break;
+    case platform::kMessageSize:
+      if (AppReady) (wParam == platform::kSizeMinimised ? SlideOut : SlideIn)();
+      break;
+    case platform::kMessageActivate:
+      if (CurrentAutoMode() == AUTO_MINIMISE && (wParam & 0xFFFF) == 0)
+        platform::ShowWindow(platform::WindowShow::kMinimise);
+      break;
+    case platform::kMessageShowWindow:
+      if (AppReady) (wParam ? SlideIn : SlideOut)();
+      break;
+    case platform::kMessageCommand:
+      OnCommand(wParam);
+      break;
+    case platform::kMessageSysCommand:
+      if (!AppReady) break;
+      if (wParam == platform::kSystemClose) platform::PostQuitMessage(0);
+      if (wParam == platform::kSystemRestore) SlideIn();
+      break;
+    case platform::kMessageTimer:
+      OnAutoHideTimer(host);
+      break;
+    case platform::kMessageMouseMove:
+      OnMove(PlaceOf(lParam));
+      break;
+    case platform::kMessageLeftDown:
+    case platform::kMessageRightDown:
+      OnPress(static_cast<int>(message), PlaceOf(lParam));
+      break;
+    case platform::kMessageLeftUp:
+    case platform::kMessageRightUp:
+      OnRelease(static_cast<int>(message), PlaceOf(lParam));
+      break;
+    case platform::kMessageLeftDouble:
+    case platform::kMessageRightDouble:
+      OnDoublePress(host, static_cast<int>(message), lParam);
+      break;
+    case platform::kMessageDropFiles:
+      OnDrop(wParam);
+      break;
+    case platform::kMessageTray:
+      OnTray(host, lParam);
+      break;
+    default:
+      break;
+  }
+}
+
+}  // namespace kwo

@@ -1,0 +1,16 @@
+#pragma once
+
+/// The settings behind the pages' variables.  Main thread.
+namespace kwo {
+
+// Reading, in the order of start-up.  An index outside its range becomes the nearest sound one; a
+// level or a switch stands as it is until the user changes it.
+void ReadDisplaySettings(int& displayMode, int& visualiser);
+/// Gives the index of the song that was current.
+int ReadPlaylistSettings();
+void ReadMixerSettings();
+
+/// All of them, in the order of shutdown, with the presets in between.
+void WriteSettings();
+
+}  // namespace kwo

@@ -1,0 +1,14 @@
+#include "panels/application_state.h"
+
+namespace kwo {
+
+SkinHost* TheSkinHost = nullptr;
+char AppDir[256];
+char SkinName[256];
+SharedText<kInputTextSize> InputText;
+Shared<int> CurrentPage;
+int MixerSubPage = 0;
+int WindowFlags = 0;
+Shared<int> AppReady;
+
+}  // namespace kwo

@@ -1,0 +1,22 @@
+#pragma once
+
+/// The 64 presets of the equaliser, each a name and a curve, kept in EQ.SET beside the program.
+/// Main thread.
+namespace kwo {
+
+constexpr int kPresets = 64;
+constexpr int kPresetNameSize = 64;  ///< with the closing NUL
+constexpr int kBands = 16;
+constexpr int kMasterValue = kBands;
+constexpr int kPresetValues = kBands + 1;  ///< the bands, then the master value
+
+extern char EqPresetNames[kPresets][kPresetNameSize];
+/// 1.0 is neutral.
+extern float EqPresetValues[kPresets][kPresetValues];
+
+/// Sets the defaults, and over them as much as the file holds.
+void LoadEqPresets();
+/// Writes the file in one step; a failed save leaves the old file.
+void SaveEqPresets();
+
+}  // namespace kwo

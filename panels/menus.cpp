@@ -1,0 +1,103 @@
+#include "panels/menus.h"
+
+#include <span>
+#include <vector>
+
+#include "engine/transport.h"
+#include "panels/main_page.h"
+#include "panels/playlist_page.h"
+#include "platform/shell.h"
+#include "playlist/playlist.h"
+#include "playlist/playlist_files.h"
+#include "playlist/tag_reader.h"
+
+namespace kwo {
+namespace {
+
+struct MenuRow {
+  int command;  ///< 0: a separator
+  const char* text;
+  void (*action)();
+};
+
+template <int mode>
+void ShowNamesAs() {
+  playlist.displayMode = mode;
+  RefreshPlaylistPage();
+  RefreshSongLine();
+}
+
+template <void (*change)()>
+void AndRefresh() {
+  change();
+  RefreshPlaylistPage();
+}
+
+// The order of songs to come is made anew before the list changes.
+template <void (*dialog)(int), int clearFirst>
+void AddByDialog() {
+  if (shuffleOn) BuildShuffleTable();
+  dialog(clearFirst);
+  RefreshPlaylistPage();
+}
+
+constexpr MenuRow kFunctionMenu[] = {
+    {40015, "Select All", AndRefresh<SelectAll>},
+    {40016, "Deselect All", AndRefresh<DeselectAll>},
+    {0, "", nullptr},
+    {40024, "Sort", AndRefresh<SortList>},
+    {40023, "Read Tag Information", AndRefresh<ReadAllTags>},
+    {0, "", nullptr},
+    {40020, "Show : Filename", ShowNamesAs<0>},
+    {40019, "Show : Title", ShowNamesAs<1>},
+    {40018, "Show : Title - Artist", ShowNamesAs<2>},
+    {40021, "Show : Artist - Title", ShowNamesAs<3>},
+    {40022, "Show : Artist - Album - Title", ShowNamesAs<4>},
+};
+constexpr int kFirstNameMode = 6;
+
+constexpr MenuRow kAddMenu[] = {
+    {40001, "Open Files", AddByDialog<OpenFilesDialog, 1>},
+    {40002, "Open Directory", AddByDialog<OpenDirectoryDialog, 1>},
+    {0, "", nullptr},
+    {40004, "Add Files", AddByDialog<OpenFilesDialog, 0>},
+    {40005, "Add Directory", AddByDialog<OpenDirectoryDialog, 0>},
+};
+
+constexpr MenuRow kRemoveMenu[] = {
+    {40007, "Remove Selected", RemoveSelected},
+    {40009, "Remove Unselected", RemoveUnselected},
+    {0, "", nullptr},
+    {40006, "Remove All", RemoveAll},
+    {40008, "Remove Dead Links", RemoveDeadLinks},
+};
+
+// Its commands are the main window's own.
+constexpr MenuRow kTrayMenu[] = {
+    {COMMAND_HOME_PAGE, "Tavarine", nullptr},
+    {COMMAND_HELP, "Help", nullptr},
+    {0, "", nullptr},
+    {COMMAND_EXIT, "Exit", nullptr},
+};
+
+constexpr std::span<const MenuRow> kMenus[] = {kFunctionMenu, kAddMenu, kRemoveMenu, kTrayMenu};
+
+}  // namespace
+
+void ShowPopupMenu(SubMenu menu, platform::Point place) {
+  std::vector<platform::MenuItem> items;
+  for (const MenuRow& row : kMenus[menu]) {
+    const int position = static_cast<int>(items.size());
+    const bool marked = menu == MENU_FUNCTION && position == kFirstNameMode + playlist.displayMode;
+    items.push_back({row.command, row.text, marked});
+  }
+  platform::TrackPopupMenu(items, place);
+}
+
+void RunPlaylistCommand(int command) {
+  for (const auto& menu : kMenus)
+    for (const MenuRow& row : menu)
+      if (row.command == command && row.action) row.action();
+}
+
+}  // namespace kwo

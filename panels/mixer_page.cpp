@@ -1,0 +1,494 @@
+#include "panels/mixer_page.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <span>
+
+#include "engine/shuffle_master.h"
+#include "engine/transport.h"
+#include "panels/equaliser_presets.h"
+#include "panels/panel_tools.h"
+#include "panels/preset_name_edit.h"
+#include "toolkit/skin_description.h"
+
+namespace kwo {
+
+float SliderVol = 100, SliderPan = 0, SliderSpd = 100;
+int EffectCR, EffectTE, EffectVR, EffectCE, EffectLT;
+Shared<int> EffectEQCurrent;
+int EffectEQSwitch;
+
+namespace {
+
+constexpr int kSubPages = 4;
+constexpr int kCurveWidth = 192;
+constexpr int kNameWidth = 160;
+constexpr int kDipProgram = 2;
+
+struct SliderRow {
+  int label, slider;
+  const char* name;
+  float* variable;
+  float least, most, rest;
+  float Range() const { return most - least; }
+};
+
+const SliderRow kSliders[] = {
+    {WIDGET_VOLUME_LABEL, WIDGET_VOLUME, "Volume", &SliderVol, 0, 200, 100},
+    {WIDGET_PAN_LABEL, WIDGET_PAN, "Pan", &SliderPan, -100, 100, 0},
+    {WIDGET_SPEED_LABEL, WIDGET_SPEED, "Speed", &SliderSpd, 75, 125, 100},
+};
+
+struct EffectRow {
+  int index;
+  const char* name;
+  int* variable;
+};
+
+const EffectRow kEffects[] = {
+    {WIDGET_CRYSTALIZER, "Crystalizer", &EffectCR},
+    {WIDGET_ENHANCER, "T. Enhancer", &EffectTE},
+    {WIDGET_VOCAL_REDUCER, "Vocal Reducer", &EffectVR},
+    {WIDGET_WIDE_STEREO, "Wide Stereo", &EffectCE},
+    {WIDGET_LIMITER, "Limiter", &EffectLT},
+};
+
+constexpr const char* kEnhancerTexts[] = {"T. Enhancer", "T. Enhancer-1", "T. Enhancer-2"};
+constexpr const char* kDjTexts[] = {"DJ - None", "DJ - ShuffleMaster"};
+constexpr const char* kPlayModeTexts[] = {"Play Mode - All", "Play Mode - Selected",
+                                          "Play Mode - Unselected"};
+
+constexpr const char* kSubPageFiles[kSubPages] = {"mi-page-sl.bmp", "mi-page-eq.bmp",
+                                                  "mi-page-ef.bmp", "mi-page-dj.bmp"};
+
+// The widgets that move with each sub-page.
+constexpr int kSliderWidgets[] = {WIDGET_VOLUME_LABEL, WIDGET_VOLUME,      WIDGET_PAN_LABEL,
+                                  WIDGET_PAN,          WIDGET_SPEED_LABEL, WIDGET_SPEED};
+constexpr int kEqualiserWidgets[] = {WIDGET_CURVE,         WIDGET_CURVE + 1,   WIDGET_EQ_SWITCH,
+                                     WIDGET_EQ_RESET,      WIDGET_PRESET_NAME, WIDGET_PRESET_BACK,
+                                     WIDGET_PRESET_FORWARD};
+constexpr int kEffectWidgets[] = {WIDGET_CRYSTALIZER, WIDGET_ENHANCER, WIDGET_VOCAL_REDUCER,
+                                  WIDGET_WIDE_STEREO, WIDGET_LIMITER};
+constexpr int kDjWidgets[] = {WIDGET_DJ, WIDGET_PLAY_MODE, WIDGET_REPEAT, WIDGET_SHUFFLE};
+constexpr std::span<const int> kSubPageWidgets[kSubPages] = {kSliderWidgets, kEqualiserWidgets,
+                                                             kEffectWidgets, kDjWidgets};
+
+enum EqDrag : int { DRAG_NONE, DRAG_BANDS, DRAG_MASTER };
+int EqDragMode;
+
+// The sub-pages' measures, beyond those of every page.
+struct MixerLayout : Layout {
+  explicit MixerLayout(int groupBoxHeight)
+      : boxHeight(groupBoxHeight),
+        top(margin + boxHeight),
+        area(Bottom() - top),
+        labelWidth(width / 5 * 2),
+        curveHeight(area / 3 * 2),
+        presetY(top + curveHeight + margin) {}
+  int boxHeight, top, area, labelWidth, curveHeight, presetY;
+};
+
+void MakeButton(int index, const char* text, int width, const MixerLayout& layout, int x, int y,
+                int kind = BUTTON_WIDGET) {
+  const char* file = kind == CHECK_WIDGET ? "cc-checkbox.bmp" : "cc-button.bmp";
+  TheSkinHost->CreateImageWidget(index, file, width, layout.fontHeight, kind, GROUP_INTERFACE);
+  Label(index, text);
+  Find(index)->SetFlyIn(x, y);
+}
+
+void HangByMiddle(Widget& widget) {
+  widget.offsetX = 0;
+  widget.offsetY = widget.height / 2;
+}
+
+void BuildSliders(const MixerLayout& layout) {
+  const int pitch = (layout.height - layout.bandHeight - layout.boxHeight) / 4;
+  int y = layout.boxHeight;
+  for (const SliderRow& row : kSliders) {
+    y += pitch;
+    MakeButton(row.label, row.name, layout.labelWidth, layout, layout.margin, y);
+    TheSkinHost->CreateImageWidget(row.slider, "cc-sliderh.bmp", layout.width / 2, 0,
+                                   HORIZONTAL_SLIDER, GROUP_INTERFACE);
+    Widget& slider = *Find(row.slider);
+    slider.SetFlyIn(layout.width / 2 - layout.margin, y);
+    slider.ApplyValue(0, 0);
+    HangByMiddle(*Find(row.label));
+    HangByMiddle(slider);
+  }
+}
+
+void BuildCurve(const MixerLayout& layout) {
+  const int x = (layout.width - kCurveWidth) / 2;
+  for (int index = WIDGET_CURVE; index <= WIDGET_CURVE + 1; ++index) {
+    TheSkinHost->CreateCanvasWidget(index, TheSkinHost->colorKey, kCurveWidth, layout.curveHeight,
+                                    IMAGE_WIDGET, GROUP_INTERFACE);
+    Widget& curve = *Find(index);
+    curve.SetPath(kEnterProgram, layout.width, layout.top, x, layout.top, 100, 3.0f, MOTION_ONCE);
+    curve.SetPath(kLeaveProgram, x, layout.top, -kCurveWidth, layout.top, 100, 6.0f, MOTION_ONCE);
+    curve.SetRamp(kDipProgram, 0, -140, -20.0f, MOTION_OUT_AND_BACK);
+    curve.visible = index == WIDGET_CURVE;
+  }
+}
+
+void MakeStepButton(int index, const char* file) {
+  TheSkinHost->CreateImageWidget(index, file, 0, 0, BUTTON_WIDGET, GROUP_INTERFACE);
+}
+
+void BuildEqualiser(const MixerLayout& layout) {
+  BuildCurve(layout);
+  MakeStepButton(WIDGET_PRESET_BACK, "mi-prev.bmp");
+  MakeStepButton(WIDGET_PRESET_FORWARD, "mi-next.bmp");
+  Widget& back = *Find(WIDGET_PRESET_BACK);
+  Widget& forward = *Find(WIDGET_PRESET_FORWARD);
+  back.SetFlyIn(layout.margin, layout.presetY);
+  forward.SetFlyIn(layout.width - forward.width - layout.margin, layout.presetY);
+  TheSkinHost->CreateCanvasWidget(WIDGET_PRESET_NAME, kLabelFill, kNameWidth, layout.fontHeight,
+                                  BUTTON_WIDGET, GROUP_INTERFACE);
+  Find(WIDGET_PRESET_NAME)
+      ->SetFlyIn((layout.width - kNameWidth) / 2,
+                 layout.presetY + (back.height - layout.fontHeight) / 2);
+  const int y = layout.presetY + layout.margin + layout.fontHeight;
+  MakeButton(WIDGET_EQ_SWITCH, "ON", layout.labelWidth, layout, layout.margin, y);
+  MakeButton(WIDGET_EQ_RESET, "RESET", layout.labelWidth, layout,
+             layout.width - layout.labelWidth - layout.margin, y);
+}
+
+void BuildEffects(const MixerLayout& layout) {
+  int y = layout.boxHeight - layout.fontHeight;
+  for (const EffectRow& row : kEffects) {
+    y += layout.area / 5;
+    MakeButton(row.index, row.name, layout.width / 2, layout, layout.width / 4, y, CHECK_WIDGET);
+  }
+}
+
+void BuildDj(const MixerLayout& layout) {
+  constexpr struct {
+    int index;
+    const char* text;
+    int kind;
+  } kRows[] = {
+      {WIDGET_DJ, "DJ - None", BUTTON_WIDGET},
+      {WIDGET_PLAY_MODE, "Play Mode - Unselected", BUTTON_WIDGET},
+      {WIDGET_REPEAT, "Repeat", CHECK_WIDGET},
+      {WIDGET_SHUFFLE, "Shuffle", CHECK_WIDGET},
+  };
+  int y = layout.top - layout.margin - layout.fontHeight;
+  for (const auto& row : kRows) {
+    y += layout.area / 4;
+    MakeButton(row.index, row.text, 4 * (layout.width / 6), layout, layout.width / 6, y, row.kind);
+  }
+}
+
+void RunMixerPage(int program, int wait) {
+  Move(PageButton(PAGE_MIXER), program == kEnterProgram ? kEnterProgram : kNoProgram);
+  MoveGroup(GROUP_SUB_PAGES, program);
+  Move(WIDGET_MIXER_BOX, program);
+  (program == kEnterProgram ? ShowMixerSubPage : HideMixerSubPage)();
+  if (wait) Find(WIDGET_WIDE_STEREO)->WaitSlot(kMoveSlot);
+}
+
+void Dip() {
+  for (int index = WIDGET_CURVE; index <= WIDGET_CURVE + 1; ++index)
+    Find(index)->RunProgram(kNudgeSlot, kDipProgram);
+}
+
+// A value's row on a canvas `height` high: 0.5 at the bottom, 1.5 at the top.
+int CurveRow(float value, int height) {
+  return static_cast<int>((1.0f - (value - 0.5f)) * static_cast<float>(height));
+}
+
+void DrawBand(SkinBitmap& canvas, int band, float value) {
+  constexpr std::uint32_t kPens[] = {0xFA78A0, 0xFAA0A0, 0xFAC8A0, 0xFAF0A0};
+  constexpr std::uint32_t kGrey = 0x646464;
+  constexpr int kPitch = 12, kLineWidth = 10;
+  const int row = CurveRow(value, canvas.height);
+  for (int y = canvas.height; y >= 0; y -= 2)
+    canvas.FillRectangle(1 + kPitch * band, y, kLineWidth, 1, y > row ? kPens[band / 4] : kGrey);
+}
+
+void DrawMaster(SkinBitmap& canvas, float value) {
+  constexpr std::uint32_t kWhite = 0xFFFFFF;
+  constexpr int kTickReach = 3;
+  const int row = CurveRow(value, canvas.height);
+  canvas.FillRectangle(0, row, canvas.width, 1, kWhite);
+  for (int x : {0, canvas.width - 1})
+    canvas.FillRectangle(x, row - kTickReach, 1, 2 * kTickReach + 1, kWhite);
+}
+
+// Changes the current preset at a point of the curve.
+void ApplyCurvePoint(float a, float b) {
+  const Widget& curve = *Find(WIDGET_CURVE);
+  const int x = static_cast<int>(a), y = static_cast<int>(b);
+  const int w = curve.width, h = curve.height;
+  if (x < 0 || x > w || y < 0 || y > h || h == 0) return;
+  const float value = static_cast<float>(h - y) / static_cast<float>(h) + 0.5f;
+  float* values = EqPresetValues[EffectEQCurrent];
+  if (EqDragMode == DRAG_MASTER) values[kMasterValue] = std::clamp(value, 0.55f, 1.45f);
+  if (EqDragMode == DRAG_BANDS) {
+    const int band = static_cast<int>(static_cast<float>(x) / (static_cast<float>(w) * 0.0625f));
+    if (band >= kBands) return;
+    values[band] = value;
+  }
+  DrawEqualiser();
+}
+
+bool IsCurve(const Widget* widget) {
+  return widget == Find(WIDGET_CURVE) || widget == Find(WIDGET_CURVE + 1);
+}
+
+void BeginCurveDrag(const Widget* widget, int mode, float x, float y) {
+  if (!IsCurve(widget)) return;
+  EqDragMode = mode;
+  platform::SetCapture();
+  ApplyCurvePoint(x, y);
+}
+
+void EndCurveDrag() {
+  if (!EqDragMode) return;
+  EqDragMode = DRAG_NONE;
+  platform::ReleaseCapture();
+  Dip();
+}
+
+void ChooseSubPage(const Widget* widget) {
+  for (int page = 0; page < kSubPages; ++page) {
+    if (widget != Find(WIDGET_SUB_PAGE + page) || page == MixerSubPage) continue;
+    for (int i = 0; i < kSubPages; ++i) {
+      Widget& button = *Find(WIDGET_SUB_PAGE + i);
+      button.x = int{button.homeX};
+      button.y = int{button.homeY};
+      button.brightness = 0;
+    }
+    HideMixerSubPage();
+    MixerSubPage = page;
+    ShowMixerSubPage();
+    return;
+  }
+}
+
+void StepSlider(const Widget* widget, float by) {
+  for (const SliderRow& row : kSliders) {
+    if (widget != Find(row.slider)) continue;
+    *row.variable =
+        by < 0 ? std::max(*row.variable + by, row.least) : std::min(*row.variable + by, row.most);
+    ApplyMixerPage();
+  }
+}
+
+void DragSlider(const Widget* widget, float position) {
+  for (const SliderRow& row : kSliders) {
+    if (widget != Find(row.slider)) continue;
+    *row.variable = static_cast<float>(static_cast<int>(position * row.Range() + row.least));
+    ApplyMixerPage();
+  }
+}
+
+void PressCheck(const Widget* widget, int state) {
+  for (const EffectRow& row : kEffects) {
+    if (widget != Find(row.index)) continue;
+    // The enhancer's three states go round, whatever the box says.
+    *row.variable = row.index == WIDGET_ENHANCER ? (EffectTE + 1) % 3 : state;
+  }
+  if (widget == Find(WIDGET_REPEAT)) repeatOn = state;
+  if (widget == Find(WIDGET_SHUFFLE)) shuffleOn = state;
+  ApplyMixerPage();
+  if (widget == Find(WIDGET_SHUFFLE) && shuffleOn) BuildShuffleTable();
+}
+
+void StepPreset(int by) {
+  EffectEQCurrent = std::clamp(EffectEQCurrent + by, 0, kPresets - 1);
+  DrawEqualiser();
+  Dip();
+}
+
+void PressNameOrStep(const Widget* widget) {
+  if (platform::EditHasFocus()) {
+    EndNameEdit();
+    return;
+  }
+  if (widget == Find(WIDGET_PRESET_NAME)) BeginNameEdit();
+  if (widget == Find(WIDGET_PRESET_BACK)) StepPreset(-1);
+  if (widget == Find(WIDGET_PRESET_FORWARD)) StepPreset(1);
+}
+
+void PressButton(const Widget* widget) {
+  for (const SliderRow& row : kSliders) {
+    if (widget != Find(row.label)) continue;
+    *row.variable = row.rest;
+    ApplyMixerPage();
+  }
+  if (widget == Find(WIDGET_EQ_RESET)) {
+    std::fill_n(EqPresetValues[EffectEQCurrent], kPresetValues, 1.0f);
+    DrawEqualiser();
+    Dip();
+  }
+  if (widget == Find(WIDGET_EQ_SWITCH)) {
+    EffectEQSwitch = !EffectEQSwitch;
+    DrawEqualiser();
+    Dip();
+  }
+  if (widget == Find(WIDGET_PRESET_NAME) || widget == Find(WIDGET_PRESET_BACK) ||
+      widget == Find(WIDGET_PRESET_FORWARD))
+    PressNameOrStep(widget);
+  if (widget == Find(WIDGET_DJ)) {
+    djMode = !djMode;
+    ApplyMixerPage();
+    DjSetMode(djMode);
+  }
+  if (widget == Find(WIDGET_PLAY_MODE)) {
+    playMode = (playMode + 1) % 3;
+    ApplyMixerPage();
+  }
+}
+
+// One of a row's texts; for a number that a setting brought from beyond them, the first.
+template <std::size_t kCount>
+const char* TextFor(const char* const (&texts)[kCount], int number) {
+  return texts[number >= 0 && number < static_cast<int>(kCount) ? number : 0];
+}
+
+void SetCheck(int index, int state) {
+  Find(index)->ApplyValue(state != 0, 0);
+}
+
+void ApplySliders() {
+  for (const SliderRow& row : kSliders) {
+    Find(row.slider)->ApplyValue(0, (*row.variable - row.least) / row.Range());
+    char text[64];
+    std::snprintf(text, sizeof text, "%s = %d", row.name, static_cast<int>(*row.variable));
+    Label(row.label, text);
+  }
+  if (!TheMixer) return;
+  TheMixer->volume = SliderVol * 0.01f;
+  TheMixer->pan = SliderPan * 0.01f;
+  TheMixer->speed = SliderSpd * 0.01f;
+}
+
+void ApplyEffects() {
+  for (const EffectRow& row : kEffects) SetCheck(row.index, *row.variable);
+  Label(WIDGET_ENHANCER, TextFor(kEnhancerTexts, EffectTE));
+  if (!TheMixer) return;
+  TheMixer->crystalizer = EffectCR;
+  TheMixer->enhancer = EffectTE;
+  TheMixer->vocalReducer = EffectVR;
+  TheMixer->wideStereo = EffectCE;
+  TheMixer->limiter = EffectLT;
+}
+
+}  // namespace
+
+void BuildMixerPage() {
+  MakeImage(TileOf(PAGE_MIXER), "tile-mi.bmp", GROUP_INTERFACE);
+  const Widget* box = MakeGroupBox(WIDGET_MIXER_BOX, "mi-groupbox.bmp", MixerEffect);
+  const MixerLayout layout(box->height);
+  int x = 0;
+  for (int page = 0; page < kSubPages; ++page) {
+    Widget& button = *MakeImage(WIDGET_SUB_PAGE + page, kSubPageFiles[page], GROUP_SUB_PAGES);
+    button.SetPlace(x, 0);
+    button.SetRamp(kEnterProgram, 150, -150, 30.0f, MOTION_TO_AND_FRO);
+    button.visible = 1;
+    x += button.width;
+  }
+  PlaceStrip(GROUP_SUB_PAGES, 2, x, layout.height / 2, (layout.width - x) / 2);
+  BuildSliders(layout);
+  BuildEqualiser(layout);
+  BuildEffects(layout);
+  BuildDj(layout);
+}
+
+void ShowMixerSubPage() {
+  Move(WIDGET_SUB_PAGE + MixerSubPage, kEnterProgram);
+  for (int index : kSubPageWidgets[MixerSubPage]) Move(index, kEnterProgram);
+}
+
+void HideMixerSubPage() {
+  Move(WIDGET_SUB_PAGE + MixerSubPage, kNoProgram);
+  for (int index : kSubPageWidgets[MixerSubPage]) Move(index, kLeaveProgram);
+}
+
+void ShowMixerPage(int wait) {
+  RunMixerPage(kEnterProgram, wait);
+}
+
+void HideMixerPage(int wait) {
+  // A name that is being typed is kept when the page goes.
+  EndNameEdit();
+  RunMixerPage(kLeaveProgram, wait);
+}
+
+void ApplyMixerPage() {
+  ApplySliders();
+  ApplyEffects();
+  DrawEqualiser();
+  Label(WIDGET_DJ, TextFor(kDjTexts, djMode));
+  Label(WIDGET_PLAY_MODE, TextFor(kPlayModeTexts, playMode));
+  SetCheck(WIDGET_REPEAT, repeatOn);
+  SetCheck(WIDGET_SHUFFLE, shuffleOn);
+}
+
+void DrawEqualiser() {
+  Widget& first = *Find(WIDGET_CURVE);
+  Widget& second = *Find(WIDGET_CURVE + 1);
+  Widget& hidden = first.visible ? second : first;
+  Widget& shown = first.visible ? first : second;
+  const float* values = EqPresetValues[EffectEQCurrent];
+  SkinBitmap& canvas = *hidden.image;
+  canvas.FillSolid(TheSkinHost->colorKey);
+  for (int band = 0; band < kBands; ++band) DrawBand(canvas, band, values[band]);
+  DrawMaster(canvas, values[kMasterValue]);
+  if (TheMixer) {
+    for (int i = 0; i < kPresetValues; ++i) TheMixer->eqValues[i] = values[i];
+    TheMixer->eqSwitch = EffectEQSwitch;
+  }
+  Label(WIDGET_EQ_SWITCH, EffectEQSwitch ? "ON" : "OFF");
+  ShowPresetName(EqPresetNames[EffectEQCurrent]);
+  hidden.visible = 1;
+  shown.visible = 0;
+  if (TheMixer) TheMixer->Slot(0)->ApplyMixerParameters();
+}
+
+void MixerPageHandler(unsigned event, Widget* widget, float a, float b) {
+  switch (event) {
+    case EVENT_HORIZONTAL_LEFT:
+      StepSlider(widget, -1);
+      break;
+    case EVENT_HORIZONTAL_RIGHT:
+      StepSlider(widget, 1);
+      break;
+    case EVENT_HORIZONTAL_THUMB:
+      DragSlider(widget, a);
+      break;
+    case EVENT_CHECK:
+      PressCheck(widget, static_cast<int>(a));
+      break;
+    case EVENT_IMAGE:
+      ChooseSubPage(widget);
+      break;
+    case EVENT_BUTTON:
+      PressButton(widget);
+      break;
+    case platform::kMessageLeftDown:
+      BeginCurveDrag(widget, DRAG_BANDS, a, b);
+      break;
+    case platform::kMessageRightDown:
+      BeginCurveDrag(widget, DRAG_MASTER, a, b);
+      break;
+    case platform::kMessageMouseMove:
+      if (EqDragMode) ApplyCurvePoint(a, b);
+      break;
+    case platform::kMessageLeftUp:
+    case platform::kMessageRightUp:
+      EndCurveDrag();
+      break;
+    case platform::kMessageCommand:
+      if (a == static_cast<float>(platform::kEditLostFocus)) EndNameEdit();
+      break;
+    case kTick:
+      ShowNameEdit();
+      break;
+    default:
+      break;
+  }
+}
+
+}  // namespace kwo

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "toolkit/widget.h"
+
+/// The page of four sub-pages: sliders, equaliser, effects, DJ and play mode.  Whatever the user
+/// changes lands in a variable, and `ApplyMixerPage` brings controls, labels and Mixer into line.
+/// Main thread, but for what says otherwise.
+namespace kwo {
+
+// Whole numbers: percent of the volume, of the pan (-100 to 100) and of the speed.
+extern float SliderVol, SliderPan, SliderSpd;
+extern int EffectCR, EffectTE, EffectVR, EffectCE, EffectLT;
+extern Shared<int> EffectEQCurrent;
+extern int EffectEQSwitch;
+
+void BuildMixerPage();
+void ShowMixerPage(int wait);
+void HideMixerPage(int wait);
+void ShowMixerSubPage();
+void HideMixerSubPage();
+/// The redraw thread calls it too, with kTick.
+void MixerPageHandler(unsigned event, Widget* widget, float a, float b);
+
+void ApplyMixerPage();
+/// The current preset to curve, switch, name, Mixer and decoder.
+void DrawEqualiser();
+
+}  // namespace kwo

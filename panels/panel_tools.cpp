@@ -1,0 +1,77 @@
+#include "panels/panel_tools.h"
+
+namespace kwo {
+
+Layout::Layout() {
+  SkinHost& host = *TheSkinHost;
+  const WidgetGroup& interface = host.groups[GROUP_INTERFACE];
+  width = interface.clipWidth;
+  height = interface.clipHeight;
+  fontHeight = host.fontHeight;
+  margin = fontHeight / 2;
+  const Widget* band = Find(WIDGET_TOP_BOX);
+  bandHeight = band ? int{band->height} : 0;
+}
+
+Widget* Find(int index) {
+  return TheSkinHost->GetWidget(index);
+}
+
+WidgetGroup& Group(int index) {
+  return TheSkinHost->groups[index];
+}
+
+Widget* MakeImage(int index, const char* fileName, int group) {
+  TheSkinHost->CreateImageWidget(index, fileName, 0, 0, IMAGE_WIDGET, group);
+  return Find(index);
+}
+
+Widget* MakeGroupBox(int index, const char* fileName, int effect) {
+  Widget* box = MakeImage(index, fileName, GROUP_INTERFACE);
+  const int width = Layout().width;
+  const int rest = (width - box->width) / 2;
+  box->SetPath(kEnterProgram, width, 0, rest, 0, 100, 2.0f, MOTION_ONCE);
+  box->SetPath(kLeaveProgram, rest, 0, -box->width, 0, 100, 4.0f, MOTION_ONCE);
+  box->blendMode = effect;
+  box->visible = 1;
+  return box;
+}
+
+void SetNudge(Widget& widget, int program, int x, int y) {
+  constexpr int kNudge = 3;
+  widget.SetPath(program, x, y, x + kNudge, y + kNudge, kNudge, 0, MOTION_SNAP_BACK);
+}
+
+int MakeStripButton(int index, const char* fileName, int group, int x) {
+  TheSkinHost->CreateImageWidget(index, fileName, 0, 0, BUTTON_WIDGET, group);
+  Widget& button = *Find(index);
+  button.SetPlace(x, 0);
+  SetNudge(button, kNudgeProgram, x, 0);
+  button.visible = 1;
+  return button.width;
+}
+
+void PlaceStrip(int group, int layer, int width, int height, int restX) {
+  constexpr int kSteps = 400;
+  constexpr float kAcceleration = 9.0f;
+  WidgetGroup& strip = Group(group);
+  const int outside = Layout().width;
+  strip.PlaceGroup(&Group(GROUP_INTERFACE), outside, 0, layer, width, height, 0, 0);
+  strip.SetPath(kEnterProgram, -outside, 0, restX, 0, kSteps, kAcceleration, MOTION_ONCE);
+  strip.SetPath(kLeaveProgram, restX, 0, outside, 0, kSteps, kAcceleration, MOTION_ONCE);
+  strip.visible = 1;
+}
+
+void Move(int index, int program) {
+  if (Widget* widget = Find(index)) widget->RunProgram(kMoveSlot, program);
+}
+
+void MoveGroup(int index, int program) {
+  Group(index).RunProgram(kMoveSlot, program);
+}
+
+void Label(int index, const char* text) {
+  if (Widget* widget = Find(index)) widget->SetLabelOn(text, kLabelFill);
+}
+
+}  // namespace kwo

@@ -1,0 +1,206 @@
+#include "panels/playlist_page.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "engine/transport.h"
+#include "panels/main_page.h"
+#include "panels/menus.h"
+#include "panels/panel_tools.h"
+#include "playlist/playlist.h"
+#include "toolkit/skin_description.h"
+
+namespace kwo {
+namespace {
+
+constexpr struct {
+  int index;
+  const char* file;
+} kStripButtons[] = {
+    {WIDGET_FUNCTION, "pl-function.bmp"},  {WIDGET_ADD, "pl-add.bmp"},
+    {WIDGET_REMOVE, "pl-remove.bmp"},      {WIDGET_ITEM_UP, "pl-itemup.bmp"},
+    {WIDGET_ITEM_DOWN, "pl-itemdown.bmp"},
+};
+
+constexpr struct {
+  int index;
+  SubMenu menu;
+} kMenuButtons[] = {
+    {WIDGET_FUNCTION, MENU_FUNCTION}, {WIDGET_ADD, MENU_ADD}, {WIDGET_REMOVE, MENU_REMOVE}};
+
+constexpr int kMenuDrop = 3;
+constexpr float kLeftButton = platform::kMessageLeftDown;
+
+void BuildRows(const Layout& layout, int top, int area) {
+  const int fit = area / (layout.fontHeight + 1);
+  SkinHost& host = *TheSkinHost;
+  host.CreateImageWidget(WIDGET_SCROLL_BAR, "cc-sliderv.bmp", 0, area, VERTICAL_SLIDER,
+                         GROUP_INTERFACE);
+  Widget& bar = *Find(WIDGET_SCROLL_BAR);
+  bar.SetFlyIn(layout.width - bar.width - layout.margin, top);
+  bar.ApplyValue(0, 0);
+  playlist.visibleRows = std::clamp(fit, 0, kMaxRows);
+  for (int i = 0; i < playlist.visibleRows; ++i) {
+    host.CreateImageWidget(WIDGET_ROW + i, "cc-button.bmp",
+                           layout.width - 3 * layout.margin - bar.width, layout.fontHeight,
+                           BUTTON_WIDGET, GROUP_INTERFACE);
+    Find(WIDGET_ROW + i)->SetLabel("- - - - - -");
+    Find(WIDGET_ROW + i)->SetFlyIn(layout.margin, top + i * (area / fit));
+  }
+}
+
+void RunPlaylistPage(int program, int wait) {
+  MoveGroup(GROUP_PLAYLIST_BUTTONS, program);
+  Move(PageButton(PAGE_PLAYLIST), program == kEnterProgram ? kEnterProgram : kNoProgram);
+  for (int i = 0; i < playlist.visibleRows; ++i) Move(WIDGET_ROW + i, program);
+  Move(WIDGET_SCROLL_BAR, program);
+  Move(WIDGET_PLAYLIST_BOX, program);
+  if (wait) Find(WIDGET_PLAYLIST_BOX)->WaitSlot(kMoveSlot);
+}
+
+// How far the list can be scrolled; below 0 when it is shorter than the page.
+int ScrollRange() {
+  return playlist.count - playlist.visibleRows;
+}
+
+float ScrollPosition() {
+  const int range = ScrollRange();
+  return range > 0 ? static_cast<float>(playlist.topIndex) / static_cast<float>(range) : 0.0f;
+}
+
+void RefreshRow(int row, const PlaylistReader& reader) {
+  Widget* widget = Find(WIDGET_ROW + row);
+  if (!widget) return;
+  const int song = playlist.topIndex + row;
+  const PlaylistEntry* entry = song < playlist.count ? reader.Entry(song) : nullptr;
+  char name[kPathSize] = "------";
+  if (entry) entry->displayName.Load(name);
+  char text[kPathSize];
+  // What does not fit is cut: the text holds 255 characters.
+  const int written = std::snprintf(text, 16, "%d. ", song + 1);
+  std::snprintf(text + written, sizeof text - static_cast<std::size_t>(written), "%s", name);
+  widget->SetLabelOn(text, entry && entry->selected ? SelectedSongColor : TransparentColor);
+  if (song == playlist.currentSong) {
+    widget->RunProgram(kPulseSlot, kPulseProgram);
+  } else {
+    widget->RunProgram(kPulseSlot, kNoProgram);
+    widget->brightness = 0;
+  }
+}
+
+void Scroll(int top) {
+  playlist.topIndex = std::max(0, top);
+  Find(WIDGET_SCROLL_BAR)->ApplyValue(-1.0f, ScrollPosition());
+  RefreshPlaylistPage();
+}
+
+void PressButton(const Widget* widget, bool left) {
+  if (widget == Find(WIDGET_ITEM_UP)) (left ? MoveSelectedUp : MoveSelectedPageUp)();
+  if (widget == Find(WIDGET_ITEM_DOWN)) (left ? MoveSelectedDown : MoveSelectedPageDown)();
+  if (!left) return;
+  const platform::Point pointer = platform::PointerPosition();
+  for (const auto& button : kMenuButtons)
+    if (widget == Find(button.index))
+      ShowPopupMenu(button.menu, {pointer.x, pointer.y + kMenuDrop});
+}
+
+// The song that a row stands for, or -1.
+int SongOf(const Widget* widget) {
+  const int row = RowOf(widget);
+  const int song = row < 0 ? -1 : playlist.topIndex + row;
+  return song < playlist.count ? song : -1;
+}
+
+void PressRow(const Widget* widget) {
+  const int song = SongOf(widget);
+  if (song < 0) return;
+  platform::SetCapture();
+  ClickSong(song, platform::KeyDown(platform::Key::kShift),
+            platform::KeyDown(platform::Key::kControl));
+  RefreshPlaylistPage();
+}
+
+void PlayRow(Widget* widget) {
+  const int song = SongOf(widget);
+  if (song < 0) return;
+  widget->RunProgram(kNudgeSlot, kNudgeProgram);
+  playlist.currentSong = song;
+  TransportStop();
+  TransportPlay();
+  RefreshSongLine();
+  RefreshPlaylistPage();
+}
+
+}  // namespace
+
+int RowOf(const Widget* widget) {
+  for (int row = 0; row < playlist.visibleRows; ++row)
+    if (widget && widget == Find(WIDGET_ROW + row)) return row;
+  return -1;
+}
+
+void BuildPlaylistPage() {
+  const Layout layout;
+  MakeImage(TileOf(PAGE_PLAYLIST), "tile-pl.bmp", GROUP_INTERFACE);
+  const Widget* box = MakeGroupBox(WIDGET_PLAYLIST_BOX, "pl-groupbox.bmp", PlaylistEffect);
+  const int top = box->height + layout.margin;
+  BuildRows(layout, top, layout.Bottom() - top);
+  int x = 0;
+  for (const auto& button : kStripButtons)
+    x += MakeStripButton(button.index, button.file, GROUP_PLAYLIST_BUTTONS, x);
+  PlaceStrip(GROUP_PLAYLIST_BUTTONS, 2, x, layout.height / 2, (layout.width - x) / 2);
+}
+
+void ShowPlaylistPage(int wait) {
+  RunPlaylistPage(kEnterProgram, wait);
+}
+
+void HidePlaylistPage(int wait) {
+  RunPlaylistPage(kLeaveProgram, wait);
+}
+
+void RefreshPlaylistPage() {
+  playlist.topIndex = std::max(0, std::min<int>(playlist.topIndex, ScrollRange()));
+  BuildDisplayNames();
+  Widget* bar = TheSkinHost ? Find(WIDGET_SCROLL_BAR) : nullptr;
+  if (!bar) return;
+  {
+    PlaylistReader reader;
+    for (int row = 0; row < playlist.visibleRows; ++row) RefreshRow(row, reader);
+  }
+  bar->ApplyValue(0, ScrollPosition());
+}
+
+void PlaylistPageHandler(unsigned event, Widget* widget, float a, float b) {
+  switch (event) {
+    case EVENT_VERTICAL_TOP:
+      Scroll(playlist.topIndex - 1);
+      break;
+    case EVENT_VERTICAL_BOTTOM:
+      Scroll(std::min(playlist.topIndex + 1, ScrollRange()));
+      break;
+    case EVENT_VERTICAL_THUMB:
+      playlist.topIndex = static_cast<int>(static_cast<float>(ScrollRange()) * a);
+      RefreshPlaylistPage();
+      break;
+    case EVENT_BUTTON:
+      PressButton(widget, a == kLeftButton);
+      break;
+    case platform::kMessageCommand:
+      RunPlaylistCommand(static_cast<int>(b));
+      break;
+    case platform::kMessageLeftDown:
+      PressRow(widget);
+      break;
+    case platform::kMessageLeftUp:
+      platform::ReleaseCapture();
+      break;
+    case platform::kMessageLeftDouble:
+      PlayRow(widget);
+      break;
+    default:
+      break;
+  }
+}
+
+}  // namespace kwo

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "toolkit/widget.h"
+
+/// The page with a window of up to ten rows onto the list.  Main thread, but for what says
+/// otherwise.
+namespace kwo {
+
+/// Also sets how many rows are visible.
+void BuildPlaylistPage();
+void ShowPlaylistPage(int wait);
+void HidePlaylistPage(int wait);
+void PlaylistPageHandler(unsigned event, Widget* widget, float a, float b);
+
+/// Rebuilds the display names and redraws rows and scroll bar.  Any thread.
+void RefreshPlaylistPage();
+
+/// The row that a widget is, or -1.
+int RowOf(const Widget* widget);
+
+}  // namespace kwo

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "toolkit/widget.h"
+
+/// The page of four buttons that set how the window behaves on the desktop.  Main thread.
+namespace kwo {
+
+void BuildWindowPage();
+void ShowWindowPage(int wait);
+void HideWindowPage(int wait);
+void WindowPageHandler(unsigned event, Widget* widget, float a, float b);
+
+/// Turns `WindowFlags` into labels, the window's place before others, and the auto-hide timer.
+void ApplyWindowFlags();
+
+constexpr int kAutoHideTimer = 0;
+
+}  // namespace kwo

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/messages.h"
+
+/// The program's one window: top-level, borderless, of any shape.  All sizes and positions are in
+/// the window's own pixels, also where the screen is so dense that each is drawn as a square of
+/// several.  Main thread, but for what says otherwise.
+namespace kwo::platform {
+
+struct Point {
+  int x, y;
+  bool operator==(const Point&) const = default;
+};
+struct Size {
+  int width, height;
+};
+struct Rectangle {
+  int x, y, width, height;
+  bool Contains(Point point) const {
+    return x <= point.x && point.x < x + width && y <= point.y && point.y < y + height;
+  }
+};
+
+/// Gets every message of the window.  `ShowWindow` calls it before it returns, with what its change
+/// means; all else comes from `DispatchMessage`.
+using WindowProcedure = void (*)(void* owner, const Message& message);
+
+/// Makes the window, not yet shown; false where there is no desktop to show it on.
+bool CreateMainWindow(WindowProcedure procedure, void* owner);
+/// Also undoes capture, timers and a hidden pointer.
+void DestroyMainWindow();
+bool MainWindowExists();
+/// Gives a message from the queue to the window's procedure.
+void DispatchMessage(const Message& message);
+
+/// Place and size on the screen.
+Rectangle WindowRectangle();
+void MoveWindow(Point place);
+void ResizeWindow(Size size);
+/// The window is the union of `runs`; with none it is its whole rectangle.
+void SetWindowShape(const std::vector<Rectangle>& runs);
+void SetTopmost(bool topmost);
+
+enum class WindowShow { kHide, kShow, kMinimise, kRestore };
+void ShowWindow(WindowShow show);
+bool WindowMinimised();
+/// Puts the window before all others and makes it active.
+void ActivateWindow();
+
+/// Any thread.
+void SetCaption(const char* text);
+
+/// Copies a rectangle of 24-bit, bottom-up pixels of the window's size to the window.  Any thread;
+/// never waits for the main thread.  The rectangle lies within the picture, its rows count from the
+/// top.
+struct Picture {
+  const std::uint8_t* bits;
+  int stride, width, height;
+};
+void Present(const Picture& picture, const Rectangle& area);
+
+/// While captured, the mouse is followed outside the window too, as long as a button is held.
+void SetCapture();
+void ReleaseCapture();
+/// Counts, as the hiding and showing of nested callers must.
+void ShowPointer(bool show);
+Point PointerPosition();  ///< on the screen
+void SetPointerPosition(Point place);
+Size ScreenSize();
+
+enum class Key { kShift, kControl };
+bool KeyDown(Key key);
+
+/// Sends kMessageTimer every `milliseconds` until it is killed.
+void SetTimer(int id, int milliseconds);
+void KillTimer(int id);
+
+/// A single line of text that takes the user's typing while it has the focus, and is never seen.
+/// It sends kMessageCommand with kEditChanged or kEditLostFocus in the high word.
+void CreateInputEdit();
+void SetEditText(const char* text);
+/// Copies at most `size` - 1 bytes, and closes them by NUL.
+void GetEditText(char* text, int size);
+void FocusEdit();
+void FocusWindow();
+bool EditHasFocus();
+/// Bytes of the text before the caret.  Any thread; never waits.
+int EditCaret();
+
+}  // namespace kwo::platform

@@ -1,0 +1,107 @@
+#include "toolkit/skin_bitmap.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <new>
+#include <string>
+
+#include "platform/files.h"
+#include "platform/shared.h"
+#include "toolkit/bmp_reader.h"
+
+namespace kwo {
+namespace {
+
+constexpr std::size_t kMaxFile = std::size_t{64} << 20;
+
+KWO_MAY_TEAR void FillRow(std::uint8_t* row, int width, std::uint32_t color) {
+  for (int x = 0; x < width; ++x, row += 3) {
+    row[0] = static_cast<std::uint8_t>(color >> 16);
+    row[1] = static_cast<std::uint8_t>(color >> 8);
+    row[2] = static_cast<std::uint8_t>(color);
+  }
+}
+
+}  // namespace
+
+void SkinBitmap::ReleaseHandle() {
+  handle.reset();
+  indices.clear();
+  bits = nullptr;
+  stride = width = height = 0;
+}
+
+bool SkinBitmap::Allocate(int newWidth, int newHeight) {
+  if (newWidth < 1 || newHeight < 1 || newWidth > kMaxBmpSide || newHeight > kMaxBmpSide)
+    return false;
+  const int rowBytes = RowBytes(newWidth);
+  const auto size = static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(newHeight);
+  std::unique_ptr<std::uint8_t[]> memory(new (std::nothrow) std::uint8_t[size]());
+  if (!memory) return false;
+  handle = std::move(memory);
+  indices.clear();
+  bits = handle.get();
+  stride = rowBytes;
+  width = newWidth;
+  height = newHeight;
+  return true;
+}
+
+int SkinBitmap::CreateBlank(int newWidth, int newHeight, std::uint32_t fillColor) {
+  if (!Allocate(newWidth, newHeight)) return 0;
+  FillSolid(fillColor);
+  return 1;
+}
+
+int SkinBitmap::LoadFromFile(const char* path) {
+  if (!handle) {
+    std::string file;
+    BmpPicture picture;
+    if (!platform::ReadWholeFile(path, file, kMaxFile) || !ReadBmpHeaders(file, picture) ||
+        !Allocate(picture.width, picture.height))
+      return 0;
+    ConvertBmpPixels(picture, *this);
+  }
+  std::snprintf(fileName, sizeof fileName, "%s", path);
+  return 1;
+}
+
+void SkinBitmap::FillSolid(std::uint32_t color) {
+  FillRectangle(0, 0, width, height, color);
+}
+
+void SkinBitmap::FillRectangle(int x, int y, int rectWidth, int rectHeight, std::uint32_t color) {
+  const platform::Rectangle area = Cut(x, y, rectWidth, rectHeight);
+  for (int top = area.y; top < area.y + area.height; ++top)
+    FillRow(bits + std::ptrdiff_t{height - 1 - top} * stride + 3 * area.x, area.width, color);
+}
+
+void SkinBitmap::FillAndText(const char* text, const platform::Font* font, std::uint32_t textColor,
+                             std::uint32_t fillColor, int x, int y) {
+  if (fillColor <= 0xFFFFFF) FillSolid(fillColor);
+  if (font && bits)
+    platform::DrawTextLine({bits, stride, width, height}, text, *font, textColor, x, y);
+}
+
+platform::Rectangle SkinBitmap::Cut(int x, int y, int rectWidth, int rectHeight) const {
+  const int left = std::clamp(x, 0, width), top = std::clamp(y, 0, height);
+  const int right = std::clamp(x + rectWidth, left, width);
+  const int bottom = std::clamp(y + rectHeight, top, height);
+  return {left, top, right - left, bottom - top};
+}
+
+void SkinBitmap::PresentToWindow(int x, int y, int rectWidth, int rectHeight) const {
+  const platform::Rectangle area = Cut(x, y, rectWidth, rectHeight);
+  if (area.width > 0 && area.height > 0) platform::Present({bits, stride, width, height}, area);
+}
+
+void SkinBitmap::CopyFrom(const SkinBitmap* source, int x, int y, int rectWidth, int rectHeight) {
+  if (!source) return;
+  platform::Rectangle area = source->Cut(x, y, rectWidth, rectHeight);
+  area = Cut(area.x, area.y, area.width, area.height);
+  BlitCopy(source->Source(area.x, source->height - area.y - area.height), area.width, area.height,
+           Target(area.x, height - area.y - area.height));
+}
+
+}  // namespace kwo

@@ -1,0 +1,201 @@
+#include "toolkit/skin_host.h"
+
+#include <new>
+
+#include "platform/clock.h"
+#include "platform/files.h"
+
+namespace kwo {
+
+using platform::Message;
+
+SkinHost::SkinHost() = default;
+
+SkinHost::~SkinHost() {
+  DestroyHost();
+}
+
+int SkinHost::CreateMainWindow(const char* skinName, HostCallback newCallback, int x, int y,
+                               int width, int height, int rate) {
+  DestroyHost();
+  callback = newCallback;
+  frameRate = rate;
+  windowWidth = width;
+  windowHeight = height;
+  std::string folder = platform::ExecutablePath();
+  folder.erase(folder.rfind('\\') + 1);
+  skinPath = folder + "skin\\" + skinName + "\\";
+  defaultSkinPath = folder + "skin\\default\\";
+  if (!platform::CreateMainWindow(HostWindowProc, this)) return 0;
+  platform::MoveWindow({x, y});
+  canvas = std::make_unique<SkinBitmap>();
+  if (!canvas->CreateBlank(width, height, 0)) return 0;
+  platform::ResizeWindow({width, height});
+  groups[0].PlaceGroup(nullptr, 0, 0, 0, width, height, 0, 0);
+  return 1;
+}
+
+void SkinHost::DestroyHost() {
+  StopRedraw();
+  drawing = paused = 0;
+  RemoveAllWidgets();
+  background.reset();
+  canvas.reset();
+  platform::DeleteFont(font);
+  font = nullptr;
+  currentTile = previousTile = -1;
+  VisualiserMode = VISUALISER_OFF;
+  VisualiserWidget = nullptr;
+  VisualiserCallback = nullptr;
+  InputActiveTick = 0;
+  active = 0;
+  callback = nullptr;
+  windowDrag = false;
+  platform::DestroyMainWindow();
+}
+
+void SkinHost::SetSkinFont(const char* face, int height, std::uint32_t color) {
+  platform::DeleteFont(font);
+  font = platform::CreateFont(face, height);
+  fontHeight = height;
+  fontColor = color;
+}
+
+void SkinHost::MoveHostWindow(int x, int y, int width, int height) {
+  windowWidth = width;
+  windowHeight = height;
+  platform::MoveWindow({x, y});
+  platform::ResizeWindow({width, height});
+}
+
+void SkinHost::BringToFront() {
+  platform::ShowWindow(platform::WindowMinimised() ? platform::WindowShow::kRestore
+                                                   : platform::WindowShow::kShow);
+  platform::ActivateWindow();
+}
+
+Widget* SkinHost::NewWidget(int index) {
+  if (index < 0 || index >= kWidgets) return nullptr;
+  RemoveWidget(index);
+  Widget* widget = new (std::nothrow) Widget;
+  widgets[index].Publish(widget);
+  return widget;
+}
+
+int SkinHost::CreateImageWidget(int index, const char* fileName, int width, int height, int kind,
+                                int group) {
+  Widget* widget = NewWidget(index);
+  return widget ? widget->LoadImage(this, fileName, width, height, kind, group) : 0;
+}
+
+int SkinHost::CreateCanvasWidget(int index, std::uint32_t fillColor, int width, int height,
+                                 int kind, int group) {
+  Widget* widget = NewWidget(index);
+  return widget ? widget->InitCanvas(this, fillColor, width, height, kind, group) : 0;
+}
+
+void SkinHost::RemoveWidget(int index) {
+  delete GetWidget(index);
+  if (index >= 0 && index < kWidgets) widgets[index] = nullptr;
+}
+
+void SkinHost::RemoveAllWidgets() {
+  for (int index = 0; index < kWidgets; ++index) RemoveWidget(index);
+}
+
+Widget* SkinHost::GetWidget(int index) const {
+  return index >= 0 && index < kWidgets ? widgets[index].Acquire() : nullptr;
+}
+
+WidgetGroup* SkinHost::GetGroup(int index) {
+  return index >= 0 && index < kGroups ? &groups[index] : nullptr;
+}
+
+Widget* SkinHost::HitTest(int x, int y) {
+  constexpr int kTop = 3;
+  for (int groupLayer = kTop; groupLayer >= 0; --groupLayer) {
+    for (int group = kGroups - 1; group >= 0; --group) {
+      if (!groups[group].visible || groups[group].layer != groupLayer) continue;
+      for (int layer = kTop; layer >= 0; --layer) {
+        for (int index = kWidgets - 1; index >= 0; --index) {
+          Widget* widget = GetWidget(index);
+          if (widget && widget->visible && widget->group == group && widget->layer == layer &&
+              widget->PointInWidget(x, y))
+            return widget;
+        }
+      }
+    }
+  }
+  return nullptr;
+}
+
+void SkinHost::HostWindowProc(void* host, const Message& message) {
+  auto& self = *static_cast<SkinHost*>(host);
+  self.HostDefaultHandler(message);
+  if (self.callback)
+    self.callback(self, static_cast<std::uint32_t>(message.id), message.wParam, message.lParam);
+}
+
+void SkinHost::HostDefaultHandler(const Message& message) {
+  switch (message.id) {
+    case platform::kMessageSize:
+      active = message.wParam == platform::kSizeRestored;
+      break;
+    case platform::kMessageShowWindow:
+      active = message.wParam;
+      break;
+    case platform::kMessagePaint:
+      if (canvas) canvas->PresentToWindow(0, 0, windowWidth, windowHeight);
+      break;
+    case platform::kMessageSysCommand:
+      if (message.wParam == platform::kSystemMinimise) active = 0;
+      if (message.wParam == platform::kSystemRestore) active = 1;
+      break;
+    case platform::kMessageLeftDown:
+      pressPlace = {message.lParam & 0xFFFF, static_cast<int>(unsigned(message.lParam) >> 16)};
+      if (groups[0].Contains(pressPlace.x, pressPlace.y)) break;
+      platform::SetCapture();
+      windowDrag = true;
+      break;
+    case platform::kMessageMouseMove:
+      // The pointer itself, since a place left of the window is told as the window's edge.
+      if (windowDrag) {
+        const platform::Point pointer = platform::PointerPosition();
+        platform::MoveWindow({pointer.x - pressPlace.x, pointer.y - pressPlace.y});
+      }
+      break;
+    case platform::kMessageLeftUp:
+      if (!windowDrag) break;
+      windowDrag = false;
+      platform::ReleaseCapture();
+      break;
+    default:
+      break;
+  }
+}
+
+void SkinHost::StartRedraw() {
+  if (threadRun) return;
+  threadRun = 1;
+  threadHandle = platform::StartThread(RunRedraw, this);
+  if (!threadHandle) threadRun = 0;
+}
+
+void SkinHost::StopRedraw() {
+  if (!threadRun) return;
+  threadRun = 0;
+  platform::JoinThread(threadHandle);
+  threadHandle = nullptr;
+}
+
+void SkinHost::PauseRedraw() {
+  constexpr int kPauseMilliseconds = 20;
+  if (paused) {
+    paused = 0;
+    return;
+  }
+  paused = 1;
+  while (drawing) platform::Sleep(kPauseMilliseconds);
+}
+
+}  // namespace kwo

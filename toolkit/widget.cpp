@@ -1,0 +1,278 @@
+#include "toolkit/widget.h"
+
+#include <algorithm>
+
+#include "toolkit/skin_host.h"
+
+namespace kwo {
+namespace {
+
+constexpr int kCheckFrames = 2;
+
+struct ClipRange {
+  int start, size;
+};
+
+// What the root's stretch leaves of a group's along one axis.
+ClipRange ClipToRoot(int start, int size, int rootStart, int rootSize) {
+  ClipRange clip{start, size};
+  if (rootStart + rootSize < size + start) clip.size = std::max(0, rootStart + rootSize - start);
+  if (rootStart > start) {
+    clip.size = std::max(0, size + start - rootStart);
+    clip.start = rootStart;
+  }
+  return clip;
+}
+
+}  // namespace
+
+void WidgetGroup::PlaceGroup(WidgetGroup* newParent, int newX, int newY, int newLayer, int newWidth,
+                             int newHeight, int newOriginX, int newOriginY) {
+  parent = newParent;
+  x = newX;
+  y = newY;
+  layer = newLayer;
+  width = newWidth;
+  height = newHeight;
+  originX = newOriginX;
+  originY = newOriginY;
+  Recalculate();
+}
+
+void WidgetGroup::Recalculate() {
+  int left = x, top = y;
+  const WidgetGroup* root = nullptr;
+  for (const WidgetGroup* ancestor = parent; ancestor; ancestor = ancestor->parent) {
+    left += ancestor->x;
+    top += ancestor->y;
+    root = ancestor;
+  }
+  rawX = left;
+  rawY = top;
+  ClipRange across{left, width}, down{top, height};
+  if (root) {
+    across = ClipToRoot(left, width, root->absX, root->clipWidth);
+    down = ClipToRoot(top, height, root->absY, root->clipHeight);
+  }
+  absX = across.start;
+  clipWidth = across.size;
+  absY = down.start;
+  clipHeight = down.size;
+}
+
+bool WidgetGroup::Contains(int pointX, int pointY) const {
+  return platform::Rectangle{absX, absY, clipWidth, clipHeight}.Contains({pointX, pointY});
+}
+
+void WidgetGroup::StepMotion() {
+  for (Shared<int>& slot : slots) {
+    const int program = slot.Acquire();
+    if (program < 0 || !IsPath(programs[program])) continue;
+    const PathStep step = StepPath(programs[program]);
+    x = step.x;
+    y = step.y;
+    if (step.ended) slot.Replace(program, -1);
+    Recalculate();
+  }
+}
+
+bool Widget::TakeRole(SkinHost* newHost, int newKind, int newGroup) {
+  if (!newHost || !newHost->GetGroup(newGroup)) return false;
+  host = newHost;
+  kind = newKind;
+  group = newGroup;
+  if (!image) image = std::make_unique<SkinBitmap>();
+  if (!cap) cap = std::make_unique<SkinBitmap>();
+  return true;
+}
+
+int Widget::InitCanvas(SkinHost* newHost, std::uint32_t fillColor, int newWidth, int newHeight,
+                       int newKind, int newGroup) {
+  if (!TakeRole(newHost, newKind, newGroup)) return 0;
+  if (!image->CreateBlank(newWidth, newHeight, fillColor)) return 0;
+  image->key = host->colorKey;
+  width = newWidth;
+  height = newHeight;
+  return 1;
+}
+
+int Widget::LoadPicture(SkinBitmap& bitmap, const char* fileName) {
+  const int from = LoadSkinPicture(*host, bitmap, fileName);
+  if (from == 0) return 0;
+  bitmap.key = from == 1 ? host->colorKey : host->defaultColorKey;
+  return 1;
+}
+
+int Widget::LoadImage(SkinHost* newHost, const char* fileName, int newWidth, int newHeight,
+                      int newKind, int newGroup) {
+  if (!TakeRole(newHost, newKind, newGroup)) return 0;
+  const bool whole = newKind == BUTTON_WIDGET && newWidth == 0 && newHeight == 0;
+  if (newKind == IMAGE_WIDGET || whole) {
+    if (!LoadPicture(*image, fileName)) return 0;
+    width = image->width;
+    height = image->height;
+    return 1;
+  }
+  if (!LoadPicture(*cap, fileName)) return 0;
+  if (newKind == VERTICAL_SLIDER)
+    return InitCanvas(newHost, 0, cap->width, newHeight, newKind, newGroup);
+  if (newKind == HORIZONTAL_SLIDER)
+    return InitCanvas(newHost, 0, newWidth, cap->height, newKind, newGroup);
+  if (!InitCanvas(newHost, 0, newWidth - cap->width, newHeight, newKind, newGroup)) return 0;
+  width = image->width + cap->width;
+  height = cap->height;
+  if (newKind == CHECK_WIDGET) SetFrameCount(0, kCheckFrames);
+  return 1;
+}
+
+void Widget::SetFrameCount(int newFrame, int count) {
+  if (count >= 0) {
+    frameCount = count;
+    if (kind == IMAGE_WIDGET && image && count > 0) height = image->height / count;
+  }
+  SetFrame(newFrame);
+}
+
+void Widget::SetFrame(int n) {
+  if (n >= 0 && n < frameCount) frame = n;
+}
+
+void Widget::SetLabel(const char* text) {
+  if (host) SetLabelAt(text, host->fontColor, host->colorKey, 0, 0);
+}
+
+void Widget::SetLabelOn(const char* text, std::uint32_t fillColor) {
+  if (host) SetLabelAt(text, host->fontColor, fillColor, 0, 0);
+}
+
+void Widget::SetLabelAt(const char* text, std::uint32_t textColor, std::uint32_t fillColor,
+                        int textX, int textY) {
+  if (host && image) image->FillAndText(text, host->font, textColor, fillColor, textX, textY);
+}
+
+bool Widget::PointInWidget(int pointX, int pointY) const {
+  if (!host) return false;
+  const WidgetGroup& area = *host->GetGroup(group);
+  const int left = x - area.originX - offsetX + area.absX;
+  const int top = y - area.originY - offsetY + area.absY;
+  return area.Contains(pointX, pointY) && left < pointX && pointX < left + width && top < pointY &&
+         pointY < top + height;
+}
+
+void Widget::SetRamp(int program, int start, int end, float step, int mode) {
+  if (program < 0 || program >= kPrograms) return;
+  WriteRamp(programs[program], start, end, step, mode);
+}
+
+int Widget::ProgramInSlot(int slot) const {
+  if (slot < 0 || slot >= kSlots) return -1;
+  return slots[slot];
+}
+
+void Widget::SetPlace(int newX, int newY) {
+  x = homeX = newX;
+  y = homeY = newY;
+}
+
+void Widget::SetFlyIn(int restX, int restY) {
+  if (!host) return;
+  constexpr int kSteps = 100;
+  constexpr float kAcceleration = 4.0f;
+  constexpr int kNudge = 3;
+  const int outX = host->groups[0].clipWidth, outY = host->groups[0].clipHeight;
+  SetPlace(outX, outY);
+  layer = 3;
+  SetPath(0, outX, outY, restX, restY, kSteps, kAcceleration, MOTION_ONCE);
+  SetPath(1, restX, restY, outX, outY, kSteps, kAcceleration, MOTION_ONCE);
+  SetPath(2, restX, restY, restX + kNudge, restY + kNudge, kNudge, 0, MOTION_SNAP_BACK);
+  SetRamp(3, -200, 100, 50.0f, MOTION_TO_AND_FRO);
+  blendMode = BLEND_ADD;
+  visible = 1;
+}
+
+void Widget::StepMotion() {
+  for (Shared<int>& slot : slots) {
+    const int number = slot.Acquire();
+    if (number < 0) continue;
+    MotionProgram& program = programs[number];
+    bool ended = false;
+    if (IsPath(program)) {
+      const PathStep step = StepPath(program);
+      x = step.x;
+      y = step.y;
+      ended = step.ended;
+    } else if (IsRamp(program)) {
+      const RampStep step = StepRamp(program);
+      brightness = step.brightness;
+      if (step.hide) visible = 0;
+      ended = step.ended;
+    }
+    // A program that the main thread has put there in the meantime stays.
+    if (ended) slot.Replace(number, -1);
+  }
+}
+
+void Widget::DrawWidgetAt(int left, int top) {
+  if (!visible || !host) return;
+  if (kind == CHECK_WIDGET) {
+    DrawImage(cap.get(), left, top, frame, frameCount);
+    DrawImage(image.get(), left + cap->width, top + (cap->height / 2 - host->fontHeight) / 2, 0, 0);
+  } else if (kind == BUTTON_WIDGET && cap->width > 0) {
+    DrawImage(cap.get(), left, top, 0, 0);
+    DrawImage(image.get(), left + cap->width, top + (cap->height - host->fontHeight) / 2, 0, 0);
+  } else {
+    DrawImage(image.get(), left, top, frame, frameCount);
+  }
+}
+
+void Widget::DrawImage(const SkinBitmap* bitmap, int left, int top, int shownFrame, int frames) {
+  SkinBitmap* canvas = host->canvas.get();
+  if (!bitmap || !bitmap->bits || !canvas || !canvas->bits) return;
+  const WidgetGroup& area = *host->GetGroup(group);
+  int w = bitmap->width, h = bitmap->height, sourceX = 0, sourceRow = 0;
+  if (frames > 0) {
+    h /= frames;
+    sourceRow = (frames - shownFrame - 1) * h;
+  }
+  const int canvasWidth = canvas->width, canvasHeight = canvas->height;
+  int clipLeft = area.absX - area.originX, clipTop = area.absY - area.originY;
+  const int clipRight = std::min(clipLeft + area.clipWidth, canvasWidth);
+  const int clipBottom = std::min(clipTop + area.clipHeight, canvasHeight);
+  int x0 = area.rawX - offsetX - area.originX + left;
+  const int y0 = area.rawY - offsetY - area.originY + top;
+  if (x0 > canvasWidth || y0 > canvasHeight) return;
+  clipLeft = std::max(clipLeft, 0);
+  clipTop = std::max(clipTop, 0);
+  int row = canvasHeight - y0 - h;
+  const int minRow = canvasHeight - clipBottom, maxRow = canvasHeight - clipTop;
+  w = std::min(w, clipRight - x0);
+  h = std::min(h, maxRow - row);
+  if (w < 1 || h < 1) return;
+  if (clipLeft > x0) {
+    sourceX = clipLeft - x0;
+    w -= sourceX;
+    x0 = clipLeft;
+  }
+  if (minRow > row) {
+    sourceRow += minRow - row;
+    h -= minRow - row;
+    row = minRow;
+  }
+  if (w < 1 || h < 1) return;
+
+  const BlitSource source = bitmap->Source(sourceX, sourceRow);
+  const BlitTarget target = canvas->Target(x0, row);
+  const bool keyed = bitmap->key <= 0xFFFFFF;
+  const int bright = brightness, mode = blendMode;
+  if (mode != BLEND_COPY || (bright != 0 && keyed)) {
+    BlitBlend(source, w, h, target, bright, mode, bitmap->key);
+  } else if (bright != 0) {
+    BlitBright(source, w, h, target, bright);
+  } else if (keyed) {
+    BlitKeyed(source, w, h, target, bitmap->key);
+  } else {
+    BlitCopy(source, w, h, target);
+  }
+}
+
+}  // namespace kwo
