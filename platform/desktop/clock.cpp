@@ -3,6 +3,8 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/desktop/main_loop.h"
+
 namespace kwo::platform {
 namespace {
 
@@ -11,6 +13,10 @@ const auto programStart = std::chrono::steady_clock::now();
 }  // namespace
 
 void Sleep(int milliseconds) {
+  if (mainLoop.sleep && mainLoop.onMainThread()) {
+    mainLoop.sleep(milliseconds);
+    return;
+  }
   std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 

@@ -4,6 +4,8 @@
 #include <deque>
 #include <mutex>
 
+#include "platform/desktop/main_loop.h"
+
 namespace kwo::platform {
 namespace {
 
@@ -11,12 +13,27 @@ std::mutex lock;
 std::condition_variable arrived;
 std::deque<Message> queue;
 
+bool QueueEmpty() {
+  std::lock_guard guard(lock);
+  return queue.empty();
+}
+
 }  // namespace
 
+MainLoop mainLoop;
+
 void PostMessage(const Message& message) {
-  std::lock_guard guard(lock);
-  queue.push_back(message);
+  {
+    std::lock_guard guard(lock);
+    // Of a timer's messages one at most waits.
+    if (message.id == kMessageTimer)
+      std::erase_if(queue, [&](const Message& waiting) {
+        return waiting.id == kMessageTimer && waiting.wParam == message.wParam;
+      });
+    queue.push_back(message);
+  }
   arrived.notify_one();
+  if (mainLoop.wake) mainLoop.wake();
 }
 
 void PostQuitMessage(int exitCode) {
@@ -31,6 +48,10 @@ bool PeekMessage(Message& message) {
 }
 
 void WaitMessage() {
+  if (mainLoop.wait) {
+    while (QueueEmpty()) mainLoop.wait();
+    return;
+  }
   std::unique_lock guard(lock);
   arrived.wait(guard, [] { return !queue.empty(); });
 }

@@ -11,6 +11,7 @@
 #include "platform/headless/scheduler.h"
 #include "platform/headless/timers.h"
 #include "platform/shared.h"
+#include "platform/show_state.h"
 
 namespace kwo {
 namespace {
@@ -40,6 +41,7 @@ struct Desktop {
   platform::WindowProcedure procedure = nullptr;
   void* owner = nullptr;
   headless::WindowState window{};
+  platform::ShowState show;
   std::vector<Rectangle> shape;
   std::vector<std::uint8_t> pixels;
   std::map<int, Timer> timers;
@@ -67,17 +69,11 @@ bool InShape(Point local) {
 }
 
 bool OnScreen() {
-  return desktop.window.exists && desktop.window.visible && !desktop.window.minimised;
+  return desktop.window.exists && desktop.show.OnScreen();
 }
 
 Point LocalPointer() {
   return {desktop.pointer.x - desktop.window.place.x, desktop.pointer.y - desktop.window.place.y};
-}
-
-int PackPlace(Point place) {
-  const auto x = static_cast<unsigned>(std::clamp(place.x, 0, 0x7FFF));
-  const auto y = static_cast<unsigned>(std::clamp(place.y, 0, 0x7FFF));
-  return static_cast<int>(x | y << 16);
 }
 
 // The composing thread may be at work on the next frame.
@@ -88,18 +84,6 @@ KWO_MAY_TEAR void CopyPixels(const std::uint8_t* from, std::uint8_t* to, int cou
     to[2] = from[0];
     to[3] = 255;
   }
-}
-
-// What ShowWindow changed, for the window's procedure.
-void Send(int id, int wParam) {
-  platform::WindowProcedure procedure;
-  void* owner;
-  {
-    std::lock_guard guard(lock);
-    procedure = desktop.procedure;
-    owner = desktop.owner;
-  }
-  if (procedure) procedure(owner, {id, wParam, 0});
 }
 
 void PostEditNotice(int notice) {
@@ -122,6 +106,7 @@ bool CreateMainWindow(WindowProcedure procedure, void* owner) {
   desktop.procedure = procedure;
   desktop.owner = owner;
   desktop.window = {};
+  desktop.show = {};
   desktop.window.exists = true;
   desktop.shape.clear();
   desktop.pixels.clear();
@@ -137,7 +122,8 @@ bool CreateMainWindow(WindowProcedure procedure, void* owner) {
 void DestroyMainWindow() {
   std::lock_guard guard(lock);
   desktop.procedure = nullptr;
-  desktop.window.exists = desktop.window.visible = desktop.window.captured = false;
+  desktop.window.exists = desktop.window.captured = false;
+  desktop.show = {};
   desktop.timers.clear();
   desktop.pointerHides = 0;
 }
@@ -189,34 +175,24 @@ void SetTopmost(bool topmost) {
 }
 
 void ShowWindow(WindowShow show) {
-  bool shown = false, hidden = false, minimised = false, restored = false;
+  ShowState::Change change;
+  WindowProcedure procedure;
+  void* owner;
   {
     std::lock_guard guard(lock);
-    headless::WindowState& window = desktop.window;
-    if (!window.exists) return;
-    if (show == WindowShow::kHide) {
-      hidden = window.visible;
-      window.visible = false;
-    } else {
-      shown = !window.visible;
-      window.visible = true;
-    }
-    minimised = show == WindowShow::kMinimise && !window.minimised;
-    restored = (show == WindowShow::kRestore && window.minimised) || (shown && !window.minimised);
-    if (minimised) window.minimised = true;
-    if (restored) window.minimised = false;
-    if (minimised || hidden) GiveFocusToEdit(false);
-    if (shown || restored) PostMessage({kMessagePaint, 0, 0});
+    if (!desktop.window.exists) return;
+    change = desktop.show.Apply(show);
+    procedure = desktop.procedure;
+    owner = desktop.owner;
+    if (!desktop.show.OnScreen()) GiveFocusToEdit(false);
+    if (change.shown || change.restored) PostMessage({kMessagePaint, 0, 0});
   }
-  if (shown) Send(kMessageShowWindow, 1);
-  if (hidden) Send(kMessageShowWindow, 0);
-  if (minimised) Send(kMessageSize, kSizeMinimised);
-  if (restored && !shown) Send(kMessageSize, kSizeRestored);
+  SendChange(change, procedure, owner);
 }
 
 bool WindowMinimised() {
   std::lock_guard guard(lock);
-  return desktop.window.minimised;
+  return desktop.show.minimised;
 }
 
 void ActivateWindow() {
@@ -353,7 +329,7 @@ void MovePointer(Point place) {
   if (!OnScreen()) return;
   const bool followed = desktop.window.captured && desktop.buttonsHeld > 0;
   if (followed || InShape(LocalPointer()))
-    platform::PostMessage({platform::kMessageMouseMove, 0, PackPlace(LocalPointer())});
+    platform::PostMessage({platform::kMessageMouseMove, 0, platform::PackPlace(LocalPointer())});
 }
 
 void PressButton(Button button) {
@@ -379,7 +355,7 @@ void PressButton(Button button) {
       button == Button::kLeft ? platform::kMessageLeftDown : platform::kMessageRightDown;
   const int second =
       button == Button::kLeft ? platform::kMessageLeftDouble : platform::kMessageRightDouble;
-  platform::PostMessage({again ? second : first, 0, PackPlace(LocalPointer())});
+  platform::PostMessage({again ? second : first, 0, platform::PackPlace(LocalPointer())});
 }
 
 void ReleaseButton(Button button) {
@@ -389,7 +365,7 @@ void ReleaseButton(Button button) {
   if (!desktop.window.captured && !InShape(LocalPointer())) return;
   platform::PostMessage(
       {button == Button::kLeft ? platform::kMessageLeftUp : platform::kMessageRightUp, 0,
-       PackPlace(LocalPointer())});
+       platform::PackPlace(LocalPointer())});
 }
 
 void SetKey(platform::Key key, bool down) {
@@ -426,14 +402,14 @@ void SetWindowActive(bool active) {
 void MinimiseByUser() {
   std::lock_guard guard(lock);
   if (!OnScreen()) return;
-  desktop.window.minimised = true;
+  desktop.show.minimised = true;
   platform::PostMessage({platform::kMessageSize, platform::kSizeMinimised, 0});
 }
 
 void RestoreByUser() {
   std::lock_guard guard(lock);
-  if (!desktop.window.visible || !desktop.window.minimised) return;
-  desktop.window.minimised = false;
+  if (!desktop.show.visible || !desktop.show.minimised) return;
+  desktop.show.minimised = false;
   platform::PostMessage({platform::kMessageSize, platform::kSizeRestored, 0});
 }
 
@@ -444,6 +420,8 @@ void CloseByUser() {
 WindowState Window() {
   std::lock_guard guard(lock);
   WindowState state = desktop.window;
+  state.visible = desktop.show.visible;
+  state.minimised = desktop.show.minimised;
   state.pointerShown = desktop.pointerHides == 0;
   return state;
 }

@@ -1,0 +1,6 @@
+#include "app/application.h"
+#include "platform/process.h"
+
+int main(int count, char** arguments) {
+  return kwo::platform::RunProcess(count, arguments, kwo::RunApplication);
+}

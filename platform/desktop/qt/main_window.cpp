@@ -1,0 +1,237 @@
+#include "platform/desktop/qt/main_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QStringDecoder>
+#include <QUrl>
+#include <algorithm>
+#include <mutex>
+
+#include "platform/desktop/main_loop.h"
+#include "platform/files.h"
+#include "platform/shared.h"
+
+namespace kwo::platform {
+
+std::unique_ptr<MainWindow> mainWindow;
+int openDialogs = 0;
+
+namespace {
+
+constexpr double kPlainDotsPerInch = 96;
+constexpr int kEditWidth = 100, kEditHeight = 18, kEditAbove = -100;
+
+// What other threads ask of the window.
+std::mutex captionLock;
+std::string caption;
+std::atomic<bool> captionChanged = false;
+std::atomic<bool> presented = false;
+std::atomic<int> editCaret = 0;
+std::atomic<MainWindow*> presentTarget = nullptr;
+
+int ScreenScale() {
+  const double dots = QGuiApplication::primaryScreen()->logicalDotsPerInch();
+  return std::max(1, static_cast<int>(dots / kPlainDotsPerInch));
+}
+
+// Another thread may be presenting while the main thread paints: a frame may show torn, and the
+// next one is whole.
+KWO_MAY_TEAR void CopyPixels(const std::uint8_t* from, std::uint32_t* to, int count) {
+  for (int x = 0; x < count; ++x, from += 3)
+    to[x] = 0xFF000000u | static_cast<std::uint32_t>(from[2]) << 16 |
+            static_cast<std::uint32_t>(from[1]) << 8 | from[0];
+}
+
+}  // namespace
+
+QString FromBytes(const char* text) {
+  QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+  QString decoded = decoder.decode(QByteArrayView(text));
+  if (!decoder.hasError()) return decoded;
+  // Windows-1252 is Latin-1 but for these.
+  constexpr char16_t kHigh[32] = {0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                  0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D,   0x017D, 0x8F,
+                                  0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                  0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
+  decoded = QString::fromLatin1(text);
+  for (QChar& letter : decoded)
+    if (letter.unicode() >= 0x80 && letter.unicode() < 0xA0)
+      letter = kHigh[letter.unicode() - 0x80];
+  return decoded;
+}
+
+InputEdit::InputEdit(QWidget* parent) : QLineEdit(parent) {
+  setFocusPolicy(Qt::NoFocus);
+  setFrame(false);
+  setGeometry(0, kEditAbove, kEditWidth, kEditHeight);
+  connect(this, &QLineEdit::textChanged, [] {
+    PostMessage({kMessageCommand, kEditChanged << 16, 0});
+  });
+  connect(this, &QLineEdit::cursorPositionChanged,
+          [this](int, int now) { editCaret = static_cast<int>(text().left(now).toUtf8().size()); });
+}
+
+void InputEdit::focusOutEvent(QFocusEvent* event) {
+  QLineEdit::focusOutEvent(event);
+  PostMessage({kMessageCommand, kEditLostFocus << 16, 0});
+}
+
+void InputEdit::keyPressEvent(QKeyEvent* event) {
+  const int key = event->key();
+  if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Escape) {
+    parentWidget()->setFocus();
+    return;
+  }
+  QLineEdit::keyPressEvent(event);
+}
+
+MainWindow::MainWindow(WindowProcedure newProcedure, void* newOwner)
+    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowSystemMenuHint |
+                           Qt::WindowMinimizeButtonHint),
+      scale(ScreenScale()),
+      procedure(newProcedure),
+      owner(newOwner) {
+  setAttribute(Qt::WA_OpaquePaintEvent);
+  setAttribute(Qt::WA_NoSystemBackground);
+  setMouseTracking(true);
+  setAcceptDrops(true);
+  setFocusPolicy(Qt::ClickFocus);
+  setWindowTitle("KWO");
+}
+
+void MainWindow::Resize(Size newSize) {
+  size = newSize;
+  front = QImage(std::max(1, size.width), std::max(1, size.height), QImage::Format_RGB32);
+  front.fill(Qt::black);
+  setFixedSize(std::max(1, size.width) * scale, std::max(1, size.height) * scale);
+  presentTarget = this;
+}
+
+void MainWindow::PutCaption() {
+  std::lock_guard guard(captionLock);
+  setWindowTitle(FromBytes(caption.c_str()));
+}
+
+void MainWindow::paintEvent(QPaintEvent* event) {
+  QPainter painter(this);
+  painter.scale(scale, scale);
+  const QRect area = event->rect();
+  const int left = area.left() / scale, top = area.top() / scale;
+  const QRect pixels(left, top, area.right() / scale - left + 1, area.bottom() / scale - top + 1);
+  painter.drawImage(pixels, front, pixels);
+}
+
+Point MainWindow::LocalPlace(const QMouseEvent& event) const {
+  const QPointF place = event.position();
+  return {static_cast<int>(std::floor(place.x() / scale)),
+          static_cast<int>(std::floor(place.y() / scale))};
+}
+
+void MainWindow::PostButton(const QMouseEvent& event, int left, int right) {
+  const int place = PackPlace(LocalPlace(event));
+  if (event.button() == Qt::LeftButton) PostMessage({left, 0, place});
+  if (event.button() == Qt::RightButton) PostMessage({right, 0, place});
+}
+
+void MainWindow::mousePressEvent(QMouseEvent* event) {
+  PostButton(*event, kMessageLeftDown, kMessageRightDown);
+}
+
+void MainWindow::mouseReleaseEvent(QMouseEvent* event) {
+  PostButton(*event, kMessageLeftUp, kMessageRightUp);
+}
+
+void MainWindow::mouseDoubleClickEvent(QMouseEvent* event) {
+  PostButton(*event, kMessageLeftDouble, kMessageRightDouble);
+}
+
+void MainWindow::mouseMoveEvent(QMouseEvent* event) {
+  const Point place = LocalPlace(*event);
+  if (captured || Rectangle{0, 0, size.width, size.height}.Contains(place))
+    PostMessage({kMessageMouseMove, 0, PackPlace(place)});
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() != QEvent::WindowStateChange || isMinimized() == show.minimised) return;
+  // Not our own doing: the desktop's.
+  show.minimised = isMinimized();
+  PostMessage({kMessageSize, show.minimised ? kSizeMinimised : kSizeRestored, 0});
+}
+
+bool MainWindow::event(QEvent* event) {
+  if (event->type() == QEvent::WindowDeactivate && openDialogs == 0)
+    PostMessage({kMessageActivate, 0, 0});
+  if (event->type() == QEvent::WindowActivate) PostMessage({kMessageActivate, 1, 0});
+  return QWidget::event(event);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  PostMessage({kMessageSysCommand, kSystemClose, 0});
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (!event->mimeData()->hasUrls()) return;
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  std::vector<std::string> paths;
+  for (const QUrl& url : event->mimeData()->urls())
+    if (url.isLocalFile())
+      paths.push_back(FromMachinePath(url.toLocalFile().toLocal8Bit().constData()));
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+  PostMessage({kMessageDropFiles, KeepDrop(std::move(paths)), 0});
+}
+
+void ServeWindow() {
+  if (!mainWindow) return;
+  if (captionChanged.exchange(false)) mainWindow->PutCaption();
+  if (presented.exchange(false)) mainWindow->update();
+}
+
+void SetCaption(const char* text) {
+  {
+    std::lock_guard guard(captionLock);
+    caption = text;
+  }
+  captionChanged = true;
+  if (mainLoop.wake) mainLoop.wake();
+}
+
+void Present(const Picture& picture, const Rectangle& area) {
+  MainWindow* window = presentTarget;
+  if (!window || picture.width != window->size.width || picture.height != window->size.height)
+    return;
+  for (int y = area.y; y < area.y + area.height; ++y) {
+    const std::ptrdiff_t row = picture.height - 1 - y;
+    const std::ptrdiff_t line = y;
+    CopyPixels(picture.bits + row * picture.stride + 3 * area.x,
+               reinterpret_cast<std::uint32_t*>(const_cast<uchar*>(window->front.constBits()) +
+                                                line * window->front.bytesPerLine()) +
+                   area.x,
+               area.width);
+  }
+  presented = true;
+  if (mainLoop.wake) mainLoop.wake();
+}
+
+int EditCaret() {
+  return editCaret;
+}
+
+void DestroyMainWindow() {
+  presentTarget = nullptr;
+  mainWindow.reset();
+}
+
+}  // namespace kwo::platform

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <QImage>
+#include <QLineEdit>
+#include <QWidget>
+#include <atomic>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/show_state.h"
+#include "platform/window.h"
+
+class QTimer;
+
+namespace kwo::platform {
+
+/// The hidden edit: a line of text above the window's visible area.
+class InputEdit : public QLineEdit {
+ public:
+  explicit InputEdit(QWidget* parent);
+
+ protected:
+  void focusOutEvent(QFocusEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+};
+
+/// The window on the screen.  What happens to it only becomes messages; it paints from a picture of
+/// its own, into which any thread copies.
+class MainWindow : public QWidget {
+ public:
+  MainWindow(WindowProcedure procedure, void* owner);
+
+  void Resize(Size size);
+  void PutCaption();
+  void ShowPresented();
+
+  // Places in the window's own pixels; `scale` screen pixels make one.
+  const int scale;
+  const WindowProcedure procedure;
+  void* const owner;
+  Size size{0, 0};
+  ShowState show;
+  bool topmost = false;
+  bool captured = false;
+  int pointerHides = 0;
+  InputEdit* edit = nullptr;
+  std::map<int, QTimer*> timers;
+  /// What any thread presents into: 32 bits a pixel, from the top.
+  QImage front;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  bool event(QEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+ private:
+  Point LocalPlace(const QMouseEvent& event) const;
+  void PostButton(const QMouseEvent& event, int left, int right);
+};
+
+/// The one window, or null.  Main thread.
+extern std::unique_ptr<MainWindow> mainWindow;
+
+/// Depth of menus and dialogs of our own: while one is open, its taking the focus is no loss of the
+/// window's activation.
+extern int openDialogs;
+
+/// Carries out what other threads have asked of the window.  Main thread.
+void ServeWindow();
+
+/// Keeps the files of a drop for the logic, and gives their number.
+int KeepDrop(std::vector<std::string> paths);
+
+/// Text between the system's bytes and the desktop's.
+QString FromBytes(const char* text);
+
+}  // namespace kwo::platform

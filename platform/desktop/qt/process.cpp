@@ -1,0 +1,113 @@
+#include "platform/process.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QIcon>
+#include <QSessionManager>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#include "platform/desktop/main_loop.h"
+#include "platform/desktop/qt/main_window.h"
+#include "platform/messages.h"
+
+namespace kwo::platform {
+namespace {
+
+// Written by any thread and by signals, read by the main thread's event loop.
+int wakeEvent = -1;
+volatile sig_atomic_t endAsked = 0;
+std::thread::id mainThread;
+
+void Wake() {
+  const std::uint64_t one = 1;
+  [[maybe_unused]] const ssize_t written = write(wakeEvent, &one, sizeof one);
+}
+
+void OnSignal(int) {
+  endAsked = 1;
+  Wake();
+}
+
+void OnWake() {
+  std::uint64_t count;
+  [[maybe_unused]] const ssize_t got = read(wakeEvent, &count, sizeof count);
+  if (endAsked) {
+    endAsked = 0;
+    PostQuitMessage(0);
+  }
+  ServeWindow();
+}
+
+void WaitForEvents() {
+  QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+void SleepAlive(int milliseconds) {
+  QEventLoop loop;
+  QTimer::singleShot(milliseconds, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+  loop.exec(QEventLoop::ExcludeUserInputEvents);
+}
+
+bool OnMainThread() {
+  return std::this_thread::get_id() == mainThread;
+}
+
+int NoDesktop() {
+  std::fputs("kwo: there is no desktop to open the window on\n", stderr);
+  return 1;
+}
+
+// The toolkit ends the process by an abort where the display can't be reached; everything else that
+// it has to say is of no use to a user.
+void OnToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
+  if (type == QtFatalMsg) std::_Exit(NoDesktop());
+}
+
+void CatchSignals() {
+  struct sigaction action {};
+  action.sa_handler = OnSignal;
+  action.sa_flags = SA_RESTART;
+  for (int signal : {SIGTERM, SIGINT, SIGHUP}) sigaction(signal, &action, nullptr);
+  signal(SIGPIPE, SIG_IGN);
+}
+
+}  // namespace
+
+int RunProcess(int count, char** arguments, int (*body)()) {
+  const bool hasX = std::getenv("DISPLAY") && *std::getenv("DISPLAY");
+  if (!hasX && !std::getenv("WAYLAND_DISPLAY") && !std::getenv("QT_QPA_PLATFORM"))
+    return NoDesktop();
+  // Placement, staying on top and moving the pointer exist on X alone, which Wayland's desktops
+  // serve too; and the window's own scaling is by whole steps.
+  if (hasX) setenv("QT_QPA_PLATFORM", "xcb", 0);
+  setenv("QT_ENABLE_HIGHDPI_SCALING", "0", 1);
+  mainThread = std::this_thread::get_id();
+  wakeEvent = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+  qInstallMessageHandler(OnToolkitMessage);
+  QApplication application(count, arguments);
+  QApplication::setApplicationName("kwo");
+  QApplication::setDesktopFileName("kwo");
+  QApplication::setQuitOnLastWindowClosed(false);
+  QObject::connect(&application, &QGuiApplication::commitDataRequest,
+                   [](QSessionManager&) { PostQuitMessage(0); });
+  QSocketNotifier notifier(wakeEvent, QSocketNotifier::Read);
+  QObject::connect(&notifier, &QSocketNotifier::activated, OnWake);
+  mainLoop = {WaitForEvents, Wake, SleepAlive, OnMainThread};
+  CatchSignals();
+  const int result = body();
+  DestroyMainWindow();
+  mainLoop = {};
+  return result;
+}
+
+}  // namespace kwo::platform

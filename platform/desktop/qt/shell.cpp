@@ -1,0 +1,152 @@
+#include "platform/shell.h"
+
+#include <QActionGroup>
+#include <QFileDialog>
+#include <QMenu>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QSystemTrayIcon>
+#include <algorithm>
+#include <map>
+
+#include "platform/desktop/qt/main_window.h"
+#include "platform/files.h"
+
+namespace kwo::platform {
+namespace {
+
+constexpr int kErrorFileNotFound = 2;
+constexpr char kOpener[] = "xdg-open";
+
+std::unique_ptr<QSystemTrayIcon> trayIcon;
+std::map<int, std::vector<std::string>> drops;
+int lastDrop = 0;
+
+struct DialogOpen {
+  DialogOpen() { ++openDialogs; }
+  ~DialogOpen() { --openDialogs; }
+};
+
+std::string FromDesktop(const QString& path) {
+  return FromMachinePath(path.toLocal8Bit().constData());
+}
+
+QString ToDesktop(const char* path) {
+  return QString::fromLocal8Bit(ToMachinePath(path).c_str());
+}
+
+// "Name (*.MP3 *.mp3)" of each pair; files are named in either case.
+QStringList NameFilters(const char* filter) {
+  QStringList filters;
+  while (*filter) {
+    const QString name = QString::fromUtf8(filter).section(" (", 0, 0);
+    filter += std::char_traits<char>::length(filter) + 1;
+    const QString patterns = QString::fromUtf8(filter).replace(';', ' ');
+    filter += std::char_traits<char>::length(filter) + 1;
+    filters << name + " (" + patterns + " " + patterns.toLower() + ")";
+  }
+  return filters;
+}
+
+// Words by blanks, those in quotes whole; paths get the machine's separators.
+QStringList SplitLine(const char* line) {
+  QStringList words = QProcess::splitCommand(QString::fromLocal8Bit(line));
+  for (QString& word : words) word.replace('\\', '/');
+  return words;
+}
+
+}  // namespace
+
+int KeepDrop(std::vector<std::string> paths) {
+  drops[++lastDrop] = std::move(paths);
+  return lastDrop;
+}
+
+std::vector<std::string> TakeDroppedFiles(int drop) {
+  auto found = drops.extract(drop);
+  return found ? std::move(found.mapped()) : std::vector<std::string>();
+}
+
+bool ChooseFiles(const char* filter, const char* folder, std::vector<std::string>& paths) {
+  const DialogOpen open;
+  QFileDialog dialog(mainWindow.get(), "Choose Songs", ToDesktop(folder));
+  dialog.setFileMode(QFileDialog::ExistingFiles);
+  dialog.setNameFilters(NameFilters(filter));
+  if (!dialog.exec()) return false;
+  for (const QString& path : dialog.selectedFiles()) paths.push_back(FromDesktop(path));
+  SetCurrentFolder(FromDesktop(dialog.directory().absolutePath()).c_str());
+  return !paths.empty();
+}
+
+bool ChooseFolder(const char* title, std::string& folder) {
+  const DialogOpen open;
+  const QString chosen = QFileDialog::getExistingDirectory(mainWindow.get(), title);
+  if (chosen.isEmpty()) return false;
+  folder = FromDesktop(chosen);
+  return true;
+}
+
+void TrackPopupMenu(std::span<const MenuItem> items, Point place) {
+  const DialogOpen open;
+  QMenu menu(mainWindow.get());
+  QActionGroup marks(&menu);
+  const bool anyMarked =
+      std::any_of(items.begin(), items.end(), [](const MenuItem& item) { return item.marked; });
+  bool lastGroup = false;
+  for (const MenuItem& item : items) {
+    if (item.command == 0) {
+      menu.addSeparator();
+      lastGroup = &item >= items.data() + items.size() / 2;
+      continue;
+    }
+    QAction* action = menu.addAction(item.text);
+    action->setData(item.command);
+    // The marked item and its fellows stand behind the last separator.
+    if (!anyMarked || !lastGroup) continue;
+    action->setCheckable(true);
+    action->setChecked(item.marked);
+    marks.addAction(action);
+  }
+  const int scale = mainWindow ? mainWindow->scale : 1;
+  const QAction* chosen = menu.exec(QPoint(place.x * scale, place.y * scale));
+  if (chosen) PostMessage({kMessageCommand, chosen->data().toInt(), 0});
+}
+
+bool ShowTrayIcon(const char* tip) {
+  if (!mainWindow || !QSystemTrayIcon::isSystemTrayAvailable()) return false;
+  constexpr qsizetype kTipLength = 63;
+  trayIcon = std::make_unique<QSystemTrayIcon>(mainWindow->windowIcon());
+  trayIcon->setToolTip(FromBytes(tip).left(kTipLength));
+  QObject::connect(trayIcon.get(), &QSystemTrayIcon::activated,
+                   [](QSystemTrayIcon::ActivationReason reason) {
+                     if (reason == QSystemTrayIcon::Trigger)
+                       PostMessage({kMessageTray, 0, kMessageLeftDown});
+                     if (reason == QSystemTrayIcon::Context)
+                       PostMessage({kMessageTray, 0, kMessageRightDown});
+                   });
+  trayIcon->show();
+  return true;
+}
+
+void HideTrayIcon() {
+  trayIcon.reset();
+}
+
+// The desktop's opener stands for every class.  It gets its target in quotes, which the logic's own
+// replacement of the placeholder would take away.
+int ReadClassRegistry(const char* key, std::string& value) {
+  if (!QString::fromUtf8(key).endsWith("\\shell\\open\\command") ||
+      QStandardPaths::findExecutable(kOpener).isEmpty())
+    return kErrorFileNotFound;
+  value = std::string(kOpener) + " \"\"%1\"\"";
+  return 0;
+}
+
+bool RunCommandLine(const char* line) {
+  QStringList words = SplitLine(line);
+  if (words.isEmpty()) return false;
+  const QString program = words.takeFirst();
+  return QProcess::startDetached(program, words);
+}
+
+}  // namespace kwo::platform
