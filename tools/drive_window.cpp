@@ -203,8 +203,7 @@ int Drive(std::string program) {
   if (!file) return Fail(script.path + " can't be read");
   for (std::string line; std::getline(file, line);) script.lines.push_back(line);
 
-  headless::SetExecutablePath(
-      platform::FromMachinePath((std::filesystem::absolute(program) / "kwo").c_str()));
+  headless::SetExecutablePath((std::filesystem::absolute(program) / "kwo").string());
   platform::Thread* user = platform::StartThread(FollowScript, nullptr);
   int result = 1;
   if (StartUp()) {

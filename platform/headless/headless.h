@@ -38,7 +38,8 @@ void ClearPlayedSound();
 /// Keeps the registry in a file; an empty path keeps it in memory alone, and starts it empty.
 void UseRegistryFile(const std::string& path);
 
-/// Where the program believes its executable to lie; empty for the machine's own word.
+/// Where the program believes its executable to lie, as the machine writes paths; empty for the
+/// truth.
 void SetExecutablePath(const std::string& path);
 
 /// What the user does in the next file or folder dialog: chooses `paths` while it shows `folder`,

@@ -117,7 +117,7 @@ std::string LastDialogFolder() {
 }
 
 void SetExecutablePath(const std::string& path) {
-  platform::TellExecutablePath(path);
+  platform::TellExecutablePath(platform::FromMachinePath(path.c_str()));
 }
 
 void AnswerMenu(int command) {

@@ -143,11 +143,11 @@ std::string BmpFile(int width, int height, int bits, bool topDown, std::uint32_t
                                 : "";
   const auto start = static_cast<std::uint32_t>(54 + palette.size() + masks.size());
   std::string file =
-      "BM" + test::LittleEndian(0, 8) + test::LittleEndian(start, 4) + test::LittleEndian(40, 4) +
+      "BM" + std::string(8, '\0') + test::LittleEndian(start, 4) + test::LittleEndian(40, 4) +
       test::LittleEndian(static_cast<std::uint32_t>(width), 4) +
       test::LittleEndian(static_cast<std::uint32_t>(topDown ? -height : height), 4) +
       test::LittleEndian(1, 2) + test::LittleEndian(static_cast<std::uint32_t>(bits), 2) +
-      test::LittleEndian(compression, 4) + test::LittleEndian(0, 20);
+      test::LittleEndian(compression, 4) + std::string(20, '\0');
   std::string colors = palette;
   for (std::size_t i = 0; i < colors.size() / 4; ++i) {
     colors[4 * i] = static_cast<char>(i % 16);
