@@ -203,24 +203,24 @@ int DrawSplit(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
 
 int DrawTwinLevels(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   if (!Paintable(bitmap)) return 1;
-  constexpr Byte kStrength = 155;
-  constexpr int kBlue = 0, kGreen = 1, kRed = 2;
+  constexpr int kStrength = 155;
   int left[kMaxColumns], right[kMaxColumns];
   const int half = bitmap.height / 2, quarter = half / 2;
   const int size = count / 2 / bitmap.width - 1;
   ColumnLevels(samples, 2, size, {kFullSwing / half, quarter}, bitmap, left);
   ColumnLevels(samples + 1, 2, size, {kFullSwing / half, 3 * quarter}, bitmap, right);
-  Clear(bitmap);
-  for (int x = 0; x < bitmap.width; ++x) {
-    const auto paint = [&](int from, int to, int channel) {
-      for (int row = from; row < to; ++row) Row(bitmap, row)[3 * x + channel] = kStrength;
-    };
-    paint(0, left[x], kBlue);
-    paint(right[x], bitmap.height, kRed);
-    paint(left[x], half, kGreen);
-    paint(left[x], half, kRed);
-    paint(half, right[x], kBlue);
-    paint(half, right[x], kGreen);
+  // Row by row, which is the order of the memory.  In each half one wave parts two colours, and
+  // where the other wave strays into it, its colour is added.
+  for (int row = 0; row < bitmap.height; ++row) {
+    Byte* pixel = Row(bitmap, row);
+    const bool lower = row < half;
+    for (int x = 0; x < bitmap.width; ++x, pixel += 3) {
+      const bool belowLeft = row < left[x], belowRight = row < right[x];
+      const bool red = !belowRight || (lower && !belowLeft);
+      const bool green = lower ? !belowLeft : belowRight;
+      const bool blue = belowLeft || (!lower && belowRight);
+      Write(pixel, {red * kStrength, green * kStrength, blue * kStrength});
+    }
   }
   return 1;
 }

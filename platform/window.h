@@ -81,6 +81,7 @@ void KillTimer(int id);
 /// A single line of text that takes the user's typing while it has the focus, and is never seen.
 /// It sends kMessageCommand with kEditChanged or kEditLostFocus in the high word.
 void CreateInputEdit();
+/// Also puts the caret behind the text.
 void SetEditText(const char* text);
 /// Copies at most `size` - 1 bytes, and closes them by NUL.
 void GetEditText(char* text, int size);

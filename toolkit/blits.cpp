@@ -21,37 +21,61 @@ struct Brightness {
   Byte rise, fall;
 };
 
-// The key's bytes laid out over a chunk, against which a chunk of pixels is compared at once.
+// A chunk's bytes with room for the pixels that it cuts at either side.
+constexpr int kMargin = 2;
+struct Chunk {
+  Byte* Bytes() { return padded + kMargin; }
+  Byte padded[kMargin + kChunk + kMargin];
+};
+
+// The key's bytes laid out over a chunk and its margins, against which pixels are compared at once.
 struct KeyPattern {
   explicit KeyPattern(std::uint32_t key) {
-    for (int i = 0; i < kChunk; i += 3) {
-      bytes[i] = static_cast<Byte>(key >> 16);
-      bytes[i + 1] = static_cast<Byte>(key >> 8);
-      bytes[i + 2] = static_cast<Byte>(key);
-    }
+    const Byte bytes[] = {static_cast<Byte>(key >> 16), static_cast<Byte>(key >> 8),
+                          static_cast<Byte>(key)};
+    for (int i = 0; i < kChunk + 2 * kMargin; ++i) padded[i] = bytes[(i + 3 - kMargin) % 3];
   }
-  Byte bytes[kChunk];
+  Byte padded[kMargin + kChunk + kMargin];
 };
+
+// Where in its pixel each byte of a chunk stands.
+struct Phases {
+  constexpr Phases() {
+    for (int i = 0; i < kChunk; ++i) is[i % 3][i] = 255;
+  }
+  Byte is[3][kChunk] = {};
+};
+constexpr Phases kPhases;
 
 // Plain loops over a whole number of vectors, which the compiler turns into vector code as they
 // stand; each runs over local memory, so that nothing can overlap.
 
-inline void Brighten(Byte* pixels, Brightness by) {
+inline void AddSaturated(Byte* pixels, const Byte* more) {
   for (int i = 0; i < kChunk; ++i) {
-    const Byte risen = static_cast<Byte>(std::min<int>(pixels[i] + by.rise, 255));
-    pixels[i] = static_cast<Byte>(std::max<int>(risen - by.fall, 0));
+    const auto sum = static_cast<Byte>(pixels[i] + more[i]);
+    pixels[i] = sum < more[i] ? 255 : sum;
   }
+}
+
+inline void Brighten(Byte* pixels, Brightness by) {
+  if (by.rise) {
+    Byte rise[kChunk];
+    for (Byte& byte : rise) byte = by.rise;
+    AddSaturated(pixels, rise);
+    return;
+  }
+  for (int i = 0; i < kChunk; ++i)
+    pixels[i] = static_cast<Byte>(std::max(pixels[i], by.fall) - by.fall);
 }
 
 inline void Blend(Byte* pixels, const Byte* below, int blendMode) {
   switch (blendMode) {
     case BLEND_ADD:
-      for (int i = 0; i < kChunk; ++i)
-        pixels[i] = static_cast<Byte>(std::min<int>(below[i] + pixels[i], 255));
+      AddSaturated(pixels, below);
       break;
     case BLEND_SUBTRACT:
       for (int i = 0; i < kChunk; ++i)
-        pixels[i] = static_cast<Byte>(std::max<int>(below[i] - pixels[i], 0));
+        pixels[i] = static_cast<Byte>(std::max(below[i], pixels[i]) - pixels[i]);
       break;
     case BLEND_AVERAGE:
       for (int i = 0; i < kChunk; ++i)
@@ -62,16 +86,21 @@ inline void Blend(Byte* pixels, const Byte* below, int blendMode) {
   }
 }
 
-// Puts back what was below each pixel whose three raw bytes are the key's.
+// Puts back what was below each pixel whose three raw bytes are the key's.  `raw` can be read a
+// margin beyond the chunk; what stands there decides over no pixel of it.
 inline void Restore(Byte* pixels, const Byte* below, const Byte* raw, const KeyPattern& key) {
-  Byte equal[kChunk];
-  for (int i = 0; i < kChunk; ++i) equal[i] = raw[i] == key.bytes[i] ? 255 : 0;
-  for (int i = 0; i < kChunk; i += 3) {
-    const Byte skip = equal[i] & equal[i + 1] & equal[i + 2];
-    equal[i] = equal[i + 1] = equal[i + 2] = skip;
+  const Byte* sought = key.padded + kMargin;
+  for (int i = 0; i < kChunk; ++i) {
+    const Byte twoBefore = raw[i - 2] == sought[i - 2] ? 255 : 0;
+    const Byte before = raw[i - 1] == sought[i - 1] ? 255 : 0;
+    const Byte here = raw[i] == sought[i] ? 255 : 0;
+    const Byte after = raw[i + 1] == sought[i + 1] ? 255 : 0;
+    const Byte twoAfter = raw[i + 2] == sought[i + 2] ? 255 : 0;
+    const Byte skip = (kPhases.is[0][i] & here & after & twoAfter) |
+                      (kPhases.is[1][i] & before & here & after) |
+                      (kPhases.is[2][i] & twoBefore & before & here);
+    pixels[i] = static_cast<Byte>((below[i] & skip) | (pixels[i] & ~skip));
   }
-  for (int i = 0; i < kChunk; ++i)
-    pixels[i] = static_cast<Byte>((below[i] & equal[i]) | (pixels[i] & ~equal[i]));
 }
 
 // What a row goes through, chunk by chunk; null where a step is left out.
@@ -86,20 +115,21 @@ KWO_MAY_TEAR inline void MoveBytes(const Byte* from, Byte* to, int count) {
 }
 
 KWO_MAY_TEAR void MoveRow(const Byte* from, Byte* to, int bytes, const RowSteps& steps) {
-  Byte raw[kChunk], below[kChunk], pixels[kChunk];
+  Chunk raw{};
+  Byte below[kChunk], pixels[kChunk];
   for (int done = 0; done < bytes; done += kChunk) {
     const int size = std::min(kChunk, bytes - done);
     if (size == kChunk) {
-      MoveBytes(from + done, raw, kChunk);
+      MoveBytes(from + done, raw.Bytes(), kChunk);
       MoveBytes(to + done, below, kChunk);
     } else {
-      MoveBytes(from + done, raw, size);
+      MoveBytes(from + done, raw.Bytes(), size);
       MoveBytes(to + done, below, size);
     }
-    MoveBytes(raw, pixels, kChunk);
+    MoveBytes(raw.Bytes(), pixels, kChunk);
     if (steps.brightness) Brighten(pixels, *steps.brightness);
     Blend(pixels, below, steps.blendMode);
-    if (steps.key) Restore(pixels, below, raw, *steps.key);
+    if (steps.key) Restore(pixels, below, raw.Bytes(), *steps.key);
     if (size == kChunk) {
       MoveBytes(pixels, to + done, kChunk);
     } else {

@@ -271,7 +271,7 @@ void CreateInputEdit() {
 void SetEditText(const char* text) {
   std::lock_guard guard(lock);
   desktop.edit = text;
-  desktop.caret = 0;
+  desktop.caret = static_cast<int>(desktop.edit.size());
   PostEditNotice(kEditChanged);
 }
 

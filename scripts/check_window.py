@@ -1,0 +1,178 @@
+#!/usr/bin/env python3
+"""Uses the program on a real X desktop as a user would, and measures what he sees and hears.
+usage: check_window.py PROGRAM"""
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+import numpy
+
+import desk
+
+failures = []
+
+
+def check(what, holds, figure=""):
+    print(f"{'ok  ' if holds else 'FAIL'} {what} {figure}", flush=True)
+    if not holds:
+        failures.append(what)
+
+
+def pixels(path):
+    data = subprocess.run(["convert", path, "-depth", "8", "rgb:-"], check=True,
+                          capture_output=True).stdout
+    return numpy.frombuffer(data, numpy.uint8).reshape(302, 488, 3).astype(int)
+
+
+def record(seconds):
+    """What the null device plays, as floats, one row a frame."""
+    data = subprocess.run(["timeout", str(seconds), "parec", "-d", "null.monitor", "--format=s16le",
+                           "--rate=44100", "--channels=2", "--latency-msec=50"],
+                          capture_output=True).stdout
+    return numpy.frombuffer(data[:len(data) // 4 * 4], numpy.int16).reshape(-1, 2).astype(float)
+
+
+def settled(seconds=1.5):
+    """What is heard once the buffers that were on their way have been played."""
+    time.sleep(2)
+    return record(seconds)
+
+
+def loudness(sound):
+    tail = sound[len(sound) // 4:]
+    return numpy.sqrt((tail ** 2).mean(axis=0)) if len(tail) else numpy.zeros(2)
+
+
+def band(sound, hertz):
+    """The strength of a tone."""
+    mono = sound[len(sound) // 4:, 0]
+    phase = 2 * numpy.pi * hertz * numpy.arange(len(mono)) / 44100
+    return abs((mono * numpy.exp(-1j * phase)).mean())
+
+
+def make_tone(folder):
+    """Two steady tones, one in the lowest band and one high up, as an MP3 of three minutes."""
+    path = folder / "tone.mp3"
+    subprocess.run(f"sox -V1 -n -r 44100 -c 2 -t wav - synth 180 sine 300 sine 300 vol 0.25 "
+                   f"| lame --quiet -b 192 - {path}",
+                   shell=True, check=True)
+    return path
+
+
+program = pathlib.Path(sys.argv[1])
+work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-check-"))
+subprocess.run(["xsetroot", "-solid", "#ff00ff"])
+player = desk.Player(program)
+shot = work / "shot.png"
+try:
+    check("the window is there soon after the start", player.first_seen < 0.6,
+          f"{player.first_seen * 1000:.0f} ms, the search for it included")
+    frames = set()
+    begun = time.monotonic()
+    while time.monotonic() - begun < 0.9:
+        player.shot(shot)
+        frames.add(pixels(shot).tobytes())
+    check("frames come while the main thread sleeps through the entrance", len(frames) >= 4,
+          f"{len(frames)} different in 0.9 s of screenshots")
+    time.sleep(1)
+
+    player.shot(shot)
+    seen = pixels(shot)
+    background = pixels(desk.ROOT / "skin/default/background.bmp")
+    key = (background == [9, 0, 9]).all(axis=2)
+    outside = (seen == [255, 0, 255]).all(axis=2)
+    check("the window's shape is that of its background", (key == outside).all(),
+          f"{(key != outside).sum()} pixels differ")
+
+    idle = player.cpu(5)
+    check("idle costs little", idle < 2, f"{idle:.2f} % of a core")
+    player.press(desk.PLAY, rest=0)
+    begun = time.monotonic()
+    heard = record(3)
+    loud = numpy.abs(heard).max(axis=1) > 30
+    check("the demo song sounds", loud.any(), f"{numpy.argmax(loud) / 44.1:.0f} ms after recording began")
+    playing = player.cpu(5)
+    check("playing costs little", playing < 3, f"{playing:.2f} % of a core")
+    memory = player.memory()
+    check("memory", memory < 40, f"{memory:.1f} MiB (Pss)")
+    first = pixels(shot)
+    player.shot(shot)
+    check("the visualiser moves", (first != pixels(shot)).any())
+    check("the caption names the song", player.caption() == "one-horizon.mp3", player.caption())
+    player.drag(desk.DIGITS, (desk.DIGITS[0] + 20, desk.DIGITS[1]))
+    check("nothing on stderr", player.errors() == "", player.errors())
+    player.press(desk.STOP)
+
+    # A list of its own: a steady tone.
+    player.quit()
+    tone = make_tone(player.folder)
+    history = player.folder / "HISTORY.PLA"
+    history.write_bytes(f"VERSION 10\r\nADD {tone}\r\n".replace("/", "\\").encode())
+    player.start()
+    time.sleep(2)
+    player.press(desk.PLAY, rest=1)
+    full = loudness(settled())
+    check("the tone sounds on both sides", full.min() > 500 and abs(full[0] - full[1]) < 5, full)
+    player.open_page("mixer")
+    middle = (336, 126)
+    left_end = 232
+    player.drag(middle, (middle[0] - 40, middle[1]))
+    quiet = loudness(settled())
+    config = player.folder / "config/kwo/settings"
+    player.press((60, 126))
+    again = loudness(settled())
+    check("a press on the label restores the volume", abs(again[0] / full[0] - 1) < 0.02, again)
+    # 40 pixels along a way of 174, then to a whole pixel of the thumb's 156: 44 %.
+    check("the volume's thumb lowers the level", abs(quiet[0] / full[0] - 0.44) < 0.005,
+          quiet / full)
+    player.drag((336, 164), (left_end, 164))
+    panned = loudness(settled())
+    check("pan at the left end silences the right side", panned[1] < 2 and panned[0] > 500, panned)
+    player.press((60, 164))
+
+    player.press(desk.SUB_PAGES["equaliser"], rest=1.4)
+    before = band(settled(), 300)
+    player.press((60, 218))
+    # The third band, in which 300 Hz lies.
+    player.drag((178, 100), (178, 96))
+    lifted = band(settled(), 300)
+    check("drawing the curve changes its bands", abs(lifted / before - 1) > 0.1,
+          f"300 Hz times {lifted / before:.2f}")
+
+    player.press((244, 203), rest=0.3)
+    subprocess.run(["xdotool", "type", "--delay", "60", "Sea "])
+    subprocess.run(["xdotool", "key", "Return"])
+    time.sleep(0.5)
+    player.press(desk.SUB_PAGES["dj"], rest=1.4)
+    player.press((120, 111))
+    player.press((120, 111))
+    player.open_page("playlist")
+    player.press(desk.PAGES["main"], rest=1.4)
+    code = player.quit()
+    check("the end asked from outside is in order", code == 0, f"exit code {code}")
+    settings = config.read_text()
+    check("settings are saved", "SLIDERVOL=dword:00000064" in settings, "")
+    presets = (player.folder / "EQ.SET").read_bytes()
+    check("the preset's typed name is saved", presets.startswith(b"User PresetSea "),
+          presets[:20])
+    check("the list is saved", b"tone.mp3" in history.read_bytes())
+
+    player.start()
+    time.sleep(2)
+    subprocess.run(["wmctrl", "-i", "-c", player.window])
+    try:
+        code = player.process.wait(timeout=10)
+    except subprocess.TimeoutExpired:
+        code = None
+    check("the window manager's close ends in order", code == 0, f"exit code {code}")
+finally:
+    if player.process.poll() is None:
+        player.process.kill()
+    player.remove()
+    subprocess.run(["rm", "-rf", work])
+print("the window: " + (f"{len(failures)} checks failed" if failures else "all checks passed"))
+sys.exit(bool(failures))

@@ -1,0 +1,117 @@
+"""The program on a real X desktop: starting it, pressing its controls, seeing and hearing it.
+
+Needs DISPLAY with a window manager, xdotool, ImageMagick's `import` and, for sound, `parec`."""
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+# The middles of the controls, in the window's pixels.
+PREVIOUS, STOP, PLAY, NEXT = (58, 268), (100, 268), (144, 268), (186, 268)
+PAGES = {"main": (256, 268), "playlist": (292, 268), "mixer": (328, 268), "info": (364, 268),
+         "config": (400, 268), "window": (436, 268)}
+SUB_PAGES = {"sliders": (136, 58), "equaliser": (208, 58), "effects": (280, 58), "dj": (352, 58)}
+DIGITS = (244, 62)
+DISPLAY_MODE, VISUALISER = (124, 63), (364, 63)
+
+
+def run(*command, **options):
+    return subprocess.run([str(c) for c in command], check=True, capture_output=True, text=True,
+                          **options).stdout
+
+
+class Player:
+    """The program in a folder of its own, with a home of its own."""
+
+    def __init__(self, program, folder=None):
+        self.folder = pathlib.Path(folder or tempfile.mkdtemp(prefix="kwo-desk-"))
+        self.program = self.folder / "kwo"
+        if not self.program.exists():
+            shutil.copy(program, self.program)
+            for data in ("skin", "help", "music"):
+                (self.folder / data).symlink_to(ROOT / data)
+        self.start()
+
+    def start(self):
+        environment = dict(os.environ, XDG_CONFIG_HOME=str(self.folder / "config"))
+        (self.folder / "config").mkdir(exist_ok=True)
+        begun = time.monotonic()
+        self.process = subprocess.Popen([self.program], env=environment,
+                                        stderr=open(self.folder / "stderr", "w"))
+        self.window = None
+        while self.window is None:
+            if time.monotonic() - begun > 20 or self.process.poll() is not None:
+                raise RuntimeError("the window does not come up: " + self.errors())
+            found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid",
+                                    str(self.process.pid)], capture_output=True, text=True).stdout
+            self.window = found.split()[0] if found else None
+        self.first_seen = time.monotonic() - begun
+        self.place = self.geometry()
+
+    def errors(self):
+        return (self.folder / "stderr").read_text()
+
+    def geometry(self):
+        lines = run("xdotool", "getwindowgeometry", "--shell", self.window).split()
+        values = dict(line.split("=") for line in lines)
+        return int(values["X"]), int(values["Y"])
+
+    def caption(self):
+        return run("xdotool", "getwindowname", self.window).strip()
+
+    def move(self, x, y):
+        run("xdotool", "mousemove", self.place[0] + x, self.place[1] + y)
+
+    def press(self, place, button=1, rest=0.7, count=1):
+        self.move(*place)
+        run("xdotool", "click", "--repeat", count, "--delay", 60, button)
+        time.sleep(rest)
+
+    def drag(self, start, end, button=1, rest=0.7):
+        self.move(*start)
+        run("xdotool", "mousedown", button)
+        for i in range(1, 11):
+            self.move(start[0] + (end[0] - start[0]) * i // 10,
+                      start[1] + (end[1] - start[1]) * i // 10)
+            time.sleep(0.04)
+        time.sleep(0.1)
+        run("xdotool", "mouseup", button)
+        time.sleep(rest)
+
+    def open_page(self, name, rest=1.4):
+        self.press(PAGES[name], rest=rest)
+
+    def shot(self, path):
+        x, y = self.place
+        run("import", "-window", "root", "-crop", f"488x302+{x}+{y}", "+repage", path)
+
+    def memory(self):
+        """Pss in MiB."""
+        for line in open(f"/proc/{self.process.pid}/smaps_rollup"):
+            if line.startswith("Pss:"):
+                return int(line.split()[1]) / 1024
+
+    def cpu(self, seconds):
+        """Share of one core over some seconds, in percent."""
+        def ticks():
+            fields = open(f"/proc/{self.process.pid}/stat").read().rsplit(")", 1)[1].split()
+            return int(fields[11]) + int(fields[12])
+        before = ticks()
+        time.sleep(seconds)
+        return (ticks() - before) * 100 / os.sysconf("SC_CLK_TCK") / seconds
+
+    def threads(self):
+        return len(os.listdir(f"/proc/{self.process.pid}/task"))
+
+    def quit(self, how=signal.SIGTERM):
+        if self.process.poll() is None:
+            self.process.send_signal(how)
+        return self.process.wait(timeout=15)
+
+    def remove(self):
+        shutil.rmtree(self.folder, ignore_errors=True)
