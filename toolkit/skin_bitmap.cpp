@@ -25,6 +25,18 @@ KWO_MAY_TEAR void FillRow(std::uint8_t* row, int width, std::uint32_t color) {
 
 }  // namespace
 
+void SkinBitmap::SetKey(std::uint32_t newKey) {
+  key = newKey;
+  keyless = true;
+  for (int row = 0; row < height && keyless; ++row) {
+    const std::uint8_t* pixel = bits + std::ptrdiff_t{row} * stride;
+    for (int x = 0; x < width; ++x, pixel += 3) {
+      const auto color = static_cast<std::uint32_t>(pixel[2] | pixel[1] << 8 | pixel[0] << 16);
+      if (color == key) keyless = false;
+    }
+  }
+}
+
 void SkinBitmap::ReleaseHandle() {
   handle.reset();
   indices.clear();
@@ -42,6 +54,7 @@ bool SkinBitmap::Allocate(int newWidth, int newHeight) {
   handle = std::move(memory);
   indices.clear();
   bits = handle.get();
+  keyless = false;
   stride = rowBytes;
   width = newWidth;
   height = newHeight;

@@ -24,6 +24,12 @@ class SkinBitmap {
   SkinBitmap(const SkinBitmap&) = delete;
   SkinBitmap& operator=(const SkinBitmap&) = delete;
 
+  /// Takes a new key, and looks once whether any pixel has it: a picture without, whose pixels must
+  /// not change from then on, is drawn as one that has no key.
+  void SetKey(std::uint32_t newKey);
+  /// The key by which to draw.
+  std::uint32_t DrawnKey() const { return keyless ? kNoKey : key; }
+
   /// Gives up the pixels.
   void ReleaseHandle();
 
@@ -66,6 +72,7 @@ class SkinBitmap {
   int height = 0;
 
  private:
+  bool keyless = false;
   bool Allocate(int newWidth, int newHeight);
   platform::Rectangle Cut(int x, int y, int rectWidth, int rectHeight) const;
 };

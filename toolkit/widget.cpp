@@ -99,7 +99,7 @@ int Widget::InitCanvas(SkinHost* newHost, std::uint32_t fillColor, int newWidth,
 int Widget::LoadPicture(SkinBitmap& bitmap, const char* fileName) {
   const int from = LoadSkinPicture(*host, bitmap, fileName);
   if (from == 0) return 0;
-  bitmap.key = from == 1 ? host->colorKey : host->defaultColorKey;
+  bitmap.SetKey(from == 1 ? host->colorKey : host->defaultColorKey);
   return 1;
 }
 
@@ -262,14 +262,15 @@ void Widget::DrawImage(const SkinBitmap* bitmap, int left, int top, int shownFra
 
   const BlitSource source = bitmap->Source(sourceX, sourceRow);
   const BlitTarget target = canvas->Target(x0, row);
-  const bool keyed = bitmap->key <= 0xFFFFFF;
+  const std::uint32_t key = bitmap->DrawnKey();
+  const bool keyed = key <= 0xFFFFFF;
   const int bright = brightness, mode = blendMode;
   if (mode != BLEND_COPY || (bright != 0 && keyed)) {
-    BlitBlend(source, w, h, target, bright, mode, bitmap->key);
+    BlitBlend(source, w, h, target, bright, mode, key);
   } else if (bright != 0) {
     BlitBright(source, w, h, target, bright);
   } else if (keyed) {
-    BlitKeyed(source, w, h, target, bitmap->key);
+    BlitKeyed(source, w, h, target, key);
   } else {
     BlitCopy(source, w, h, target);
   }

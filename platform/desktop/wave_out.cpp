@@ -30,7 +30,8 @@ struct WaveDevice {
 namespace {
 
 constexpr snd_pcm_uframes_t kPeriods = 8;
-constexpr int kPollMilliseconds = 10;
+// Half a buffer of the mixer: often enough that no period is missed, and no busier than that.
+constexpr int kPollMilliseconds = 26;
 constexpr auto kReopenPause = std::chrono::seconds(1);
 
 void IgnoreError(const char*, int, const char*, int, const char*, ...) {}

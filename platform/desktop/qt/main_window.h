@@ -34,7 +34,6 @@ class MainWindow : public QWidget {
 
   void Resize(Size size);
   void PutCaption();
-  void ShowPresented();
 
   // Places in the window's own pixels; `scale` screen pixels make one.
   const int scale;
