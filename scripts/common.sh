@@ -1,4 +1,4 @@
-# Shared by run and test: progress lines, packages, a sound server for machines without one.
+# Shared by run and test: progress lines, packages, a sound server and a display for machines without.
 # shellcheck shell=bash
 
 say() { printf '\n\033[1m== %s\033[0m\n' "$*"; }
@@ -49,7 +49,7 @@ CONF
     --load=module-native-protocol-unix >"$sound_folder/log" 2>&1 &
   sound_server=$!
   disown "$sound_server"
-  trap stop_null_sound EXIT
+  trap stop_services EXIT
   local i
   for i in $(seq 50); do
     pactl info >/dev/null 2>&1 && return
@@ -59,9 +59,30 @@ CONF
   fail "the null sound server does not start"
 }
 
-stop_null_sound() {
-  kill "$sound_server" 2>/dev/null
-  rm -rf "$sound_folder"
+# Starts an X display of our own with a window manager on it.  It ends with this script.
+start_own_display() {
+  need_packages xvfb openbox xdotool imagemagick x11-xserver-utils xauth
+  display_folder=$(mktemp -d) || fail "no temporary folder"
+  trap stop_services EXIT
+  Xvfb -displayfd 3 -screen 0 1280x800x24 3>"$display_folder/number" >"$display_folder/log" 2>&1 &
+  display_server=$!
+  disown "$display_server"
+  local i
+  for i in $(seq 50); do
+    [ -s "$display_folder/number" ] && break
+    sleep 0.1
+  done
+  [ -s "$display_folder/number" ] || { cat "$display_folder/log" >&2; fail "Xvfb does not start"; }
+  export DISPLAY=:$(cat "$display_folder/number")
+  openbox >>"$display_folder/log" 2>&1 &
+  disown $!
+  sleep 0.5
+}
+
+stop_services() {
+  [ -n "${sound_server:-}" ] && kill "$sound_server" 2>/dev/null
+  [ -n "${display_server:-}" ] && kill "$display_server" 2>/dev/null
+  rm -rf "${sound_folder:-}" "${display_folder:-}"
 }
 
 build() {

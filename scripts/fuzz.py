@@ -42,7 +42,25 @@ def tag_seeds():
     yield b"some sound" + b"TAG" + b"Title".ljust(30) + b"Artist".ljust(30, b"\0") + b"A" * 65
 
 
-SEEDS = {"playlist": playlist_seeds, "tag": tag_seeds, "mpeg": mpeg_seeds, "wav": wav_seeds, "settings": settings_seeds}
+def bmp_seeds():
+    for bits in (8, 24, 32):
+        size = (5 * bits // 8 + 3) // 4 * 4 * 3
+        palette = bytes(1024) if bits == 8 else b""
+        yield (b"BM" + bytes(8) + struct.pack("<I", 54 + len(palette)) +
+               struct.pack("<IiiHHI", 40, 5, -3, 1, bits, 0) + bytes(20) + palette + bytes(size))
+
+
+def skin_description_seeds():
+    yield (ROOT / "skin" / "default" / "ui.txt").read_bytes()
+
+
+def presets_seeds():
+    yield b"My preset".ljust(64, b"\0") * 64 + struct.pack("<f", 1.25) * 64 * 17
+
+
+SEEDS = {"playlist": playlist_seeds, "tag": tag_seeds, "mpeg": mpeg_seeds, "wav": wav_seeds,
+         "settings": settings_seeds, "bmp": bmp_seeds, "skin_description": skin_description_seeds,
+         "presets": presets_seeds}
 
 
 def main():
@@ -58,7 +76,7 @@ def main():
             for number, seed in enumerate(SEEDS[name]()):
                 (corpus / str(number)).write_bytes(seed)
             kept = ROOT / "fuzz" / "findings" / name
-            command = [target.resolve(), f"-max_total_time={seconds}", "-max_len=8000",
+            command = [target.resolve(), f"-max_total_time={seconds}", "-max_len=9000",
                        "-timeout=10", corpus] + ([kept] if kept.is_dir() else [])
             result = subprocess.run(command, cwd=work, capture_output=True, text=True)
             lines = result.stderr.strip().splitlines()
