@@ -202,7 +202,7 @@ Picture PaintHour(Hour hour) {
 
 Picture PaintCaustics() {
   constexpr int kWidth = 640, kHeight = 272, kRays = 5;
-  constexpr double kDepth = 24, kMean = 15, kBrightest = 150;
+  constexpr double kDepth = 9, kMean = 26, kBrightest = 150;
   std::vector<double> landed(kWidth * kHeight);
   const auto add = [&](int x, int y, double light) {
     x = (x % kWidth + kWidth) % kWidth;
@@ -229,7 +229,7 @@ Picture PaintCaustics() {
       const double light =
           kBrightest * (1 - std::exp(-std::pow(std::max(0.0, density - 0.35), 1.35) * kMean / 100));
       const Color tint =
-          Mix(Hex(0x1f7fb4), Hex(0x8fe6f4), std::min(1.0, light / 150)) * (1.0 / 255);
+          Mix(Hex(0x1878b8), Hex(0x86dcf8), std::min(1.0, light / 150)) * (1.0 / 255);
       picture.Set(x, y, Hex(0x030e17) + tint * light + Color{1, 1, 1} * (0.5 * Hash(x, y, 4)));
     }
   }
