@@ -147,9 +147,17 @@ void RestoreWindow() {
   ApplyWindowFlags();
 }
 
+std::string HistoryFile() {
+  return std::string(AppDir) + "HISTORY.PLA";
+}
+
+void SaveHistory() {
+  SavePlaylistFile(HistoryFile().c_str());
+}
+
 // A first run finds the demo song beside the program, so that Play makes music at once.
 void RestoreList() {
-  const std::string history = std::string(AppDir) + "HISTORY.PLA";
+  const std::string history = HistoryFile();
   if (platform::FileAttributes(history.c_str()) < 0) {
     AddPath((std::string(AppDir) + "music").c_str());
   } else {
@@ -237,6 +245,13 @@ int StartUp() {
   return 1;
 }
 
+void SaveState() {
+  if (!AppReady) return;
+  WriteSettings();
+  FlushSettings();
+  SaveHistory();
+}
+
 int ShutDown() {
   const bool wasUp = AppReady != 0;
   AppReady = 0;
@@ -256,7 +271,7 @@ int ShutDown() {
   TheMixer = nullptr;
   delete TheSkinHost;
   TheSkinHost = nullptr;
-  if (wasUp) SavePlaylistFile((std::string(AppDir) + "HISTORY.PLA").c_str());
+  if (wasUp) SaveHistory();
   return 1;
 }
 

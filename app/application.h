@@ -7,6 +7,9 @@ namespace kwo {
 /// no window to show it in.  `ShutDown` may follow either.
 int StartUp();
 
+/// Saves everything as it stands; nothing before start-up has ended or once shutdown has begun.
+void SaveState();
+
 /// Fades the music out, saves everything and takes the program down; always 1.
 int ShutDown();
 

@@ -2,5 +2,5 @@
 #include "platform/process.h"
 
 int main(int count, char** arguments) {
-  return kwo::platform::RunProcess(count, arguments, kwo::RunApplication);
+  return kwo::platform::RunProcess(count, arguments, kwo::RunApplication, kwo::SaveState);
 }

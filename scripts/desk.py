@@ -49,7 +49,9 @@ class Player:
                 raise RuntimeError("the window does not come up: " + self.errors())
             found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid",
                                     str(self.process.pid)], capture_output=True, text=True).stdout
-            self.window = found.split()[0] if found else None
+            for window in found.split():  # not the tray icon's
+                if "WIDTH=488" in run("xdotool", "getwindowgeometry", "--shell", window):
+                    self.window = window
         self.first_seen = time.monotonic() - begun
         self.place = self.geometry()
 

@@ -27,6 +27,7 @@ namespace {
 int wakeEvent = -1;
 volatile sig_atomic_t endAsked = 0;
 std::thread::id mainThread;
+void (*whenLost)() = nullptr;
 
 void Wake() {
   const std::uint64_t one = 1;
@@ -38,12 +39,30 @@ void OnSignal(int) {
   Wake();
 }
 
+void EndProgram() {
+  PostQuitMessage(0);
+  while (QWidget* popup = QApplication::activePopupWidget())
+    if (!popup->close()) break;
+  while (QWidget* dialog = QApplication::activeModalWidget())
+    if (!dialog->close()) break;
+}
+
+// The desktop toolkit calls exit when the display goes.  Other threads still run then, so that
+// nothing more than saving may happen.
+void OnExit() {
+  if (!whenLost) return;
+  void (*const save)() = whenLost;
+  whenLost = nullptr;
+  save();
+  std::_Exit(1);
+}
+
 void OnWake() {
   std::uint64_t count;
   [[maybe_unused]] const ssize_t got = read(wakeEvent, &count, sizeof count);
   if (endAsked) {
     endAsked = 0;
-    PostQuitMessage(0);
+    EndProgram();
   }
   ServeWindow();
 }
@@ -83,7 +102,7 @@ void CatchSignals() {
 
 }  // namespace
 
-int RunProcess(int count, char** arguments, int (*body)()) {
+int RunProcess(int count, char** arguments, int (*body)(), void (*onLoss)()) {
   const bool hasX = std::getenv("DISPLAY") && *std::getenv("DISPLAY");
   if (!hasX && !std::getenv("WAYLAND_DISPLAY") && !std::getenv("QT_QPA_PLATFORM"))
     return NoDesktop();
@@ -99,12 +118,15 @@ int RunProcess(int count, char** arguments, int (*body)()) {
   QApplication::setDesktopFileName("kwo");
   QApplication::setQuitOnLastWindowClosed(false);
   QObject::connect(&application, &QGuiApplication::commitDataRequest,
-                   [](QSessionManager&) { PostQuitMessage(0); });
+                   [](QSessionManager&) { EndProgram(); });
   QSocketNotifier notifier(wakeEvent, QSocketNotifier::Read);
   QObject::connect(&notifier, &QSocketNotifier::activated, OnWake);
   mainLoop = {WaitForEvents, Wake, SleepAlive, OnMainThread};
   CatchSignals();
+  whenLost = onLoss;
+  std::atexit(OnExit);
   const int result = body();
+  whenLost = nullptr;
   DestroyMainWindow();
   mainLoop = {};
   return result;
