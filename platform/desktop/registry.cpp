@@ -28,9 +28,10 @@ std::string StorePath() {
 }
 
 RegistryStore& Store() {
-  static RegistryStore store = [] {
-    RegistryStore loaded;
-    loaded.Load(StorePath());
+  // Never destroyed: what is saved as the process exits goes through it too.
+  static RegistryStore& store = *[] {
+    auto* loaded = new RegistryStore;
+    loaded->Load(StorePath());
     return loaded;
   }();
   return store;
