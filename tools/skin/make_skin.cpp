@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 
+#include "tools/skin/app_icon.h"
 #include "tools/skin/controls.h"
 #include "tools/skin/hours.h"
 #include "tools/skin/icons.h"
@@ -68,20 +69,33 @@ int WriteAll(const std::string& folder) {
   return 0;
 }
 
+int WriteIcons(const std::string& folder) {
+  for (int size : {16, 24, 32, 48, 64, 128, 256}) {
+    const std::string path = folder + "/kwo-" + std::to_string(size) + ".png";
+    if (SaveAppIcon(path, size)) continue;
+    std::fprintf(stderr, "make_skin: %s can't be written\n", path.c_str());
+    return 1;
+  }
+  return 0;
+}
+
 }  // namespace
 }  // namespace kwo::tools
 
 int main(int count, char** arguments) {
   constexpr char kUsage[] =
       "usage: make_skin OUTDIR\n"
-      "Paints the 39 pictures of the default skin into an existing folder.\n";
+      "       make_skin --icons OUTDIR\n"
+      "Paints the 39 pictures of the default skin, or the program's icon in all sizes, into an\n"
+      "existing folder.\n";
+  const bool icons = count == 3 && std::strcmp(arguments[1], "--icons") == 0;
   if (count == 2 && std::strcmp(arguments[1], "-h") == 0) {
     std::fputs(kUsage, stdout);
     return 0;
   }
-  if (count != 2) {
+  if (count != 2 && !icons) {
     std::fputs(kUsage, stderr);
     return 1;
   }
-  return kwo::tools::WriteAll(arguments[1]);
+  return icons ? kwo::tools::WriteIcons(arguments[2]) : kwo::tools::WriteAll(arguments[1]);
 }

@@ -36,6 +36,8 @@ class Picture {
   /// What is drawn at (x, y); black where nothing is.
   Color Get(int x, int y) const { return pixels_[static_cast<std::size_t>(y * width + x)].color; }
 
+  bool Drawn(int x, int y) const { return pixels_[static_cast<std::size_t>(y * width + x)].drawn; }
+
   /// Stores whole numbers in place of the light: what the file will hold.
   void Round();
   /// Rounds, and writes the picture as a 24-bit BMP.  False if the file can't be written.

@@ -14,11 +14,15 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <string>
 #include <thread>
 
 #include "platform/desktop/main_loop.h"
 #include "platform/desktop/qt/main_window.h"
+#include "platform/files.h"
 #include "platform/messages.h"
+#include "platform/posix/executable.h"
 
 namespace kwo::platform {
 namespace {
@@ -81,6 +85,39 @@ bool OnMainThread() {
   return std::this_thread::get_id() == mainThread;
 }
 
+QIcon ProgramIcon() {
+  QIcon icon;
+  for (const char* file : {":/kwo-16.png", ":/kwo-32.png", ":/kwo-48.png", ":/kwo-128.png"})
+    icon.addFile(file);
+  return icon;
+}
+
+// The folder in which a user keeps data; empty for one without a home.
+std::string UserDataFolder() {
+  const char* data = std::getenv("XDG_DATA_HOME");
+  const char* home = std::getenv("HOME");
+  if (data && *data == '/') return data;
+  return home && *home == '/' ? std::string(home) + "/.local/share" : std::string();
+}
+
+// The program keeps its list and presets beside itself.  Where it may not write there, as after an
+// installation for all users, each user gets a folder of his own with links to the data, and the
+// program is told that it lies in that.
+void FindProgramFolder() {
+  const std::string program = ToMachinePath(ExecutablePath().c_str());
+  const std::filesystem::path shared = std::filesystem::path(program).parent_path();
+  if (access(shared.c_str(), W_OK) == 0 || UserDataFolder().empty()) return;
+  const std::filesystem::path own = UserDataFolder() + "/kwo";
+  std::error_code error;
+  std::filesystem::create_directories(own, error);
+  for (const char* data : {"skin", "help", "music"}) {
+    // A link of an earlier installation may lead nowhere by now; a folder of the user's own stays.
+    if (std::filesystem::is_symlink(own / data, error)) std::filesystem::remove(own / data, error);
+    std::filesystem::create_directory_symlink(shared / data, own / data, error);
+  }
+  if (access(own.c_str(), W_OK) == 0) TellExecutablePath(FromMachinePath((own / "kwo").c_str()));
+}
+
 int NoDesktop() {
   std::fputs("kwo: there is no desktop to open the window on\n", stderr);
   return 1;
@@ -110,12 +147,14 @@ int RunProcess(int count, char** arguments, int (*body)(), void (*onLoss)()) {
   // serve too; and the window's own scaling is by whole steps.
   if (hasX) setenv("QT_QPA_PLATFORM", "xcb", 0);
   setenv("QT_ENABLE_HIGHDPI_SCALING", "0", 1);
+  FindProgramFolder();
   mainThread = std::this_thread::get_id();
   wakeEvent = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
   qInstallMessageHandler(OnToolkitMessage);
   QApplication application(count, arguments);
   QApplication::setApplicationName("kwo");
   QApplication::setDesktopFileName("kwo");
+  QApplication::setWindowIcon(ProgramIcon());
   QApplication::setQuitOnLastWindowClosed(false);
   QObject::connect(&application, &QGuiApplication::commitDataRequest,
                    [](QSessionManager&) { EndProgram(); });
