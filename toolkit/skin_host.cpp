@@ -72,6 +72,12 @@ void SkinHost::BringToFront() {
   platform::ShowWindow(platform::WindowMinimised() ? platform::WindowShow::kRestore
                                                    : platform::WindowShow::kShow);
   platform::ActivateWindow();
+  // The main thread may not take the paint message for long: start-up sleeps through the entrance.
+  PaintWhole();
+}
+
+void SkinHost::PaintWhole() {
+  if (canvas) canvas->PresentToWindow(0, 0, windowWidth, windowHeight);
 }
 
 Widget* SkinHost::NewWidget(int index) {
@@ -145,7 +151,7 @@ void SkinHost::HostDefaultHandler(const Message& message) {
       active = message.wParam;
       break;
     case platform::kMessagePaint:
-      if (canvas) canvas->PresentToWindow(0, 0, windowWidth, windowHeight);
+      PaintWhole();
       break;
     case platform::kMessageSysCommand:
       if (message.wParam == platform::kSystemMinimise) active = 0;

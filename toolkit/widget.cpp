@@ -126,11 +126,10 @@ int Widget::LoadImage(SkinHost* newHost, const char* fileName, int newWidth, int
 }
 
 void Widget::SetFrameCount(int newFrame, int count) {
-  if (count >= 0) {
-    frameCount = count;
-    if (kind == IMAGE_WIDGET && image && count > 0) height = image->height / count;
-  }
   SetFrame(newFrame);
+  if (count < 0) return;
+  frameCount = count;
+  if (kind == IMAGE_WIDGET && image && count > 0) height = image->height / count;
 }
 
 void Widget::SetFrame(int n) {

@@ -54,7 +54,8 @@ class Widget : public MotionOwner {
   int LoadImage(SkinHost* newHost, const char* fileName, int newWidth, int newHeight, int newKind,
                 int newGroup);
 
-  /// Makes the widget a strip of `count` frames, one above the other, and shows `newFrame`.
+  /// Shows `newFrame` of the frames that there are; then, unless `count` is below 0, makes the
+  /// widget a strip of so many, one above the other.
   void SetFrameCount(int newFrame, int count);
   /// Shows frame `n`; a number outside the strip is ignored.  Any thread.
   void SetFrame(int n);
