@@ -130,7 +130,10 @@ int MpegDecoder::RawRead(void* buffer, int count) {
   int delivered = 0;
   while (delivered < count) {
     if (frameOffset == frameBytes) {
-      if (count - delivered >= frameBytes) {
+      // Behind a read of odd length the caller's memory is no place for samples.
+      const bool aligned =
+          reinterpret_cast<std::uintptr_t>(bytes + delivered) % alignof(float) == 0;
+      if (aligned && count - delivered >= frameBytes) {
         if (!DecodeFrame(bytes + delivered)) break;
         ++frameNumber;
         delivered += frameBytes;

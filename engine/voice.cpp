@@ -1,6 +1,7 @@
 #include "engine/voice.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 
 #include "engine/limiter.h"
@@ -212,7 +213,8 @@ int Voice::WantedValues(int count) const {
                       mixer->speed;
   const double values = static_cast<double>(ratio) * count;
   const int room = 2 * capacity - kResampleMargin - 1;
-  int n = static_cast<int>(std::clamp(values, 0.0, static_cast<double>(room)));
+  // In this order also a rate that is no number becomes none.
+  int n = static_cast<int>(std::fmin(std::fmax(values, 0.0), static_cast<double>(room)));
   if (source->channels == 1) n /= 2;
   return 2 * (n / 2);
 }
