@@ -6,6 +6,7 @@
 
 #include "engine/shuffle_master.h"
 #include "engine/transport.h"
+#include "panels/equaliser_curve.h"
 #include "panels/equaliser_presets.h"
 #include "panels/panel_tools.h"
 #include "panels/preset_name_edit.h"
@@ -21,9 +22,7 @@ int EffectEQSwitch;
 namespace {
 
 constexpr int kSubPages = 4;
-constexpr int kCurveWidth = 192;
 constexpr int kNameWidth = 160;
-constexpr int kDipProgram = 2;
 
 struct SliderRow {
   int label, slider;
@@ -73,9 +72,6 @@ constexpr int kDjWidgets[] = {WIDGET_DJ, WIDGET_PLAY_MODE, WIDGET_REPEAT, WIDGET
 constexpr std::span<const int> kSubPageWidgets[kSubPages] = {kSliderWidgets, kEqualiserWidgets,
                                                              kEffectWidgets, kDjWidgets};
 
-enum EqDrag : int { DRAG_NONE, DRAG_BANDS, DRAG_MASTER };
-int EqDragMode;
-
 // The sub-pages' measures, beyond those of every page.
 struct MixerLayout : Layout {
   explicit MixerLayout(int groupBoxHeight)
@@ -117,25 +113,12 @@ void BuildSliders(const MixerLayout& layout) {
   }
 }
 
-void BuildCurve(const MixerLayout& layout) {
-  const int x = (layout.width - kCurveWidth) / 2;
-  for (int index = WIDGET_CURVE; index <= WIDGET_CURVE + 1; ++index) {
-    TheSkinHost->CreateCanvasWidget(index, TheSkinHost->colorKey, kCurveWidth, layout.curveHeight,
-                                    IMAGE_WIDGET, GROUP_INTERFACE);
-    Widget& curve = *Find(index);
-    curve.SetPath(kEnterProgram, layout.width, layout.top, x, layout.top, 100, 3.0f, MOTION_ONCE);
-    curve.SetPath(kLeaveProgram, x, layout.top, -kCurveWidth, layout.top, 100, 6.0f, MOTION_ONCE);
-    curve.SetRamp(kDipProgram, 0, -140, -20.0f, MOTION_OUT_AND_BACK);
-    curve.visible = index == WIDGET_CURVE;
-  }
-}
-
 void MakeStepButton(int index, const char* file) {
   TheSkinHost->CreateImageWidget(index, file, 0, 0, BUTTON_WIDGET, GROUP_INTERFACE);
 }
 
 void BuildEqualiser(const MixerLayout& layout) {
-  BuildCurve(layout);
+  BuildCurve(layout.top, layout.curveHeight);
   MakeStepButton(WIDGET_PRESET_BACK, "mi-prev.bmp");
   MakeStepButton(WIDGET_PRESET_FORWARD, "mi-next.bmp");
   Widget& back = *Find(WIDGET_PRESET_BACK);
@@ -185,69 +168,6 @@ void RunMixerPage(int program, int wait) {
   Move(WIDGET_MIXER_BOX, program);
   (program == kEnterProgram ? ShowMixerSubPage : HideMixerSubPage)();
   if (wait) Find(WIDGET_WIDE_STEREO)->WaitSlot(kMoveSlot);
-}
-
-void Dip() {
-  for (int index = WIDGET_CURVE; index <= WIDGET_CURVE + 1; ++index)
-    Find(index)->RunProgram(kNudgeSlot, kDipProgram);
-}
-
-// A value's row on a canvas `height` high: 0.5 at the bottom, 1.5 at the top.
-int CurveRow(float value, int height) {
-  return static_cast<int>((1.0f - (value - 0.5f)) * static_cast<float>(height));
-}
-
-void DrawBand(SkinBitmap& canvas, int band, float value) {
-  constexpr std::uint32_t kPens[] = {0xFA78A0, 0xFAA0A0, 0xFAC8A0, 0xFAF0A0};
-  constexpr std::uint32_t kGrey = 0x646464;
-  constexpr int kPitch = 12, kLineWidth = 10;
-  const int row = CurveRow(value, canvas.height);
-  for (int y = canvas.height; y >= 0; y -= 2)
-    canvas.FillRectangle(1 + kPitch * band, y, kLineWidth, 1, y > row ? kPens[band / 4] : kGrey);
-}
-
-void DrawMaster(SkinBitmap& canvas, float value) {
-  constexpr std::uint32_t kWhite = 0xFFFFFF;
-  constexpr int kTickReach = 3;
-  const int row = CurveRow(value, canvas.height);
-  canvas.FillRectangle(0, row, canvas.width, 1, kWhite);
-  for (int x : {0, canvas.width - 1})
-    canvas.FillRectangle(x, row - kTickReach, 1, 2 * kTickReach + 1, kWhite);
-}
-
-// Changes the current preset at a point of the curve.
-void ApplyCurvePoint(float a, float b) {
-  const Widget& curve = *Find(WIDGET_CURVE);
-  const int x = static_cast<int>(a), y = static_cast<int>(b);
-  const int w = curve.width, h = curve.height;
-  if (x < 0 || x > w || y < 0 || y > h || h == 0) return;
-  const float value = static_cast<float>(h - y) / static_cast<float>(h) + 0.5f;
-  float* values = EqPresetValues[EffectEQCurrent];
-  if (EqDragMode == DRAG_MASTER) values[kMasterValue] = std::clamp(value, 0.55f, 1.45f);
-  if (EqDragMode == DRAG_BANDS) {
-    const int band = static_cast<int>(static_cast<float>(x) / (static_cast<float>(w) * 0.0625f));
-    if (band >= kBands) return;
-    values[band] = value;
-  }
-  DrawEqualiser();
-}
-
-bool IsCurve(const Widget* widget) {
-  return widget == Find(WIDGET_CURVE) || widget == Find(WIDGET_CURVE + 1);
-}
-
-void BeginCurveDrag(const Widget* widget, int mode, float x, float y) {
-  if (!IsCurve(widget)) return;
-  EqDragMode = mode;
-  platform::SetCapture();
-  ApplyCurvePoint(x, y);
-}
-
-void EndCurveDrag() {
-  if (!EqDragMode) return;
-  EqDragMode = DRAG_NONE;
-  platform::ReleaseCapture();
-  Dip();
 }
 
 void ChooseSubPage(const Widget* widget) {
@@ -426,27 +346,6 @@ void ApplyMixerPage() {
   SetCheck(WIDGET_SHUFFLE, shuffleOn);
 }
 
-void DrawEqualiser() {
-  Widget& first = *Find(WIDGET_CURVE);
-  Widget& second = *Find(WIDGET_CURVE + 1);
-  Widget& hidden = first.visible ? second : first;
-  Widget& shown = first.visible ? first : second;
-  const float* values = EqPresetValues[EffectEQCurrent];
-  SkinBitmap& canvas = *hidden.image;
-  canvas.FillSolid(TheSkinHost->colorKey);
-  for (int band = 0; band < kBands; ++band) DrawBand(canvas, band, values[band]);
-  DrawMaster(canvas, values[kMasterValue]);
-  if (TheMixer) {
-    for (int i = 0; i < kPresetValues; ++i) TheMixer->eqValues[i] = values[i];
-    TheMixer->eqSwitch = EffectEQSwitch;
-  }
-  Label(WIDGET_EQ_SWITCH, EffectEQSwitch ? "ON" : "OFF");
-  ShowPresetName(EqPresetNames[EffectEQCurrent]);
-  hidden.visible = 1;
-  shown.visible = 0;
-  if (TheMixer) TheMixer->Slot(0)->ApplyMixerParameters();
-}
-
 void MixerPageHandler(unsigned event, Widget* widget, float a, float b) {
   switch (event) {
     case EVENT_HORIZONTAL_LEFT:
@@ -468,13 +367,13 @@ void MixerPageHandler(unsigned event, Widget* widget, float a, float b) {
       PressButton(widget);
       break;
     case platform::kMessageLeftDown:
-      BeginCurveDrag(widget, DRAG_BANDS, a, b);
+      BeginCurveDrag(widget, CurveDrag::kBands, a, b);
       break;
     case platform::kMessageRightDown:
-      BeginCurveDrag(widget, DRAG_MASTER, a, b);
+      BeginCurveDrag(widget, CurveDrag::kMaster, a, b);
       break;
     case platform::kMessageMouseMove:
-      if (EqDragMode) ApplyCurvePoint(a, b);
+      MoveCurveDrag(a, b);
       break;
     case platform::kMessageLeftUp:
     case platform::kMessageRightUp:

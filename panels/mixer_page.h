@@ -22,7 +22,5 @@ void HideMixerSubPage();
 void MixerPageHandler(unsigned event, Widget* widget, float a, float b);
 
 void ApplyMixerPage();
-/// The current preset to curve, switch, name, Mixer and decoder.
-void DrawEqualiser();
 
 }  // namespace kwo
