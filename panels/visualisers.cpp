@@ -10,6 +10,7 @@ namespace {
 using Byte = std::uint8_t;
 
 constexpr int kFullSwing = 65535;
+constexpr int kLeastValues = 4608;
 constexpr int kFadeRange = 160;
 constexpr int kBrightest = 200;  // of the columns that grow lighter downwards
 
@@ -63,7 +64,7 @@ void ColumnLevels(const std::int16_t* samples, int stride, int size, LevelScale 
   for (int x = 0; x < bitmap.width; ++x) {
     std::int64_t sum = 0;
     for (int i = 0; i <= size; ++i, samples += stride) sum += *samples;
-    const auto row = static_cast<int>(sum / size / scale.scale) + scale.silence;
+    const auto row = static_cast<int>(sum / std::max(size, 1) / scale.scale) + scale.silence;
     level[x] = std::clamp(row, 0, bitmap.height - 1);
   }
 }
@@ -73,8 +74,8 @@ void WaveLevels(const SkinBitmap& bitmap, const std::int16_t* samples, int count
   ColumnLevels(samples, 1, count / bitmap.width - 1, {scale, bitmap.height / 2}, bitmap, level);
 }
 
-bool Paintable(const SkinBitmap& bitmap) {
-  return bitmap.bits && bitmap.width <= kMaxColumns && bitmap.height >= 2;
+bool Paintable(const SkinBitmap& bitmap, int count) {
+  return bitmap.bits && bitmap.width <= kMaxColumns && bitmap.height >= 2 && count >= kLeastValues;
 }
 
 Byte* Row(SkinBitmap& bitmap, int row) {
@@ -131,7 +132,7 @@ void PaintColumns(SkinBitmap& bitmap, const int* level, const Rgb& start, Next n
 }  // namespace
 
 int DrawSmoke(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
-  if (!Paintable(bitmap)) return 1;
+  if (!Paintable(bitmap, count)) return 1;
   constexpr int kSmokeFade = 40;
   int level[kMaxColumns];
   WaveLevels(bitmap, samples, count, kFullSwing / bitmap.height, level);
@@ -151,7 +152,7 @@ int DrawSmoke(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
 }
 
 int DrawGlow(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
-  if (!Paintable(bitmap)) return 1;
+  if (!Paintable(bitmap, count)) return 1;
   constexpr int kGlowFade = 8;
   int level[kMaxColumns];
   WaveLevels(bitmap, samples, count, kFullSwing / bitmap.height, level);
@@ -166,7 +167,7 @@ int DrawGlow(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
 }
 
 int DrawBands(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
-  if (!Paintable(bitmap)) return 1;
+  if (!Paintable(bitmap, count)) return 1;
   constexpr int kBandsFade = 8;
   int level[kMaxColumns];
   WaveLevels(bitmap, samples, count, kFullSwing / bitmap.height, level);
@@ -182,7 +183,7 @@ int DrawBands(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
 }
 
 int DrawSplit(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
-  if (!Paintable(bitmap)) return 1;
+  if (!Paintable(bitmap, count)) return 1;
   int level[kMaxColumns];
   WaveLevels(bitmap, samples, count, kFullSwing / bitmap.height, level);
   Clear(bitmap);
@@ -202,7 +203,7 @@ int DrawSplit(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
 }
 
 int DrawTwinLevels(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
-  if (!Paintable(bitmap)) return 1;
+  if (!Paintable(bitmap, count)) return 1;
   constexpr int kStrength = 155;
   int left[kMaxColumns], right[kMaxColumns];
   const int half = bitmap.height / 2, quarter = half / 2;
@@ -270,7 +271,7 @@ void DrawWalkerLine(SkinBitmap& bitmap, int x, int length, const Rgb& color) {
 }  // namespace
 
 int DrawWalker(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
-  if (!Paintable(bitmap)) return 1;
+  if (!Paintable(bitmap, count)) return 1;
   if (!walker.placed) walker = {true, 1, bitmap.width / 2 + 1, bitmap.height / 2};
   const int scale = 216000 / bitmap.width / 2;
   const int size = count / 1152 / 2 - 1;
@@ -278,7 +279,7 @@ int DrawWalker(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   for (int& v : value) {
     std::int64_t sum = 0;
     for (int i = 0; i <= size; ++i) sum += *samples++;
-    v = static_cast<int>(sum / size / scale);
+    v = static_cast<int>(sum / std::max(size, 1) / scale);
   }
   Clear(bitmap);
   for (int& v : value) {
@@ -303,7 +304,7 @@ std::uint32_t NextRandom() {
 }  // namespace
 
 int DrawRaster(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
-  if (!Paintable(bitmap)) return 1;
+  if (!Paintable(bitmap, count)) return 1;
   constexpr int kDarkest = 20;
   int level[kMaxColumns];
   const int scale = kFullSwing / bitmap.height * 12;

@@ -14,7 +14,8 @@ namespace kwo {
 /// other memory visible uses `Publish`, and its reader uses `Acquire`.
 template <typename T>
 class Shared {
-  static_assert(sizeof(T) == 4 || std::is_pointer_v<T>, "a shared word is four bytes or a pointer");
+  static_assert(sizeof(std::atomic<T>) == 4 || std::is_pointer_v<T>,
+                "a shared word is four bytes or a pointer");
   static_assert(std::atomic<T>::is_always_lock_free);
 
  public:

@@ -40,6 +40,7 @@ Shape SkipShape(Place c) {
 
 Shape GearShape(Place c) {
   std::vector<Line> teeth;
+  teeth.reserve(8);
   for (int i = 0; i < 8; ++i) {
     const Line spoke = Arc(c, 1, 1, 45 * i, 45 * i);
     const double x = spoke[0].x - c.x, y = spoke[0].y - c.y;
@@ -178,6 +179,7 @@ Picture MixerIcon(const char* name, const Picture& tile) {
 
 Picture MainIcon(const char* name, const Picture& tile) {
   std::vector<Line> bars;
+  bars.reserve(6);
   constexpr double kHalves[] = {2.4, 5.4, 8.6, 6.4, 8.0, 3.6};
   for (int i = 0; i < 6; ++i)
     bars.push_back({{15.25 + 3.5 * i, 33 - kHalves[i]}, {15.25 + 3.5 * i, 33 + kHalves[i]}});

@@ -17,7 +17,7 @@ struct File {
 };
 
 int WriteAll(const std::string& folder) {
-  const Picture ma = PaintHour(FIRST_LIGHT), pl = PaintHour(MOON), mi = PaintHour(AFTERGLOW);
+  Picture ma = PaintHour(FIRST_LIGHT), pl = PaintHour(MOON), mi = PaintHour(AFTERGLOW);
   const File files[] = {
       {"background", [&] { return PaintBackground(ma); }},
       {"tile-ma", [&] { return ma; }},

@@ -129,11 +129,7 @@ Shape Union(std::vector<Shape> shapes) {
   };
 }
 
-Shape Shifted(Shape shape, double x, double y) {
-  return [=](Place p) { return shape({p.x - x, p.y - y}); };
-}
-
-Shape Mirrored(Shape shape, double x) {
+Shape Mirrored(const Shape& shape, double x) {
   return [=](Place p) { return shape({2 * x - p.x, p.y}); };
 }
 

@@ -27,9 +27,8 @@ Shape Ring(Place centre, double radius, double width);
 Shape RoundBox(Place centre, double halfWidth, double halfHeight, double radius);
 Shape BoxOutline(Place centre, double halfWidth, double halfHeight, double radius, double width);
 Shape Union(std::vector<Shape> shapes);
-Shape Shifted(Shape shape, double x, double y);
 /// Mirrored left to right about x.
-Shape Mirrored(Shape shape, double x);
+Shape Mirrored(const Shape& shape, double x);
 
 /// Part of an ellipse; angles in degrees, clockwise from the right.
 Line Arc(Place centre, double radiusX, double radiusY, double from, double to);

@@ -77,7 +77,11 @@ void WaitForEvents() {
 
 void SleepAlive(int milliseconds) {
   QEventLoop loop;
-  QTimer::singleShot(milliseconds, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+  QTimer timer;
+  timer.setSingleShot(true);
+  timer.setTimerType(Qt::PreciseTimer);
+  QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
+  timer.start(milliseconds);
   loop.exec(QEventLoop::ExcludeUserInputEvents);
 }
 

@@ -69,6 +69,7 @@ void SetWindowShape(const std::vector<Rectangle>& runs) {
     return;
   }
   std::vector<QRect> rectangles;
+  rectangles.reserve(runs.size());
   for (const Rectangle& run : runs)
     rectangles.emplace_back(run.x * Scale(), run.y * Scale(), run.width * Scale(),
                             run.height * Scale());
