@@ -37,6 +37,8 @@ has_sound() {
 # It ends with this script.
 start_null_sound() {
   need_packages pulseaudio pulseaudio-utils libasound2-plugins
+  [ -n "${sound_server:-}" ] && kill "$sound_server" 2>/dev/null
+  rm -rf "${sound_folder:-}"
   sound_folder=$(mktemp -d) || fail "no temporary folder"
   export XDG_RUNTIME_DIR=$sound_folder
   cat > "$sound_folder/asound.conf" <<CONF
