@@ -34,10 +34,15 @@ def pixels(path):
 
 
 def record(seconds):
-    """What the null device plays, as floats, one row a frame."""
-    data = subprocess.run(["timeout", str(seconds), "parec", "-d", "null.monitor", "--format=s16le",
-                           "--rate=44100", "--channels=2", "--latency-msec=50"],
-                          capture_output=True).stdout
+    """What the null device plays, as floats, one row a frame.  The recorder's own failure to begin says
+    nothing about the sound: it gets another try."""
+    data = b""
+    for _ in range(3):
+        data = subprocess.run(["timeout", str(seconds), "parec", "-d", "null.monitor",
+                               "--format=s16le", "--rate=44100", "--channels=2",
+                               "--latency-msec=50"], capture_output=True).stdout
+        if len(data) > seconds * 44100:
+            break
     return numpy.frombuffer(data[:len(data) // 4 * 4], numpy.int16).reshape(-1, 2).astype(float)
 
 
