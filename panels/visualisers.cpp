@@ -129,6 +129,20 @@ void PaintColumns(SkinBitmap& bitmap, const int* level, const Rgb& start, Next n
   }
 }
 
+// The wave over an old picture that fades slowly, as DrawGlow and DrawBands have it.
+template <typename Next>
+void PaintOverFaded(SkinBitmap& bitmap, const std::int16_t* samples, int count,
+                    ColorDrifter& drifter, Next next) {
+  constexpr int kSlowFade = 8;
+  int level[kMaxColumns];
+  WaveLevels(bitmap, samples, count, kFullSwing / bitmap.height, level);
+  Fade(bitmap, 0, kSlowFade);
+  drifter.Drift();
+  const Rgb start = ColorOf(drifter);
+  PaintColumns(bitmap, level, start,
+               [next, start](const Rgb& color) { return next(color, start); });
+}
+
 }  // namespace
 
 int DrawSmoke(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
@@ -153,13 +167,8 @@ int DrawSmoke(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
 
 int DrawGlow(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   if (!Paintable(bitmap, count)) return 1;
-  constexpr int kGlowFade = 8;
-  int level[kMaxColumns];
-  WaveLevels(bitmap, samples, count, kFullSwing / bitmap.height, level);
-  Fade(bitmap, 0, kGlowFade);
-  glowDrifter.Drift();
   const int step = FadeStep(bitmap, 2);
-  PaintColumns(bitmap, level, ColorOf(glowDrifter), [step](const Rgb& color) {
+  PaintOverFaded(bitmap, samples, count, glowDrifter, [step](const Rgb& color, const Rgb&) {
     return Rgb{std::min(color.red + step, kBrightest), std::min(color.green + step, kBrightest),
                std::min(color.blue + step, kBrightest)};
   });
@@ -168,14 +177,8 @@ int DrawGlow(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
 
 int DrawBands(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   if (!Paintable(bitmap, count)) return 1;
-  constexpr int kBandsFade = 8;
-  int level[kMaxColumns];
-  WaveLevels(bitmap, samples, count, kFullSwing / bitmap.height, level);
-  Fade(bitmap, 0, kBandsFade);
-  bandsDrifter.Drift();
   const int step = std::max(kFadeRange / (bitmap.height / 2) * 2, 2);
-  const Rgb start = ColorOf(bandsDrifter);
-  PaintColumns(bitmap, level, start, [step, start](const Rgb& color) {
+  PaintOverFaded(bitmap, samples, count, bandsDrifter, [step](const Rgb& color, const Rgb& start) {
     const Rgb next{color.red + step, color.green + step, color.blue + step};
     return std::max({next.red, next.green, next.blue}) > kBrightest ? start : next;
   });

@@ -132,8 +132,8 @@ void HideTrayIcon() {
   trayIcon.reset();
 }
 
-// The desktop's opener stands for every class.  It gets its target in quotes, which the logic's own
-// replacement of the placeholder would take away.
+// The desktop's opener stands for every class.  The logic puts its target in the stead of "%1",
+// quotes and all; with the quotes doubled, a path with blanks keeps a pair around it.
 int ReadClassRegistry(const char* key, std::string& value) {
   if (!QString::fromUtf8(key).endsWith("\\shell\\open\\command") ||
       QStandardPaths::findExecutable(kOpener).isEmpty())
