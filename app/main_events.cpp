@@ -23,6 +23,7 @@ enum Press : int { PRESS_NONE = 0, PRESS_HELD = 1, PRESS_CAP = 2 };
 int PressState;
 Widget* PressedWidget;
 int PressX, PressY;
+bool pointerHidden;  // by the drag of a thumb
 Point CursorNow, CursorBefore;
 
 Point PlaceOf(int lParam) {
@@ -43,6 +44,13 @@ void DispatchLocal(int message, Widget& widget, Point place) {
 void SetClientPointer(Point place) {
   const Rectangle window = platform::WindowRectangle();
   platform::SetPointerPosition({window.x + place.x, window.y + place.y});
+}
+
+// Once for each drag: a second button that is pressed in the middle of one begins another.
+void HidePointer(bool hide) {
+  if (pointerHidden == hide) return;
+  pointerHidden = hide;
+  platform::ShowPointer(!hide);
 }
 
 // A slider's way, in whichever direction it lies.
@@ -86,13 +94,14 @@ void PressSlider(Widget& slider, Point place) {
   } else if (position >= view.length - view.cell) {
     PressCap(slider, 2.0f, view.Event(EVENT_HORIZONTAL_RIGHT));
   } else {
-    platform::ShowPointer(false);
+    HidePointer(true);
     platform::SetCapture();
     MoveThumb(slider, view, position - view.cell, view.track - 2 * view.cell);
   }
 }
 
 void OnPress(int message, Point place) {
+  HidePointer(false);
   PressedWidget = TheSkinHost->HitTest(place.x, place.y);
   PressX = place.x;
   PressY = place.y;
@@ -155,7 +164,7 @@ void OnRelease(int message, Point place) {
   PressState = PRESS_NONE;
   PressedWidget = nullptr;
   platform::ReleaseCapture();
-  platform::ShowPointer(true);
+  HidePointer(false);
 }
 
 void OnDoublePress(SkinHost& host, int message, int lParam) {
@@ -266,6 +275,7 @@ void OnCommand(int wParam) {
 void ResetMainEvents() {
   PressState = PRESS_NONE;
   PressedWidget = nullptr;
+  pointerHidden = false;
 }
 
 void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam) {

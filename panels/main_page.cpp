@@ -103,8 +103,9 @@ platform::Point ClientPointer() {
 }
 
 void BeginSeek(platform::Point place) {
+  // A second button may be pressed before the first one is released.
+  if (!SeekActive) platform::ShowPointer(false);
   SeekActive = 1;
-  platform::ShowPointer(false);
   platform::SetCapture();
   SeekStartSeconds = TheMixer->Slot(0)->position;
   SeekStartX = place.x;

@@ -483,6 +483,30 @@ TEST_F(Program, TimeIsDraggedToSeek) {
   });
 }
 
+TEST_F(Program, BothButtonsAtOnceLeaveThePointerShown) {
+  Run([](const Hands& hands) {
+    const auto pressBoth = [&](platform::Point place) {
+      hands.Move(place.x, place.y);
+      hands.Down();
+      EXPECT_FALSE(headless::Window().pointerShown);
+      hands.Down(kRight);
+      hands.Up();
+      hands.Up(kRight);
+      EXPECT_TRUE(headless::Window().pointerShown);
+    };
+    pressBoth(Middle(WIDGET_DIGIT));
+    EXPECT_EQ(0, SeekActive);
+    OpenPage(hands, PAGE_MIXER);
+    pressBoth(Middle(WIDGET_VOLUME));
+    hands.Down();
+    hands.Move(10, 10);
+    hands.Down(kRight);
+    EXPECT_TRUE(headless::Window().pointerShown) << "the second press lies on nothing";
+    hands.Up(kRight);
+    hands.Up();
+  });
+}
+
 TEST_F(Program, DisplayModesAndVisualisersGoRound) {
   Run([](const Hands& hands) {
     const platform::Point mode = Middle(WIDGET_DISPLAY_MODE);
