@@ -183,7 +183,10 @@ int Voice::RenderEntered(float* mix, int count) {
     seekPending = 0;
     source->Seek(static_cast<int>(seekTarget));
   }
-  const int wanted = WantedValues(count);
+  // A song that the callback opens in the middle of this block is heard with its own channels and
+  // rate from the next block on: the buffer was measured for these.
+  const int channels = source->channels;
+  const int wanted = WantedValues(count, channels);
   if (wanted == 0) return 0;
   int got = source->Read(buffer.get(), wanted * 4) / 4;
   if (got == wanted) {
@@ -196,18 +199,18 @@ int Voice::RenderEntered(float* mix, int count) {
     const float compensation = source->eqSwitch ? source->eqCompensation : 1.0f;
     Limiter::Measure(buffer.get(), got, mixer->volume * volume * compensation);
   }
-  if (source->channels == 1) {
+  if (channels == 1) {
     for (int i = got - 1; i >= 0; --i) buffer[2 * i] = buffer[2 * i + 1] = buffer[i];
     got *= 2;
   }
-  ApplyGain(got);
+  ApplyGain(got, channels);
   Mix(mix, count, got);
   return count;
 }
 
 // Values to read for one block, always even.  A source of an uncommon rate is held to what the work
 // buffer takes, and then plays slower than it should.
-int Voice::WantedValues(int count) const {
+int Voice::WantedValues(int count, int channels) const {
   const float ratio = static_cast<float>(source->sampleRate) /
                       static_cast<float>(static_cast<int>(mixer->sampleRate)) * speed *
                       mixer->speed;
@@ -215,7 +218,7 @@ int Voice::WantedValues(int count) const {
   const int room = 2 * capacity - kResampleMargin - 1;
   // In this order also a rate that is no number becomes none.
   int n = static_cast<int>(std::fmin(std::fmax(values, 0.0), static_cast<double>(room)));
-  if (source->channels == 1) n /= 2;
+  if (channels == 1) n /= 2;
   return 2 * (n / 2);
 }
 
@@ -250,13 +253,13 @@ float Voice::Gain() const {
 }
 
 // The pan law is linear and never boosts; a source of one channel has no sides.
-void Voice::ApplyGain(int got) {
+void Voice::ApplyGain(int got, int channels) {
   const float gain = Gain();
   float panSum = mixer->pan + pan;
   if (gain == 1.0f && panSum == 0.0f) return;
   panSum = std::clamp(panSum, -1.0f, 1.0f);
   float left = gain, right = gain;
-  if (source->channels == 2) {
+  if (channels == 2) {
     if (panSum > 0) left = gain * (1.0f - panSum);
     if (panSum < 0) right = gain * (1.0f + panSum);
   }

@@ -114,11 +114,11 @@ class Voice {
   void LeaveRender();
   int RenderEntered(float* mix, int count);
   void HandOverParameters();
-  int WantedValues(int count) const;
+  int WantedValues(int count, int channels) const;
   int ContinueAtEnd(int got, int wanted);
   void TakePosition();
   float Gain() const;
-  void ApplyGain(int got);
+  void ApplyGain(int got, int channels);
   void Mix(float* mix, int count, int got);
 
   Mixer* mixer = nullptr;

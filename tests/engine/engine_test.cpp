@@ -177,6 +177,26 @@ TEST_F(Engine, BadSongEndsAtOnceAndTheNextOneFillsTheBlock) {
   EXPECT_EQ(noise[5], mixer.Block()[5]);
 }
 
+TEST_F(Engine, SongOfOtherChannelsInsideABlockCountsFromTheNextBlock) {
+  const auto stereo = test::Noise(kBlock + 8, 3), mono = test::Noise(3 * kBlock - 10, 4);
+  Play(Wav(stereo));
+  nextSong = Wav(mono, 1);
+  mixer.RenderBlock();
+  mixer.RenderBlock();
+  EXPECT_EQ(stereo[kBlock + 7], mixer.MixBuffer()[7]);
+  EXPECT_EQ(mono[0], mixer.MixBuffer()[8]);
+  EXPECT_EQ(mono[kBlock - 9], mixer.MixBuffer()[kBlock - 1]);
+  mixer.RenderBlock();
+  EXPECT_EQ(mono[kBlock - 8], mixer.MixBuffer()[0]);
+  EXPECT_EQ(mono[kBlock - 8], mixer.MixBuffer()[1]);
+
+  Play(Wav(mono, 1));
+  for (int block = 0; block < 5; ++block) mixer.RenderBlock();
+  nextSong = Wav(std::vector<std::int16_t>(kBlock, 9));
+  EXPECT_EQ(1, mixer.RenderBlock()) << "the last values of the mono song and 9 behind them";
+  EXPECT_EQ(9, mixer.Block()[kBlock - 1]);
+}
+
 TEST_F(Engine, RampsEndAfterTheirBlockCounts) {
   struct Case {
     float start, step, target;
