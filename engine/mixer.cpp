@@ -11,6 +11,7 @@
 namespace kwo {
 namespace {
 
+constexpr float kBeyond16Bits = 65536.0f;
 constexpr int kDeviceBuffers = 24;
 constexpr int kOpenPauseMilliseconds = 1000;
 constexpr int kIdleMilliseconds = 200;
@@ -20,8 +21,9 @@ constexpr int kStopPollMilliseconds = 100;
 
 void ConvertToPcm(const float* values, std::int16_t* pcm, int count) {
   for (int i = 0; i < count; ++i) {
+    // A damaged song can give more than 2^23, where this form of rounding would end.
+    const float magnitude = std::min(kBeyond16Bits, std::fabs(values[i])) + 8388608.0f;
     // At 2^23 one unit is the last place: the sum's low bits are the rounded magnitude.
-    const float magnitude = std::fabs(values[i]) + 8388608.0f;
     const int bits = std::bit_cast<std::int32_t>(magnitude) & 0x7fffff;
     const int v = values[i] < 0 ? -bits : bits;
     pcm[i] = static_cast<std::int16_t>(std::clamp(v, -32768, 32767));

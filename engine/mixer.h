@@ -78,8 +78,7 @@ class Mixer {
   platform::Thread* thread = nullptr;
 };
 
-/// Plain rounding to nearest, ties to even, with saturation at 16 bits.  For magnitudes below
-/// 2 to the power 23.
+/// Plain rounding to nearest, ties to even, with saturation at 16 bits.
 void ConvertToPcm(const float* values, std::int16_t* pcm, int count);
 
 }  // namespace kwo

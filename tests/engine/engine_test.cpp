@@ -73,12 +73,18 @@ TEST_F(Engine, NeutralStereoReachesTheMixBufferBitForBit) {
 }
 
 TEST_F(Engine, ConversionRoundsToNearestEvenAndSaturates) {
-  const float values[] = {0.5f,  1.5f,      -0.5f,     -1.5f,    2.5f,      32767.4f,
-                          -0.0f, -32768.4f, -32768.6f, 40000.0f, -40000.0f, 32766.5f};
-  const std::int16_t expected[] = {0, 2, 0, -2, 2, 32767, 0, -32768, -32768, 32767, -32768, 32766};
-  std::int16_t got[12];
-  ConvertToPcm(values, got, 12);
-  for (int i = 0; i < 12; ++i) EXPECT_EQ(expected[i], got[i]) << values[i];
+  const struct {
+    float value;
+    std::int16_t pcm;
+  } kCases[] = {{0.5f, 0},           {1.5f, 2},         {-0.5f, 0},          {-1.5f, -2},
+                {2.5f, 2},           {32766.5f, 32766}, {32767.4f, 32767},   {-0.0f, 0},
+                {-32768.4f, -32768}, {40000.0f, 32767}, {-40000.0f, -32768}, {8388607.0f, 32767},
+                {9.78e7f, 32767},    {-1e38f, -32768}};
+  for (const auto& [value, pcm] : kCases) {
+    std::int16_t got;
+    ConvertToPcm(&value, &got, 1);
+    EXPECT_EQ(pcm, got) << value;
+  }
 }
 
 TEST_F(Engine, TwoVoicesAddAndClip) {
