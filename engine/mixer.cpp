@@ -137,7 +137,7 @@ void Mixer::RenderLoop() {
   while (running.Acquire()) {
     if (RenderBlock()) {
       if (!opened && !(opened = OpenDevice())) break;
-      PcmDevice::Write(pcmBlock.get(), blockSize * 2);
+      PcmDevice::Write(pcmBlock.get(), blockSize * 2, running);
     } else if (opened) {
       opened = false;
       PcmDevice::Close();

@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kPollMilliseconds = 20;
 constexpr int kCloseMilliseconds = 100;
+constexpr int kStillMilliseconds = 1000;
 
 platform::WaveDevice* waveHandle = nullptr;
 int bufferCount = 0;
@@ -39,6 +40,15 @@ int FindFree() {
   for (int i = 0; i < bufferCount; ++i)
     if (!(headers[i].flags & platform::kWavePrepared)) return i;
   return -1;
+}
+
+// False if it was given up.
+bool WaitForFree(const Shared<int>& wanted) {
+  for (int waited = 0; (currentBuffer = FindFree()) < 0; waited += kPollMilliseconds) {
+    if (!wanted && waited >= kStillMilliseconds) return false;
+    platform::Sleep(kPollMilliseconds);
+  }
+  return true;
 }
 
 void HandOver(platform::WaveHeader& header) {
@@ -92,11 +102,10 @@ void Close() {
   headers.reset();
 }
 
-int Write(const void* data, int bytes) {
+int Write(const void* data, int bytes, const Shared<int>& wanted) {
   int taken = 0;
   while (taken < bytes) {
-    if (fillOffset == 0)
-      while ((currentBuffer = FindFree()) < 0) platform::Sleep(kPollMilliseconds);
+    if (fillOffset == 0 && !WaitForFree(wanted)) break;
     const int piece = std::min(bufferSize - fillOffset, bytes - taken);
     std::memcpy(bufferMemory.get() + currentBuffer * bufferSize + fillOffset,
                 static_cast<const char*>(data) + taken, static_cast<std::size_t>(piece));

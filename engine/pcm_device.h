@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/shared.h"
+
 /// The ring of buffers between the render thread and the wave output.  There is one device for the
 /// process; its state is process-wide.  All three operations belong to the render thread.
 namespace kwo::PcmDevice {
@@ -11,7 +13,8 @@ int Open(int rate, unsigned short channels, unsigned short bits, int bufferBytes
 void Close();
 
 /// Copies `bytes` into the ring and hands over every full buffer; sleeps while none is free.  Gives
-/// the bytes taken: all of them.
-int Write(const void* data, int bytes);
+/// the bytes taken: all of them, unless `wanted` is 0 and the device has stood still for a second,
+/// as one does that was unplugged.
+int Write(const void* data, int bytes, const Shared<int>& wanted);
 
 }  // namespace kwo::PcmDevice

@@ -2,29 +2,36 @@
 
 #include <alsa/asoundlib.h>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <mutex>
+#include <vector>
 
 #include "platform/threads.h"
 
 namespace kwo::platform {
 
-// One device thread feeds ALSA's "default" PCM.  `queue` holds every buffer from WriteWave until
+// One device thread feeds ALSA's "default" PCM, and it alone calls ALSA: a sound server that hangs
+// holds whoever calls it for as long as it likes.  `queue` holds every buffer from WriteWave until
 // it has been heard; the first `fed` bytes of it have been given to the PCM already.
 struct WaveDevice {
   WaveFormat format;
   WaveDoneCallback callback;
-  std::mutex lock;
-  std::condition_variable arrived;
+  std::mutex lock;  // never held over a call of ALSA
+  std::condition_variable changed;
   std::deque<WaveHeader*> queue;
   std::uint64_t fed = 0;
+  bool opened = false;
   bool closing = false;
   bool resetWanted = false;
-  snd_pcm_t* pcm = nullptr;  // device thread only, once it runs; null while the device is gone
+  bool ended = false;  // the thread touches nothing any more
   Thread* thread = nullptr;
+  // The device thread's own.
+  snd_pcm_t* pcm = nullptr;  // null while the device is gone
+  std::vector<char> piece;   // on its way to the PCM, in memory that no caller takes away
 };
 
 namespace {
@@ -33,6 +40,12 @@ constexpr snd_pcm_uframes_t kPeriods = 8;
 // Half a buffer of the mixer: often enough that no period is missed, and no busier than that.
 constexpr int kPollMilliseconds = 26;
 constexpr auto kReopenPause = std::chrono::seconds(1);
+// How long a caller waits for a sound server that does not answer.
+constexpr auto kOpenPatience = std::chrono::seconds(5);
+constexpr auto kClosePatience = std::chrono::milliseconds(1500);
+
+// A device whose server hung when it was to be closed; there is no sound until it has ended.
+WaveDevice* hung = nullptr;
 
 void IgnoreError(const char*, int, const char*, int, const char*, ...) {}
 
@@ -70,47 +83,67 @@ snd_pcm_t* OpenPcm(const WaveFormat& format) {
   return nullptr;
 }
 
+// The next bytes of the queue that the PCM has not been given, of one buffer at most.
+bool TakePiece(WaveDevice& device) {
+  std::uint64_t start = 0;
+  for (const WaveHeader* header : device.queue) {
+    const std::uint64_t end = start + header->bufferLength;
+    if (device.fed < end) {
+      device.piece.assign(header->data + (device.fed - start), header->data + header->bufferLength);
+      return true;
+    }
+    start = end;
+  }
+  return false;
+}
+
+bool Interrupted(const WaveDevice& device) {
+  return device.resetWanted || device.closing;
+}
+
 // Gives the PCM as much of the queue as it takes.  False if the device has failed.
 bool FeedPcm(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
-  std::uint64_t start = 0;
-  for (std::size_t i = 0; i < device.queue.size(); ++i) {
-    const WaveHeader& header = *device.queue[i];
-    while (device.fed < start + header.bufferLength) {
-      const std::uint64_t offset = device.fed - start;
-      const auto frames =
-          static_cast<snd_pcm_uframes_t>((header.bufferLength - offset) / device.format.blockAlign);
-      guard.unlock();
-      snd_pcm_sframes_t taken = snd_pcm_writei(device.pcm, header.data + offset, frames);
-      if (taken == -EPIPE || taken == -ESTRPIPE || taken == -EINTR)
-        taken = snd_pcm_recover(device.pcm, static_cast<int>(taken), 1);
-      guard.lock();
-      if (device.resetWanted || device.closing || taken == -EAGAIN) return true;
-      if (taken < 0) return false;
-      device.fed += static_cast<std::uint64_t>(taken) * device.format.blockAlign;
-    }
-    start += header.bufferLength;
+  while (TakePiece(device)) {
+    guard.unlock();
+    snd_pcm_sframes_t taken = snd_pcm_writei(device.pcm, device.piece.data(),
+                                             device.piece.size() / device.format.blockAlign);
+    if (taken == -EPIPE || taken == -ESTRPIPE || taken == -EINTR)
+      taken = snd_pcm_recover(device.pcm, static_cast<int>(taken), 1);
+    guard.lock();
+    if (Interrupted(device) || taken == -EAGAIN) return true;
+    if (taken < 0) return false;
+    device.fed += static_cast<std::uint64_t>(taken) * device.format.blockAlign;
   }
+  if (device.fed == 0) return true;
+  guard.unlock();
   // A sound shorter than the start threshold would never begin by itself.
-  if (device.fed > 0 && snd_pcm_state(device.pcm) == SND_PCM_STATE_PREPARED)
-    snd_pcm_start(device.pcm);
+  if (snd_pcm_state(device.pcm) == SND_PCM_STATE_PREPARED) snd_pcm_start(device.pcm);
+  guard.lock();
   return true;
+}
+
+// Frames that were fed and are still to be heard; negative if the device has failed.
+snd_pcm_sframes_t Waiting(snd_pcm_t* pcm) {
+  const snd_pcm_state_t state = snd_pcm_state(pcm);
+  if (state == SND_PCM_STATE_DISCONNECTED) return -1;
+  // After an underrun all that was fed has been heard.
+  if (state == SND_PCM_STATE_XRUN) return 0;
+  snd_pcm_sframes_t waiting = 0;
+  const int result = snd_pcm_delay(pcm, &waiting);
+  if (result == -EPIPE) return 0;
+  return result < 0 ? -1 : std::max<snd_pcm_sframes_t>(waiting, 0);
 }
 
 // Marks the buffers whose last frame has left the device.  False if the device has failed.
 bool FinishHeard(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
   if (device.fed == 0) return true;
-  snd_pcm_sframes_t waiting = 0;
-  const snd_pcm_state_t state = snd_pcm_state(device.pcm);
-  if (state == SND_PCM_STATE_DISCONNECTED) return false;
-  // After an underrun all that was fed has been heard.
-  if (state != SND_PCM_STATE_XRUN) {
-    const int result = snd_pcm_delay(device.pcm, &waiting);
-    if (result < 0 && result != -EPIPE) return false;
-    if (result < 0 || waiting < 0) waiting = 0;
-  }
+  guard.unlock();
+  const snd_pcm_sframes_t waiting = Waiting(device.pcm);
+  guard.lock();
+  if (waiting < 0) return false;
   const std::uint64_t unheard = static_cast<std::uint64_t>(waiting) * device.format.blockAlign;
-  while (!device.queue.empty() && device.fed >= device.queue.front()->bufferLength &&
-         device.fed - device.queue.front()->bufferLength >= unheard) {
+  while (!Interrupted(device) && !device.queue.empty() &&
+         device.fed >= device.queue.front()->bufferLength + unheard) {
     WaveHeader& header = *device.queue.front();
     device.queue.pop_front();
     device.fed -= header.bufferLength;
@@ -118,78 +151,114 @@ bool FinishHeard(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
     device.callback(header);
     header.flags.Publish(kWavePrepared | kWaveDone);
     guard.lock();
-    if (device.resetWanted) return true;
   }
   return true;
 }
 
 void ClosePcm(WaveDevice& device) {
+  if (!device.pcm) return;
   snd_pcm_drop(device.pcm);
   snd_pcm_close(device.pcm);
   device.pcm = nullptr;
 }
 
-void Reset(WaveDevice& device) {
+void DropQueue(WaveDevice& device) {
+  for (WaveHeader* header : device.queue) header->flags.Publish(kWavePrepared | kWaveDone);
+  device.queue.clear();
+}
+
+void Reset(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
+  guard.unlock();
   if (device.pcm) {
     snd_pcm_drop(device.pcm);
     snd_pcm_prepare(device.pcm);
   }
-  for (WaveHeader* header : device.queue) header->flags.Publish(kWavePrepared | kWaveDone);
-  device.queue.clear();
+  guard.lock();
+  DropQueue(device);
   device.fed = 0;
   device.resetWanted = false;
-  device.arrived.notify_all();
+  device.changed.notify_all();
 }
 
-void PlayQueue(void* argument) {
-  auto& device = *static_cast<WaveDevice*>(argument);
-  SetThreadPriority(ThreadPriority::kTimeCritical);
-  std::unique_lock guard(device.lock);
+void Reopen(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
+  if (device.changed.wait_for(guard, kReopenPause, [&] { return Interrupted(device); })) return;
+  guard.unlock();
+  device.pcm = OpenPcm(device.format);
+  guard.lock();
+  // What had been fed but not heard is fed again.
+  device.fed = 0;
+}
+
+void PlayQueue(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
   while (!device.closing) {
-    if (device.resetWanted) Reset(device);
-    if (!device.pcm) {
-      device.arrived.wait_for(guard, kReopenPause,
-                              [&] { return device.closing || device.resetWanted; });
-      if (device.closing || device.resetWanted) continue;
-      guard.unlock();
-      snd_pcm_t* reopened = OpenPcm(device.format);
-      guard.lock();
-      // What had been fed but not heard is fed again.
-      device.pcm = reopened;
-      device.fed = 0;
-      continue;
-    }
-    if (device.queue.empty()) {
-      device.arrived.wait(
-          guard, [&] { return device.closing || device.resetWanted || !device.queue.empty(); });
-      continue;
-    }
-    if (!FeedPcm(device, guard) || !FinishHeard(device, guard)) {
+    if (device.resetWanted) {
+      Reset(device, guard);
+    } else if (!device.pcm) {
+      Reopen(device, guard);
+    } else if (device.queue.empty()) {
+      device.changed.wait(guard, [&] { return Interrupted(device) || !device.queue.empty(); });
+    } else if (!FeedPcm(device, guard) || !FinishHeard(device, guard)) {
       guard.unlock();
       ClosePcm(device);
       guard.lock();
-      continue;
+    } else {
+      device.changed.wait_for(guard, std::chrono::milliseconds(kPollMilliseconds),
+                              [&] { return Interrupted(device); });
     }
-    device.arrived.wait_for(guard, std::chrono::milliseconds(kPollMilliseconds),
-                            [&] { return device.closing || device.resetWanted; });
   }
-  if (device.pcm) ClosePcm(device);
+}
+
+void RunDevice(void* argument) {
+  auto& device = *static_cast<WaveDevice*>(argument);
+  SetThreadPriority(ThreadPriority::kTimeCritical);
+  device.pcm = OpenPcm(device.format);
+  std::unique_lock guard(device.lock);
+  device.opened = device.pcm != nullptr;
+  if (device.opened) {
+    device.changed.notify_all();
+    PlayQueue(device, guard);
+  }
+  guard.unlock();
+  ClosePcm(device);
+  guard.lock();
+  device.ended = true;
+  device.changed.notify_all();
+}
+
+// Ends the device's thread and frees the device; false if its server holds the thread.
+bool End(WaveDevice* device, std::chrono::milliseconds patience) {
+  {
+    std::unique_lock guard(device->lock);
+    device->closing = true;
+    DropQueue(*device);
+    device->changed.notify_all();
+    if (!device->changed.wait_for(guard, patience, [&] { return device->ended; })) return false;
+  }
+  JoinThread(device->thread);
+  delete device;
+  return true;
 }
 
 }  // namespace
 
 WaveDevice* OpenWave(const WaveFormat& format, WaveDoneCallback callback) {
+  if (hung && !End(hung, std::chrono::milliseconds(0))) return nullptr;
+  hung = nullptr;
   snd_lib_error_set_handler(IgnoreError);
-  snd_pcm_t* pcm = OpenPcm(format);
-  if (!pcm) return nullptr;
   auto* device = new WaveDevice;
   device->format = format;
   device->callback = callback;
-  device->pcm = pcm;
-  device->thread = StartThread(PlayQueue, device);
-  if (device->thread) return device;
-  ClosePcm(*device);
-  delete device;
+  device->thread = StartThread(RunDevice, device);
+  if (!device->thread) {
+    delete device;
+    return nullptr;
+  }
+  {
+    std::unique_lock guard(device->lock);
+    device->changed.wait_for(guard, kOpenPatience, [&] { return device->opened || device->ended; });
+    if (device->opened) return device;
+  }
+  CloseWave(device);
   return nullptr;
 }
 
@@ -200,7 +269,7 @@ void PrepareWave(WaveDevice*, WaveHeader& header) {
 void WriteWave(WaveDevice* device, WaveHeader& header) {
   std::lock_guard guard(device->lock);
   device->queue.push_back(&header);
-  device->arrived.notify_all();
+  device->changed.notify_all();
 }
 
 bool UnprepareWave(WaveDevice*, WaveHeader& header) {
@@ -213,18 +282,13 @@ bool UnprepareWave(WaveDevice*, WaveHeader& header) {
 void ResetWave(WaveDevice* device) {
   std::unique_lock guard(device->lock);
   device->resetWanted = true;
-  device->arrived.notify_all();
-  device->arrived.wait(guard, [&] { return !device->resetWanted; });
+  device->changed.notify_all();
+  if (!device->changed.wait_for(guard, kClosePatience, [&] { return !device->resetWanted; }))
+    DropQueue(*device);
 }
 
 void CloseWave(WaveDevice* device) {
-  {
-    std::lock_guard guard(device->lock);
-    device->closing = true;
-    device->arrived.notify_all();
-  }
-  JoinThread(device->thread);
-  delete device;
+  if (!End(device, kClosePatience)) hung = device;
 }
 
 }  // namespace kwo::platform

@@ -22,6 +22,8 @@ std::int64_t Now();
 
 /// Whether a wave device can be opened from now on; an open one plays on.
 void SetWaveDevicePresent(bool present);
+/// Whether an open device holds on to its buffers and plays none, as one does that was unplugged.
+void SetWaveDeviceStanding(bool standing);
 
 /// What the wave device has played so far, as 16-bit values, and how often it was opened.
 std::vector<std::int16_t> PlayedSound();

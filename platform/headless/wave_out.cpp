@@ -31,6 +31,7 @@ namespace {
 
 std::mutex lock;
 bool devicePresent = true;
+bool deviceStanding = false;
 int openCount = 0;
 std::int64_t gap = 0;
 std::vector<std::int16_t> played;
@@ -42,7 +43,7 @@ std::int64_t Duration(const WaveDevice& device, const WaveHeader& header) {
 // When the first buffer of the queue will have been played: it starts behind the one before it, or
 // when it arrived if that is later.
 std::int64_t EndOfFront(const WaveDevice& device) {
-  if (device.queue.empty()) return headless::kForever;
+  if (device.queue.empty() || deviceStanding) return headless::kForever;
   const QueuedBuffer& front = device.queue.front();
   return std::max(device.playedUntil, front.arrival) + Duration(device, *front.header);
 }
@@ -131,6 +132,11 @@ namespace kwo::headless {
 void SetWaveDevicePresent(bool present) {
   std::lock_guard guard(platform::lock);
   platform::devicePresent = present;
+}
+
+void SetWaveDeviceStanding(bool standing) {
+  std::lock_guard guard(platform::lock);
+  platform::deviceStanding = standing;
 }
 
 std::vector<std::int16_t> PlayedSound() {

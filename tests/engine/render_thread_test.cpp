@@ -101,6 +101,21 @@ TEST_F(RenderThread, StopsWhileItWaitsForADevice) {
   EXPECT_LE(platform::GetTickCount() - start, 1200u);
 }
 
+TEST_F(RenderThread, StopsWhileTheDeviceStandsStill) {
+  Play(test::Noise(kBlock * 100));
+  mixer.StartThread();
+  platform::Sleep(500);
+  headless::SetWaveDeviceStanding(true);
+  platform::Sleep(10000);
+  const auto played = headless::PlayedSound().size();
+  EXPECT_LE(played, 11u * kBlock);
+  const unsigned start = platform::GetTickCount();
+  mixer.StopThread();
+  // The close lets the queue play on for 100 ms a buffer.
+  EXPECT_NEAR(2400, platform::GetTickCount() - start, 150);
+  headless::SetWaveDeviceStanding(false);
+}
+
 TEST_F(RenderThread, IdleEngineStillStepsRamps) {
   mixer.Slot(0)->SetVolumeRamp(0, 0.8f, 0.01f, 1);
   mixer.StartThread();
@@ -129,13 +144,15 @@ TEST(PcmDevice, WriteWaitsForABufferAndCloseForTheQueue) {
   EXPECT_LE(platform::GetTickCount() - start, 2u) << "nothing queued, nothing to wait for";
   ASSERT_EQ(1, PcmDevice::Open(44100, 2, 16, kBlock * 2, 24));
   const std::vector<std::int16_t> block(kBlock, 1);
-  EXPECT_EQ(0, PcmDevice::Write(block.data(), 0));
+  const Shared<int> wanted = 1;
+  EXPECT_EQ(0, PcmDevice::Write(block.data(), 0, wanted));
   start = platform::GetTickCount();
-  for (int i = 0; i < 24; ++i) EXPECT_EQ(kBlock * 2, PcmDevice::Write(block.data(), kBlock * 2));
+  for (int i = 0; i < 24; ++i)
+    EXPECT_EQ(kBlock * 2, PcmDevice::Write(block.data(), kBlock * 2, wanted));
   EXPECT_EQ(start, platform::GetTickCount());
-  PcmDevice::Write(block.data(), kBlock * 2);
+  PcmDevice::Write(block.data(), kBlock * 2, wanted);
   EXPECT_NEAR(62, platform::GetTickCount() - start, 12);
-  PcmDevice::Write(block.data(), kBlock);  // a part of a buffer is never handed over
+  PcmDevice::Write(block.data(), kBlock, wanted);  // a part of a buffer is never handed over
   start = platform::GetTickCount();
   PcmDevice::Close();
   EXPECT_LE(platform::GetTickCount() - start, 2402u);
