@@ -16,6 +16,8 @@ import sys
 import tempfile
 import time
 
+import desk
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 RATE = 44100
 FRAME = 4
@@ -79,25 +81,11 @@ def check_exact(tools, work, run):
     return None if played.returncode == 0 and differences == 0 else "the sound is not what was sent"
 
 
-def server_pid():
-    listing = subprocess.run(["pgrep", "-f", "module-null-sink sink_name=null"],
-                             capture_output=True, text=True).stdout.split()
-    folder = os.environ["XDG_RUNTIME_DIR"]
-    for pid in listing:
-        try:
-            if f"XDG_RUNTIME_DIR={folder}".encode() in pathlib.Path(
-                    f"/proc/{pid}/environ").read_bytes().split(b"\0"):
-                return int(pid), pathlib.Path(f"/proc/{pid}/cmdline").read_bytes().split(b"\0")[:-1]
-        except OSError:
-            continue
-    return None
-
-
 def check_restart(tools, work):
     song, recording = ROOT / "music" / "one-horizon.mp3", work / "recording"
     player = subprocess.Popen([tools / "play_list", song], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
     time.sleep(3)
-    pid, command = server_pid()
+    pid, command = desk.sound_server()
     os.kill(pid, signal.SIGKILL)
     time.sleep(2)
     server = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)

@@ -197,6 +197,21 @@ try:
     except subprocess.TimeoutExpired:
         code = None
     check("the window manager's close ends in order", code == 0, f"exit code {code}")
+
+    player.start()
+    time.sleep(2)
+    player.press(desk.PLAY, rest=2)
+    history.unlink()
+    server = desk.sound_server()[0]
+    os.kill(server, signal.SIGSTOP)
+    time.sleep(2)
+    try:
+        code = player.quit()
+    except subprocess.TimeoutExpired:
+        code = None
+    os.kill(server, signal.SIGCONT)
+    check("a sound server that hangs does not hold the end up", code == 0, f"exit code {code}")
+    check("the list is saved then too", history.exists())
 finally:
     if player.process.poll() is None:
         player.process.kill()

@@ -25,6 +25,21 @@ def run(*command, **options):
                           **options).stdout
 
 
+def sound_server():
+    """Process and command line of the null sound server of this check."""
+    listing = subprocess.run(["pgrep", "-f", "module-null-sink sink_name=null"],
+                             capture_output=True, text=True).stdout.split()
+    folder = os.environ["XDG_RUNTIME_DIR"]
+    for pid in listing:
+        try:
+            if f"XDG_RUNTIME_DIR={folder}".encode() in pathlib.Path(
+                    f"/proc/{pid}/environ").read_bytes().split(b"\0"):
+                return int(pid), pathlib.Path(f"/proc/{pid}/cmdline").read_bytes().split(b"\0")[:-1]
+        except OSError:
+            continue
+    return None
+
+
 class Player:
     """The program in a folder of its own, with a home of its own."""
 
@@ -116,7 +131,7 @@ class Player:
     def quit(self, how=signal.SIGTERM):
         if self.process.poll() is None:
             self.process.send_signal(how)
-        return self.process.wait(timeout=15)
+        return self.process.wait(timeout=20)
 
     def remove(self):
         shutil.rmtree(self.folder, ignore_errors=True)
