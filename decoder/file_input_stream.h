@@ -4,8 +4,7 @@
 
 namespace kwo {
 
-/// The bytes of a file.  The owner calls `Shutdown` before the
-/// object goes.
+/// The bytes of a file.  The owner calls `Shutdown` before the object goes.
 class FileInputStream : public InputStream {
  public:
   /// Opens a file; 0, or -1 when the system refuses.  Bits 0-1 of `mode`: 0 read, 1 write (at the

@@ -60,8 +60,8 @@ enum ControlCode : int {
 /// optional buffers, the flags for short transfers, a fill byte, a tee and bit positioning.
 ///
 /// Counts are bytes in 32 bits, positions and lengths in 64: some hours of PCM are more than 2 GiB.
-/// An operation that the flags do not allow
-/// gives 0 and changes nothing.  One stream is used by one thread at a time.
+/// An operation that the flags do not allow gives 0 and changes nothing.  One stream is used by one
+/// thread at a time.
 class InputStream {
  public:
   InputStream() = default;

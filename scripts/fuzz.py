@@ -58,9 +58,16 @@ def presets_seeds():
     yield b"My preset".ljust(64, b"\0") * 64 + struct.pack("<f", 1.25) * 64 * 17
 
 
-SEEDS = {"playlist": playlist_seeds, "tag": tag_seeds, "mpeg": mpeg_seeds, "wav": wav_seeds,
-         "settings": settings_seeds, "bmp": bmp_seeds, "skin_description": skin_description_seeds,
-         "presets": presets_seeds}
+def drive_seeds():
+    yield b"press 144 268\nwait 900\npress 292 268\nmenu 40016\nrightpress 100 90\ndrag 336 126 280 130\n"
+    yield b"drop a.mp3 b.mp3\nshift on\nshiftdrop c\ntray left\nminimise\nrestore\ndoublepress 90 140\n"
+    yield b"press 328 268\npress 208 58\ndrag 100 90 300 140\npress 244 203\ntype Sea\ncaret 1\nbackspace\n"
+    yield b"press 436 268\npress 244 110\ndeactivate\nactivate\nmove 9 9\ndown\nup\ndialog x\nclose\n"
+
+
+SEEDS = {"bmp": bmp_seeds, "drive": drive_seeds, "mpeg": mpeg_seeds, "playlist": playlist_seeds,
+         "presets": presets_seeds, "settings": settings_seeds,
+         "skin_description": skin_description_seeds, "tag": tag_seeds, "wav": wav_seeds}
 
 
 def main():
