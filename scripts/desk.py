@@ -104,8 +104,16 @@ class Player:
         self.press(PAGES[name], rest=rest)
 
     def shot(self, path):
+        """The window's rectangle of the screen."""
         x, y = self.place
         run("import", "-window", "root", "-crop", f"488x302+{x}+{y}", "+repage", path)
+
+    def portrait(self, path):
+        """The same, with what is not the window's made clear."""
+        self.shot(path)
+        run("convert", path, "(", ROOT / "skin/default/background.bmp", "-transparent",
+            "rgb(9,0,9)", "-alpha", "extract", ")", "-alpha", "off", "-compose", "CopyOpacity",
+            "-composite", path)
 
     def memory(self):
         """Pss in MiB."""

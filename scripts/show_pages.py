@@ -14,20 +14,20 @@ try:
     time.sleep(1.5)
     player.press(desk.PLAY, rest=6)
     player.move(500, 320)
-    player.shot(out / "main.png")
+    player.portrait(out / "main.png")
     for name in ("playlist", "mixer", "info", "config", "window"):
         player.open_page(name)
         if name != "mixer":
-            player.shot(out / f"{name}.png")
+            player.portrait(out / f"{name}.png")
             continue
         for sub, place in desk.SUB_PAGES.items():
             player.press(place, rest=1.4)
-            player.shot(out / f"mixer-{sub}.png")
+            player.portrait(out / f"mixer-{sub}.png")
     player.open_page("main")
     for _ in range(3):
         player.press(desk.DISPLAY_MODE, rest=1)
     player.move(500, 320)
-    player.shot(out / "full-window.png")
+    player.portrait(out / "full-window.png")
     for path in sorted(out.glob("*.png")):
         print(path)
 finally:
