@@ -32,13 +32,14 @@ struct WaveDevice {
   // The device thread's own.
   snd_pcm_t* pcm = nullptr;  // null while the device is gone
   std::vector<char> piece;   // on its way to the PCM, in memory that no caller takes away
+  std::int64_t rest = 0;     // milliseconds until the next buffer will have been heard
 };
 
 namespace {
 
 constexpr snd_pcm_uframes_t kPeriods = 8;
-// Half a buffer of the mixer: often enough that no period is missed, and no busier than that.
-constexpr int kPollMilliseconds = 26;
+// Between two looks at the PCM: from the least worth a waking to one of its periods.
+constexpr std::int64_t kShortestRest = 5, kLongestRest = 50;  // milliseconds
 constexpr auto kReopenPause = std::chrono::seconds(1);
 // How long a caller waits for a sound server that does not answer.
 constexpr auto kOpenPatience = std::chrono::seconds(5);
@@ -134,8 +135,17 @@ snd_pcm_sframes_t Waiting(snd_pcm_t* pcm) {
   return result < 0 ? -1 : std::max<snd_pcm_sframes_t>(waiting, 0);
 }
 
+std::int64_t UntilHeard(const WaveDevice& device, snd_pcm_sframes_t waiting) {
+  if (device.queue.empty() || device.fed < device.queue.front()->bufferLength) return kShortestRest;
+  const std::uint64_t behind = device.fed - device.queue.front()->bufferLength;
+  const auto frames = waiting - static_cast<snd_pcm_sframes_t>(behind / device.format.blockAlign);
+  return std::clamp(frames * 1000 / device.format.samplesPerSecond + 1, kShortestRest,
+                    kLongestRest);
+}
+
 // Marks the buffers whose last frame has left the device.  False if the device has failed.
 bool FinishHeard(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
+  device.rest = kShortestRest;
   if (device.fed == 0) return true;
   guard.unlock();
   const snd_pcm_sframes_t waiting = Waiting(device.pcm);
@@ -152,6 +162,7 @@ bool FinishHeard(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
     header.flags.Publish(kWavePrepared | kWaveDone);
     guard.lock();
   }
+  device.rest = UntilHeard(device, waiting);
   return true;
 }
 
@@ -202,7 +213,7 @@ void PlayQueue(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
       ClosePcm(device);
       guard.lock();
     } else {
-      device.changed.wait_for(guard, std::chrono::milliseconds(kPollMilliseconds),
+      device.changed.wait_for(guard, std::chrono::milliseconds(device.rest),
                               [&] { return Interrupted(device); });
     }
   }
@@ -269,7 +280,8 @@ void PrepareWave(WaveDevice*, WaveHeader& header) {
 void WriteWave(WaveDevice* device, WaveHeader& header) {
   std::lock_guard guard(device->lock);
   device->queue.push_back(&header);
-  device->changed.notify_all();
+  // A busy device looks at its queue by itself.
+  if (device->queue.size() == 1) device->changed.notify_all();
 }
 
 bool UnprepareWave(WaveDevice*, WaveHeader& header) {

@@ -32,7 +32,8 @@ constexpr int kEditWidth = 100, kEditHeight = 18, kEditAbove = -100;
 std::mutex captionLock;
 std::string caption;
 std::atomic<bool> captionChanged = false;
-std::atomic<bool> presented = false;
+// Rows of the front picture that the screen does not show yet: first << 16 | end, 0 for none.
+std::atomic<unsigned> changedRows = 0;
 std::atomic<int> editCaret = 0;
 std::atomic<MainWindow*> presentTarget = nullptr;
 
@@ -42,11 +43,25 @@ int ScreenScale() {
 }
 
 // Another thread may be presenting while the main thread paints: a frame may show torn, and the
-// next one is whole.
-KWO_MAY_TEAR void CopyPixels(const std::uint8_t* from, std::uint32_t* to, int count) {
-  for (int x = 0; x < count; ++x, from += 3)
-    to[x] = 0xFF000000u | static_cast<std::uint32_t>(from[2]) << 16 |
-            static_cast<std::uint32_t>(from[1]) << 8 | from[0];
+// next one is whole.  Not 0 if a pixel has changed.
+KWO_MAY_TEAR std::uint32_t CopyPixels(const std::uint8_t* from, std::uint32_t* to, int count) {
+  std::uint32_t changes = 0;
+  for (int x = 0; x < count; ++x, from += 3) {
+    const std::uint32_t pixel = 0xFF000000u | static_cast<std::uint32_t>(from[2]) << 16 |
+                                static_cast<std::uint32_t>(from[1]) << 8 | from[0];
+    changes |= pixel ^ to[x];
+    to[x] = pixel;
+  }
+  return changes;
+}
+
+void AddChangedRows(int first, int end) {
+  const auto begin = static_cast<unsigned>(first), behind = static_cast<unsigned>(end);
+  unsigned old = changedRows, merged;
+  do {
+    merged = old == 0 ? begin << 16 | behind
+                      : std::min(begin, old >> 16) << 16 | std::max(behind, old & 0xFFFF);
+  } while (!changedRows.compare_exchange_weak(old, merged));
 }
 
 }  // namespace
@@ -202,7 +217,11 @@ void MainWindow::dropEvent(QDropEvent* event) {
 void ServeWindow() {
   if (!mainWindow) return;
   if (captionChanged.exchange(false)) mainWindow->PutCaption();
-  if (presented.exchange(false)) mainWindow->update();
+  if (const unsigned rows = changedRows.exchange(0)) {
+    const int scale = mainWindow->scale;
+    const int first = static_cast<int>(rows >> 16), end = static_cast<int>(rows & 0xFFFF);
+    mainWindow->update(0, first * scale, mainWindow->width(), (end - first) * scale);
+  }
 }
 
 void SetCaption(const char* text) {
@@ -214,20 +233,24 @@ void SetCaption(const char* text) {
   if (mainLoop.wake) mainLoop.wake();
 }
 
+// Most of a frame is as it was before, and often all of it: only what has changed is painted.
 void Present(const Picture& picture, const Rectangle& area) {
   MainWindow* window = presentTarget;
   if (!window || picture.width != window->size.width || picture.height != window->size.height)
     return;
+  int first = -1, end = 0;
   for (int y = area.y; y < area.y + area.height; ++y) {
     const std::ptrdiff_t row = picture.height - 1 - y;
     const std::ptrdiff_t line = y;
-    CopyPixels(picture.bits + row * picture.stride + 3 * area.x,
-               reinterpret_cast<std::uint32_t*>(const_cast<uchar*>(window->front.constBits()) +
-                                                line * window->front.bytesPerLine()) +
-                   area.x,
-               area.width);
+    auto* to = reinterpret_cast<std::uint32_t*>(const_cast<uchar*>(window->front.constBits()) +
+                                                line * window->front.bytesPerLine());
+    if (!CopyPixels(picture.bits + row * picture.stride + 3 * area.x, to + area.x, area.width))
+      continue;
+    if (first < 0) first = y;
+    end = y + 1;
   }
-  presented = true;
+  if (first < 0) return;
+  AddChangedRows(first, end);
   if (mainLoop.wake) mainLoop.wake();
 }
 
