@@ -178,6 +178,13 @@ std::string ParseLine(const std::string& text, std::vector<ScriptStep>& steps) {
   return "unknown command " + name;
 }
 
+// The data of the source tree, or of the player that is installed beside this program.
+std::filesystem::path DataFolder() {
+  std::error_code ignored;
+  if (std::filesystem::exists(std::filesystem::path(KWO_DATA) / "skin", ignored)) return KWO_DATA;
+  return std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / "../lib/kwo";
+}
+
 // The user's thread and what it needs.
 struct User {
   const std::vector<ScriptStep>& steps;
@@ -229,7 +236,7 @@ std::string MakeProgramFolder() {
   std::string name = (std::filesystem::temp_directory_path() / "kwo-drive-XXXXXX").string();
   if (!mkdtemp(name.data())) return "";
   for (const char* data : {"skin", "help", "music"})
-    std::filesystem::create_directory_symlink(std::filesystem::path(KWO_DATA) / data,
+    std::filesystem::create_directory_symlink(DataFolder() / data,
                                               std::filesystem::path(name) / data);
   return name;
 }
