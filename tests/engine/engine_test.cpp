@@ -196,11 +196,15 @@ TEST_F(Engine, SongOfOtherChannelsInsideABlockCountsFromTheNextBlock) {
   EXPECT_EQ(mono[kBlock - 8], mixer.MixBuffer()[0]);
   EXPECT_EQ(mono[kBlock - 8], mixer.MixBuffer()[1]);
 
-  Play(Wav(mono, 1));
+  std::vector<std::int16_t> sides;
+  for (int i = 0; i < 2 * kBlock; ++i) sides.push_back(i % 2 ? -9 : 9);
+  Play(Wav({mono.begin(), mono.end() - 1}, 1));
   for (int block = 0; block < 5; ++block) mixer.RenderBlock();
-  nextSong = Wav(std::vector<std::int16_t>(kBlock, 9));
-  EXPECT_EQ(1, mixer.RenderBlock()) << "the last values of the mono song and 9 behind them";
-  EXPECT_EQ(9, mixer.Block()[kBlock - 1]);
+  nextSong = Wav(sides);
+  EXPECT_EQ(1, mixer.RenderBlock()) << "the last values of the mono song and 11 behind them";
+  EXPECT_EQ(1, mixer.RenderBlock());
+  EXPECT_EQ(9, mixer.Block()[0]) << "left is left, though an odd number of values was missing";
+  EXPECT_EQ(-9, mixer.Block()[1]);
 }
 
 TEST_F(Engine, RampsEndAfterTheirBlockCounts) {
