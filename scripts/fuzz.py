@@ -1,13 +1,16 @@
 #!/usr/bin/env python3
-"""Runs every fuzz target for a bounded time, from seeds cut out of the tests' songs.
+"""Runs every fuzz target for a bounded time, from seeds cut out of the tests' songs and from what
+earlier runs have found worth keeping, fuzz/corpus/NAME.tar.xz.
 
-usage: fuzz.py FOLDER SECONDS      FOLDER holds the fuzz_* programs
+usage: fuzz.py FOLDER SECONDS [--keep]      FOLDER holds the fuzz_* programs
+--keep packs the corpora anew, with what this run has found.
 """
 import pathlib
 import random
 import struct
 import subprocess
 import sys
+import tarfile
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -70,28 +73,68 @@ SEEDS = {"bmp": bmp_seeds, "drive": drive_seeds, "mpeg": mpeg_seeds, "playlist":
          "skin_description": skin_description_seeds, "tag": tag_seeds, "wav": wav_seeds}
 
 
+LONGEST_INPUT = 9000
+LONGEST_KEPT = 3000
+LARGEST_CORPUS = 400000
+# Inputs that run the whole program reach the most and would all be kept, a second or two each.
+NOT_KEPT = {"drive"}
+
+
+def unpack(archive, corpus):
+    with tarfile.open(archive) as tar:
+        for member in tar.getmembers():
+            (corpus / pathlib.Path(member.name).name).write_bytes(tar.extractfile(member).read())
+
+
+def keep(target, corpus, archive):
+    """Packs the fewest inputs that reach all that the corpus reaches, the small ones of them."""
+    with tempfile.TemporaryDirectory() as work:
+        least = pathlib.Path(work) / "least"
+        least.mkdir()
+        subprocess.run([target.resolve(), "-merge=1", f"-max_len={LONGEST_KEPT}", least, corpus],
+                       cwd=work, capture_output=True, check=True)
+        archive.parent.mkdir(exist_ok=True)
+        total = 0
+        with tarfile.open(archive, "w:xz") as tar:
+            for path in sorted(least.iterdir(), key=lambda path: (path.stat().st_size, path.name)):
+                total += path.stat().st_size
+                if total > LARGEST_CORPUS:
+                    break
+                entry = tarfile.TarInfo(path.name[:16])
+                entry.size = path.stat().st_size
+                with path.open("rb") as data:
+                    tar.addfile(entry, data)
+
+
+def fuzz(target, seconds, keeping):
+    """The last line of the target's report, and its end if it failed."""
+    name = target.name.removeprefix("fuzz_")
+    archive = ROOT / "fuzz" / "corpus" / f"{name}.tar.xz"
+    with tempfile.TemporaryDirectory() as work:
+        corpus = pathlib.Path(work) / "corpus"
+        corpus.mkdir()
+        for number, seed in enumerate(SEEDS[name]()):
+            (corpus / str(number)).write_bytes(seed)
+        if archive.exists():
+            unpack(archive, corpus)
+        command = [target.resolve(), f"-max_total_time={seconds}", f"-max_len={LONGEST_INPUT}",
+                   "-timeout=10", corpus]
+        result = subprocess.run(command, cwd=work, capture_output=True, text=True)
+        lines = result.stderr.strip().splitlines()
+        print(f"{name}: {lines[-1] if lines else 'no output'}", flush=True)
+        if result.returncode != 0:
+            print("\n".join(lines[-40:]))
+            return False
+        if keeping and name not in NOT_KEPT:
+            keep(target, corpus, archive)
+        return True
+
+
 def main():
-    folder, seconds = pathlib.Path(sys.argv[1]), sys.argv[2]
-    failed = []
-    for target in sorted(folder.glob("fuzz_*")):
-        if not target.is_file():
-            continue
-        name = target.name.removeprefix("fuzz_")
-        with tempfile.TemporaryDirectory() as work:
-            corpus = pathlib.Path(work) / "corpus"
-            corpus.mkdir()
-            for number, seed in enumerate(SEEDS[name]()):
-                (corpus / str(number)).write_bytes(seed)
-            kept = ROOT / "fuzz" / "findings" / name
-            command = [target.resolve(), f"-max_total_time={seconds}", "-max_len=9000",
-                       "-timeout=10", corpus] + ([kept] if kept.is_dir() else [])
-            result = subprocess.run(command, cwd=work, capture_output=True, text=True)
-            lines = result.stderr.strip().splitlines()
-            print(f"{name}: {lines[-1] if lines else 'no output'}", flush=True)
-            if result.returncode != 0:
-                print("\n".join(lines[-40:]))
-                failed.append(name)
-    return 1 if failed else 0
+    folder, seconds, keeping = pathlib.Path(sys.argv[1]), sys.argv[2], "--keep" in sys.argv[3:]
+    targets = [path for path in sorted(folder.glob("fuzz_*")) if path.is_file()]
+    failed = [target.name for target in targets if not fuzz(target, seconds, keeping)]
+    return 1 if failed or not targets else 0
 
 
 if __name__ == "__main__":
