@@ -40,7 +40,9 @@ void CloseFile(int file);
 bool ReadWholeFile(const char* path, std::string& contents, std::size_t limit);
 
 /// Writes `contents` beside `path` and renames it into place: after a crash, a full disk or a kill
-/// the file holds the old contents or the new ones, whole.  False leaves the old file as it was.
+/// the file holds the old contents or the new ones, whole, also when another process saves it at
+/// the same moment.  It keeps its permissions but for read-only, and a link to it stays a link.
+/// False leaves the old file as it was.
 bool ReplaceFile(const char* path, std::string_view contents);
 
 constexpr int kAttributeHidden = 0x02;  ///< the name begins with a dot

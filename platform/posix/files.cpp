@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "platform/posix/executable.h"
 
@@ -112,10 +113,14 @@ bool ReadWholeFile(const char* path, std::string& contents, std::size_t limit) {
 }
 
 bool ReplaceFile(const char* path, std::string_view contents) {
-  const std::string target = ToMachinePath(path);
-  const std::string beside = target + ".new";
+  // A link to the file stays one.
+  const std::string target = ToMachinePath(CanonicalPath(path).c_str());
+  // A name of this process alone: two players may end at the same moment.
+  const std::string beside = target + '.' + std::to_string(getpid()) + ".new";
   int file = open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (file < 0) return false;
+  struct stat old;
+  if (stat(target.c_str(), &old) == 0) fchmod(file, (old.st_mode & 0777) | S_IWUSR);
   const int size = static_cast<int>(contents.size());
   bool whole = WriteFile(file, contents.data(), size) == size;
   // The rename must not reach the disk before the contents do.

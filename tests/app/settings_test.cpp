@@ -85,7 +85,7 @@ TEST_F(Settings, FileThatCannotBeWrittenOrReadChangesNothing) {
   headless::UseRegistryFile(path);
   EXPECT_EQ(0, GetSettingInt("A", 9, 0));
   EXPECT_STREQ("%4", GetSettingString("B", "", 0));
-  test::WriteBytes(path + ".new", "left by a crash");
+  test::WriteBytes(test::SavedBeside(path), "left by a crash");
   GetSettingInt("A", 5, 1);
   FlushSettings();
   EXPECT_NE(std::string::npos, test::ReadBytes(path).find("A=dword:00000005"));

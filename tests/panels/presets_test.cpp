@@ -67,7 +67,7 @@ TEST_F(Presets, ValuesThatAreNoCurvesBecomeNeutral) {
 
 TEST_F(Presets, FailedSaveLeavesTheOldFile) {
   test::WriteBytes(file, "old");
-  std::filesystem::create_directory(file + ".new");
+  std::filesystem::create_directory(test::SavedBeside(file));
   LoadEqPresets();
   SaveEqPresets();
   EXPECT_EQ("old", test::ReadBytes(file));

@@ -252,10 +252,11 @@ TEST_F(List, PlaylistFilesThatNameEachOtherEnd) {
 TEST_F(List, FailedSaveLeavesTheOldFile) {
   const std::string path = Song("HISTORY.PLA", "ADD old.mp3\r\n");
   Add({"new.mp3"});
-  std::filesystem::create_directory(folder.File("HISTORY.PLA.new"));
+  const std::string beside = test::SavedBeside(folder.File("HISTORY.PLA"));
+  std::filesystem::create_directory(beside);
   SavePlaylistFile(path.c_str());
   EXPECT_EQ("ADD old.mp3\r\n", test::ReadBytes(folder.File("HISTORY.PLA")));
-  std::filesystem::remove(folder.File("HISTORY.PLA.new"));
+  std::filesystem::remove(beside);
   std::filesystem::permissions(folder.File("HISTORY.PLA"), std::filesystem::perms::owner_read);
   SavePlaylistFile(path.c_str());
   EXPECT_EQ("VERSION 10\r\nADD new.mp3\r\n", test::ReadBytes(folder.File("HISTORY.PLA")));
@@ -284,6 +285,18 @@ TEST_F(List, DialogsAddWhatTheUserChooses) {
   EXPECT_EQ(0, AddPath((shown + "list.m3u").c_str()));
   EXPECT_EQ(platform::CanonicalPath(shown.c_str()) + "\\", platform::CurrentFolder());
   platform::SetCurrentFolder(here.c_str());
+}
+
+TEST_F(List, SaveGoesThroughALinkAndKeepsThePermissions) {
+  const std::string real = folder.File("real.pla"), link = folder.File("HISTORY.PLA");
+  test::WriteBytes(real, "");
+  std::filesystem::permissions(real, std::filesystem::perms(0464));
+  std::filesystem::create_symlink(real, link);
+  Add({"a.mp3"});
+  SavePlaylistFile(platform::FromMachinePath(link.c_str()).c_str());
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ("VERSION 10\r\nADD a.mp3\r\n", test::ReadBytes(real));
+  EXPECT_EQ(std::filesystem::perms(0664), std::filesystem::status(real).permissions());
 }
 
 }  // namespace
