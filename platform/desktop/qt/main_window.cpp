@@ -9,7 +9,6 @@
 #include <QPainter>
 #include <QScreen>
 #include <QStringDecoder>
-#include <QUrl>
 #include <algorithm>
 #include <mutex>
 
@@ -62,6 +61,19 @@ void AddChangedRows(int first, int end) {
     merged = old == 0 ? begin << 16 | behind
                       : std::min(begin, old >> 16) << 16 | std::max(behind, old & 0xFFFF);
   } while (!changedRows.compare_exchange_weak(old, merged));
+}
+
+// The paths of a drop, with their bytes as they stand: a file's name need not be text.
+std::vector<std::string> DroppedPaths(const QMimeData& data) {
+  std::vector<std::string> paths;
+  for (const QByteArray& line : data.data("text/uri-list").split('\n')) {
+    QByteArray path = line.trimmed();
+    if (!path.startsWith("file:")) continue;
+    path.remove(0, 5);
+    if (path.startsWith("//")) path.remove(0, path.indexOf('/', 2));
+    paths.push_back(FromMachinePath(QByteArray::fromPercentEncoding(path).constData()));
+  }
+  return paths;
 }
 
 }  // namespace
@@ -205,13 +217,9 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
-  std::vector<std::string> paths;
-  for (const QUrl& url : event->mimeData()->urls())
-    if (url.isLocalFile())
-      paths.push_back(FromMachinePath(url.toLocalFile().toLocal8Bit().constData()));
   event->setDropAction(Qt::CopyAction);
   event->accept();
-  PostMessage({kMessageDropFiles, KeepDrop(std::move(paths)), 0});
+  PostMessage({kMessageDropFiles, KeepDrop(DroppedPaths(*event->mimeData())), 0});
 }
 
 void ServeWindow() {
