@@ -27,6 +27,8 @@ HEAD = RATE // 20
 # The recorder's own failure, which says nothing about the sound.
 CUT_RECORDING = "the recording holds only"
 TAIL = RATE * 3 // 10
+# Frames on both sides of a join by which it is found: more than the encoder's silence.
+BEFORE_JOIN, AFTER_JOIN = 8192, 256
 
 
 def expected_sound(render, songs, work):
@@ -67,12 +69,13 @@ def check_exact(tools, work, run):
     recorder.terminate()
     recorder.wait()
     heard = recording.read_bytes()
-    # Both songs are the same: the join is the one place that tells where in the list we are.
+    # Both songs are the same: the join is the one place that tells where in the list we are, and its
+    # second half alone is also how the first song begins.
     join = len(sent) // FRAME // 2
-    place = find_frames(heard, sent[join * FRAME:join * FRAME + 4096])
+    place = find_frames(heard, sent[(join - BEFORE_JOIN) * FRAME:(join + AFTER_JOIN) * FRAME])
     if place is None:
         return "the songs did not come out"
-    start, end = place - join, len(sent) // FRAME - TAIL
+    start, end = place + BEFORE_JOIN - join, len(sent) // FRAME - TAIL
     sent, heard = frames(sent), frames(heard)
     if start + HEAD < 0 or start + end > len(heard):
         return f"{CUT_RECORDING} frames {-start} to {len(heard) - start} of {len(sent)}"
