@@ -44,12 +44,17 @@ constexpr Setting kSettings[] = {
 
 }  // namespace
 
-bool StartEngine() {
+bool MakeEngine() {
   TheMixer = new Mixer;
   TheMixer->Init(kBlockSize, 44100, 2, OnMixerEvent);
   for (int slot = 0; slot < 3; ++slot)
     if (!TheMixer->CreateVoice(slot, kBlockSize)) return false;
   hooks.transportStop = TransportStop;
+  return true;
+}
+
+bool StartEngine() {
+  if (!MakeEngine()) return false;
   TheMixer->StartThread();
   return true;
 }

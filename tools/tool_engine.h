@@ -5,7 +5,10 @@
 /// The engine as the developer programs run it: the whole of it, without a window.
 namespace kwo::tools {
 
-/// Starts the mixer with its three voices; false if there is no memory.
+/// Makes the mixer with its three voices, without its thread; false if there is no memory.
+bool MakeEngine();
+
+/// The same, with the thread running.
 bool StartEngine();
 
 /// Stops the music at once, and the engine.

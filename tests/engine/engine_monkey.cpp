@@ -14,8 +14,6 @@
 namespace kwo::test {
 namespace {
 
-constexpr int kBlockSize = 4608;
-
 std::mt19937 chance;
 std::vector<std::string> songs;
 
@@ -115,25 +113,13 @@ int Below(int limit) {
   return static_cast<int>(chance() % static_cast<unsigned>(limit));
 }
 
-void StartEngine(unsigned seed, const std::string& folder) {
+void BeginToPlay(unsigned seed, const std::string& folder) {
   chance.seed(seed);
   MakeSongs(folder);
-  TheMixer = new Mixer;
-  TheMixer->Init(kBlockSize, 44100, 2, OnMixerEvent);
-  for (int slot = 0; slot < 3; ++slot) TheMixer->CreateVoice(slot, kBlockSize);
-  hooks.transportStop = TransportStop;
   hooks.refreshPlaylistPage = BuildDisplayNames;
   AddSome();
   repeatOn = 1;
   TransportPlay();
-}
-
-void StopEngine() {
-  DjEnd();
-  ClearList();
-  TheMixer->StopThread();
-  delete TheMixer;
-  TheMixer = nullptr;
 }
 
 void ActAtRandom() {

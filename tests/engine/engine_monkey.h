@@ -5,12 +5,9 @@
 /// A listener who presses whatever comes to his mind: for the stress test and the soak.
 namespace kwo::test {
 
-/// Sets up the engine with its three voices and no thread, fills a folder with songs, good and bad,
-/// and starts to play.  The same seed gives the same actions.
-void StartEngine(unsigned seed, const std::string& folder);
-
-/// Ends the DJ and the render thread, and frees everything.
-void StopEngine();
+/// Fills a folder with songs, good and bad, for the engine that has been made, and starts to play.
+/// The same seed gives the same actions.
+void BeginToPlay(unsigned seed, const std::string& folder);
 
 /// One action on the list, the transport, the mixer or the DJ.  Main thread.
 void ActAtRandom();

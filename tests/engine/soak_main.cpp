@@ -14,6 +14,7 @@
 #include "platform/headless/headless.h"
 #include "tests/engine/engine_monkey.h"
 #include "tests/support.h"
+#include "tools/tool_engine.h"
 
 namespace {
 
@@ -42,7 +43,8 @@ int main(int count, char** arguments) {
   const double hours = count > 1 ? std::atof(arguments[1]) : 0.1;
   const unsigned seed = count > 2 ? static_cast<unsigned>(std::atoi(arguments[2])) : 1;
   const test::TempFolder folder;
-  test::StartEngine(seed, folder.Path());
+  if (!tools::MakeEngine()) return 1;
+  test::BeginToPlay(seed, folder.Path());
   const auto blocks = static_cast<long>(hours * 3600 * 1000 / kBlockMilliseconds);
   long heard = 0;
   for (long block = 0; block < blocks; ++block) {
@@ -60,7 +62,7 @@ int main(int count, char** arguments) {
                   static_cast<double>(block) * hours / static_cast<double>(blocks), ResidentKiB());
     std::fflush(stdout);
   }
-  test::StopEngine();
+  tools::StopEngine();
   std::printf("engine_soak: %ld blocks, %ld with sound, every value finite\n", blocks, heard);
   return heard > blocks / 4 ? 0 : 1;
 }

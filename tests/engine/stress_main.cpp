@@ -10,6 +10,7 @@
 #include "platform/headless/headless.h"
 #include "tests/engine/engine_monkey.h"
 #include "tests/support.h"
+#include "tools/tool_engine.h"
 
 int main(int count, char** arguments) {
   using namespace kwo;
@@ -17,7 +18,8 @@ int main(int count, char** arguments) {
   const unsigned seed = count > 2 ? static_cast<unsigned>(std::atoi(arguments[2])) : 1;
   headless::UseRunningClock(100.0);
   const test::TempFolder folder;
-  test::StartEngine(seed, folder.Path());
+  if (!tools::MakeEngine()) return 1;
+  test::BeginToPlay(seed, folder.Path());
   TheMixer->StartThread();
   std::size_t played = 0;
   for (int i = 0; i < actions; ++i) {
@@ -25,7 +27,7 @@ int main(int count, char** arguments) {
     platform::Sleep(test::Below(400));
     played += headless::TakePlayedSound().size();
   }
-  test::StopEngine();
+  tools::StopEngine();
   std::printf("%d actions, %zu values played\n", actions, played);
   return played > 0 ? 0 : 1;
 }
