@@ -32,12 +32,17 @@ struct WaveDevice {
   // The device thread's own.
   snd_pcm_t* pcm = nullptr;  // null while the device is gone
   std::vector<char> piece;   // on its way to the PCM, in memory that no caller takes away
-  std::int64_t rest = 0;     // milliseconds until the next buffer will have been heard
+  std::int64_t rest = 0;     // milliseconds until the next look at the PCM
+  std::chrono::steady_clock::time_point fedAt;  // when the PCM was last given something
 };
 
 namespace {
 
-constexpr snd_pcm_uframes_t kPeriods = 8;
+// The PCM takes a second, nearly all that the engine renders ahead: enough to ride out a machine
+// that stands still for most of it.  The sound starts with half of that in hand.
+constexpr unsigned kPeriodsPerSecond = 20, kPeriods = 20, kPeriodsToStart = 10;
+// A sound shorter than that starts once nothing more has come for this long.
+constexpr auto kStartPatience = std::chrono::milliseconds(50);
 // Between two looks at the PCM: from the least worth a waking to one of its periods.
 constexpr std::int64_t kShortestRest = 5, kLongestRest = 50;  // milliseconds
 constexpr auto kReopenPause = std::chrono::seconds(1);
@@ -50,13 +55,11 @@ WaveDevice* hung = nullptr;
 
 void IgnoreError(const char*, int, const char*, int, const char*, ...) {}
 
-// The sound starts once two periods are there, and the device holds eight: enough to ride out a
-// busy machine, and short enough for a stop to be heard soon.
 bool Configure(snd_pcm_t* pcm, const WaveFormat& format) {
   snd_pcm_hw_params_t* hardware;
   snd_pcm_hw_params_alloca(&hardware);
   unsigned rate = format.samplesPerSecond;
-  snd_pcm_uframes_t period = format.samplesPerSecond / 20;
+  snd_pcm_uframes_t period = format.samplesPerSecond / kPeriodsPerSecond;
   snd_pcm_uframes_t size = period * kPeriods;
   if (snd_pcm_hw_params_any(pcm, hardware) < 0 ||
       snd_pcm_hw_params_set_rate_resample(pcm, hardware, 1) < 0 ||
@@ -71,7 +74,8 @@ bool Configure(snd_pcm_t* pcm, const WaveFormat& format) {
   snd_pcm_sw_params_t* software;
   snd_pcm_sw_params_alloca(&software);
   return snd_pcm_sw_params_current(pcm, software) >= 0 &&
-         snd_pcm_sw_params_set_start_threshold(pcm, software, std::min(2 * period, size)) >= 0 &&
+         snd_pcm_sw_params_set_start_threshold(pcm, software,
+                                               std::min(kPeriodsToStart * period, size)) >= 0 &&
          snd_pcm_sw_params_set_avail_min(pcm, software, period) >= 0 &&
          snd_pcm_sw_params(pcm, software) >= 0;
 }
@@ -113,13 +117,17 @@ bool FeedPcm(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
     guard.lock();
     if (Interrupted(device) || taken == -EAGAIN) return true;
     if (taken < 0) return false;
+    device.fedAt = std::chrono::steady_clock::now();
     device.fed += static_cast<std::uint64_t>(taken) * device.format.blockAlign;
   }
-  if (device.fed == 0) return true;
-  guard.unlock();
-  // A sound shorter than the start threshold would never begin by itself.
-  if (snd_pcm_state(device.pcm) == SND_PCM_STATE_PREPARED) snd_pcm_start(device.pcm);
-  guard.lock();
+  return true;
+}
+
+// Whether the PCM plays; starts a sound that is too short to start by itself.
+bool IsStarted(const WaveDevice& device) {
+  if (snd_pcm_state(device.pcm) != SND_PCM_STATE_PREPARED) return true;
+  if (std::chrono::steady_clock::now() - device.fedAt < kStartPatience) return false;
+  snd_pcm_start(device.pcm);
   return true;
 }
 
@@ -148,8 +156,10 @@ bool FinishHeard(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
   device.rest = kShortestRest;
   if (device.fed == 0) return true;
   guard.unlock();
-  const snd_pcm_sframes_t waiting = Waiting(device.pcm);
+  const bool started = IsStarted(device);
+  const snd_pcm_sframes_t waiting = started ? Waiting(device.pcm) : 0;
   guard.lock();
+  if (!started) return true;
   if (waiting < 0) return false;
   const std::uint64_t unheard = static_cast<std::uint64_t>(waiting) * device.format.blockAlign;
   while (!Interrupted(device) && !device.queue.empty() &&
