@@ -195,7 +195,9 @@ bool CopyPath(int index, char (&path)[kPathSize]) {
 
 int AddSong(const char* path) {
   const std::size_t length = std::strlen(path);
-  if (playlist.count >= kMaxSongs || length >= kPathSize) return 0;
+  // A line end in a path would break the list's file apart, and what follows it could be read back
+  // as a folder.
+  if (playlist.count >= kMaxSongs || length >= kPathSize || std::strpbrk(path, "\r\n")) return 0;
   auto* entry = new (std::nothrow) PlaylistEntry{};
   if (!entry) return 0;
   std::memcpy(entry->path, path, length + 1);

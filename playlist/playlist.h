@@ -57,7 +57,8 @@ bool CopyPath(int index, char (&path)[kPathSize]);
 
 // The operations below belong to the main thread, but for BuildDisplayNames.
 
-/// Appends a song and reads its tag; 1, or 0 if the list is full or the path too long.
+/// Appends a song and reads its tag; 1, or 0 if the list is full or the path too long or broken by
+/// a line end.
 int AddSong(const char* path);
 void ClearList();
 /// Rebuilds all display names by the display mode.  Any thread.

@@ -201,8 +201,8 @@ TEST_F(List, RecordsLiveAsLongAsTheirReaders) {
 TEST_F(List, AddsFilesFoldersAndNothingElse) {
   std::filesystem::create_directories(folder.File("sub/.hidden"));
   std::filesystem::create_directory_symlink(folder.Path(), folder.File("sub/loop"));
-  for (const char* name :
-       {"a.mp3", "sub/b.Mp2", "sub/.hidden/c.mp3", "d.wav", "e.ogg", "mp3", "back\\slash.mp3"})
+  for (const char* name : {"a.mp3", "sub/b.Mp2", "sub/.hidden/c.mp3", "d.wav", "e.ogg", "mp3",
+                           "back\\slash.mp3", "ADD sub\nADD .mp3"})
     Song(name);
   EXPECT_EQ(2, AddPath(platform::FromMachinePath(folder.Path().c_str()).c_str()));
   EXPECT_EQ(1, AddPath("no\\such\\song.MP3")) << "no test that it exists";
