@@ -228,10 +228,13 @@ int Voice::ContinueAtEnd(int got, int wanted) {
   const int more = mixer->callback ? mixer->callback(mixer, EVENT_SOURCE_END, this, 0, 0, 0) : 0;
   if (!more) return got;
   const int missing = wanted - got;
-  // Whole frames, so that a stereo song behind an odd number of mono values keeps its sides.
-  const int read = source->Read(buffer.get() + got, (missing & ~1) * 4) / 4;
+  // Whole frames, so that a stereo song behind an odd number of mono values keeps its sides: the
+  // value too many falls behind the block.
+  const int frame = source->channels == 1 ? 1 : 2;
+  const int asked = (missing + frame - 1) / frame * frame;
+  const int read = source->Read(buffer.get() + got, asked * 4) / 4;
   if (read == 0) return 0;
-  std::fill_n(buffer.get() + got + read, missing - read, 0.0f);
+  if (read < missing) std::fill_n(buffer.get() + got + read, missing - read, 0.0f);
   return wanted;
 }
 

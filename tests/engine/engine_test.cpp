@@ -205,6 +205,15 @@ TEST_F(Engine, SongOfOtherChannelsInsideABlockCountsFromTheNextBlock) {
   EXPECT_EQ(1, mixer.RenderBlock());
   EXPECT_EQ(9, mixer.Block()[0]) << "left is left, though an odd number of values was missing";
   EXPECT_EQ(-9, mixer.Block()[1]);
+
+  Play(Wav({mono.begin(), mono.begin() + 2303}, 1));
+  nextSong = Wav(sides);
+  ASSERT_EQ(1, mixer.RenderBlock()) << "a single value was missing";
+  EXPECT_EQ(mono[2302], mixer.MixBuffer()[4604]);
+  EXPECT_EQ(9, mixer.MixBuffer()[4606]);
+  EXPECT_EQ(1, mixer.RenderBlock());
+  EXPECT_EQ(9, mixer.Block()[0]);
+  EXPECT_EQ(-9, mixer.Block()[1]);
 }
 
 TEST_F(Engine, RampsEndAfterTheirBlockCounts) {
