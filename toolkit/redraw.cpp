@@ -13,6 +13,12 @@ constexpr int kFadeSlot = 0;
 constexpr int kDriftSlot = 1;
 constexpr int kDark = -260;
 
+// Where a repetition comes in view: a tile that is still to be placed lies far outside, and may be
+// as small as a pixel.
+int FirstInView(int place, int size) {
+  return place < 0 ? place % size : place;
+}
+
 }  // namespace
 
 void SkinHost::RunRedraw(void* host) {
@@ -79,8 +85,9 @@ void SkinHost::DrawTile(int index) {
   // A tile without its picture has no size, and could be repeated for ever.
   if (!tile || tile->width < 1 || tile->height < 1) return;
   const int width = tile->width, height = tile->height;
-  for (int top = tile->y; top < windowHeight; top += height)
-    for (int left = tile->x; left < windowWidth; left += width) tile->DrawWidgetAt(left, top);
+  const int firstLeft = FirstInView(tile->x, width), firstTop = FirstInView(tile->y, height);
+  for (int top = firstTop; top < windowHeight; top += height)
+    for (int left = firstLeft; left < windowWidth; left += width) tile->DrawWidgetAt(left, top);
 }
 
 void SkinHost::DrawWidgets() {

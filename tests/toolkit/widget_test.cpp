@@ -265,6 +265,10 @@ TEST_F(Toolkit, TilesRepeatDriftAndCrossFade) {
   host.CreateImageWidget(2, "missing.bmp", 0, 0, IMAGE_WIDGET, 0);
   host.ShowTile(2, 0);
   host.RedrawFrame();
+  Canvas(3, kUnplaced, kUnplaced, 1, 1, 0x646464);
+  host.currentTile = 3;
+  host.RedrawFrame();
+  EXPECT_EQ(0x646464u, Pixel(79, 49)) << "a tile of one pixel, drawn before its way has begun";
 }
 
 // Composes all widgets pixel by pixel: what the frame must be.
