@@ -173,13 +173,8 @@ void RunMixerPage(int program, int wait) {
 void ChooseSubPage(const Widget* widget) {
   for (int page = 0; page < kSubPages; ++page) {
     if (widget != Find(WIDGET_SUB_PAGE + page) || page == MixerSubPage) continue;
-    for (int i = 0; i < kSubPages; ++i) {
-      Widget& button = *Find(WIDGET_SUB_PAGE + i);
-      button.x = int{button.homeX};
-      button.y = int{button.homeY};
-      button.brightness = 0;
-    }
     HideMixerSubPage();
+    for (int i = 0; i < kSubPages; ++i) PutBack(WIDGET_SUB_PAGE + i);
     MixerSubPage = page;
     ShowMixerSubPage();
     return;

@@ -42,6 +42,12 @@ void SetNudge(Widget& widget, int program, int x, int y) {
   widget.SetPath(program, x, y, x + kNudge, y + kNudge, kNudge, 0, MOTION_SNAP_BACK);
 }
 
+void PutBack(int index) {
+  Widget& button = *Find(index);
+  button.SetPlace(button.homeX, button.homeY);
+  button.brightness = 0;
+}
+
 int MakeStripButton(int index, const char* fileName, int group, int x) {
   TheSkinHost->CreateImageWidget(index, fileName, 0, 0, BUTTON_WIDGET, group);
   Widget& button = *Find(index);

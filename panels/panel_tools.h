@@ -60,6 +60,8 @@ Widget* MakeGroupBox(int index, const char* fileName, int effect);
 int MakeStripButton(int index, const char* fileName, int group, int x);
 /// Places a strip of buttons right of the interface, to come in from the left and end at `restX`.
 void PlaceStrip(int group, int layer, int width, int height, int restX);
+/// Puts the button of a page that goes back to rest: a stopped pulse leaves its last brightness.
+void PutBack(int index);
 /// The nudge of a press: three pixels right and down, and back.
 void SetNudge(Widget& widget, int program, int x, int y);
 

@@ -88,14 +88,8 @@ void SetPagePulse(Widget& button, int page) {
 }
 
 void ChangePage(int page) {
-  // A stopped pulse leaves its last brightness on the button.
-  for (int i = 0; i < PAGE_COUNT; ++i) {
-    Widget& button = *Find(PageButton(i));
-    button.x = int{button.homeX};
-    button.y = int{button.homeY};
-    button.brightness = 0;
-  }
   HideCurrentPage(0);
+  for (int i = 0; i < PAGE_COUNT; ++i) PutBack(PageButton(i));
   kPages[page].show(0);
   CurrentPage = page;
   SkinHost& host = *TheSkinHost;
