@@ -229,10 +229,7 @@ int StartUp() {
   ApplyMixerPage();
   DjSetMode(djMode);
   RestoreWindow();
-  const int savedTop = playlist.topIndex;
   RestoreList();
-  playlist.topIndex = savedTop;
-  RefreshPlaylistPage();
   if (shuffleOn) BuildShuffleTable();
   RestoreCurrentSong(savedSong);
   FlushSettings();

@@ -1,7 +1,5 @@
 #include "app/shell_services.h"
 
-#include <algorithm>
-
 #include "panels/application_state.h"
 #include "platform/shell.h"
 
@@ -9,11 +7,19 @@ namespace kwo {
 namespace {
 
 constexpr char kTitle[] = "KWO";
-constexpr std::size_t kBrowserLimit = 520;  // with the closing NUL
+constexpr std::size_t kClassLimit = 260, kBrowserLimit = 520;  // with the closing NUL
+constexpr int kMoreData = 234;
 constexpr int kCannotStart = static_cast<int>(0x80004005);
 
 int ErrorCode(int registryError) {
   return static_cast<int>(0x80070000u | (static_cast<unsigned>(registryError) & 0xFFFFu));
+}
+
+// Gives the registry's error code; a value that does not fit is one, since a command that was cut
+// would be another.
+int ReadClass(const std::string& key, std::string& value, std::size_t limit) {
+  const int error = platform::ReadClassRegistry(key.c_str(), value);
+  return !error && value.size() >= limit ? kMoreData : error;
 }
 
 }  // namespace
@@ -28,10 +34,9 @@ void RemoveTrayIcon() {
 
 int FindBrowser(std::string& command) {
   std::string fileClass;
-  int error = platform::ReadClassRegistry(".html", fileClass);
-  if (!error)
-    error = platform::ReadClassRegistry((fileClass + "\\shell\\open\\command").c_str(), command);
-  if (error) error = platform::ReadClassRegistry("http\\shell\\open\\command", command);
+  int error = ReadClass(".html", fileClass, kClassLimit);
+  if (!error) error = ReadClass(fileClass + "\\shell\\open\\command", command, kBrowserLimit);
+  if (error) error = ReadClass("http\\shell\\open\\command", command, kBrowserLimit);
   return error ? ErrorCode(error) : 0;
 }
 
@@ -39,7 +44,6 @@ int OpenInBrowser(const std::string& target) {
   std::string line;
   const int error = FindBrowser(line);
   if (error) return error;
-  line.resize(std::min(line.size(), kBrowserLimit - 1));
   std::size_t place = line.find("\"%1\"");
   if (place == std::string::npos) place = line.find("\"%*\"");
   if (place == std::string::npos) {

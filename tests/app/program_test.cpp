@@ -615,6 +615,10 @@ TEST_F(Program, TrayMenuOpensHelpInTheBrowser) {
     headless::SetClassRegistry("http\\shell\\open\\command", "view");
     EXPECT_EQ(0, OpenInBrowser("here"));
     EXPECT_EQ("view here", headless::CommandLines().back());
+    headless::SetClassRegistry("page\\shell\\open\\command", std::string(520, 'x'));
+    EXPECT_EQ(0, OpenInBrowser("there"));
+    EXPECT_EQ("view there", headless::CommandLines().back()) << "half a command is none";
+    headless::SetClassRegistry("page\\shell\\open\\command", "");
     headless::SetClassRegistry("http\\shell\\open\\command", "");
     EXPECT_EQ(static_cast<int>(0x80070002), OpenInBrowser("here"));
     headless::AnswerMenu(COMMAND_EXIT);
@@ -642,8 +646,11 @@ TEST_F(Program, RestartFindsEverythingAsItWas) {
     OpenPage(hands, PAGE_PLAYLIST);
     ChooseCommand(hands, WIDGET_FUNCTION, 40018);
     Press(hands, WIDGET_ROW + 1);
+    Press(hands, WIDGET_ITEM_DOWN);
     hands.Drag(100, 15, 40, 5);
   });
+  const int top = playlist.topIndex;
+  EXPECT_EQ(1, top);
   const float volume = SliderVol;
   const platform::Point place{GetSettingInt("POS_X", 0, 0), GetSettingInt("POS_Y", 0, 0)};
   EXPECT_EQ(336, place.x);
@@ -654,7 +661,8 @@ TEST_F(Program, RestartFindsEverythingAsItWas) {
     EXPECT_EQ(12, playlist.count);
     EXPECT_EQ(5, playlist.currentSong);
     EXPECT_EQ(0, playing);
-    EXPECT_EQ("*1", Names().substr(2, 2));
+    EXPECT_EQ("*1", Names().substr(4, 2));
+    EXPECT_EQ(top, playlist.topIndex);
     EXPECT_EQ(volume, SliderVol);
     EXPECT_GT(volume, 100.0f);
     EXPECT_FLOAT_EQ(volume * 0.01f, TheMixer->volume);
