@@ -51,8 +51,9 @@ constexpr int kAttributeFolder = 0x10;
 /// Attribute bits of a file or folder, 0 for a plain file, or -1 if there is none.
 int FileAttributes(const char* path);
 
-/// The names in a folder, without "." and "..", in the file system's order.  A name that our paths
-/// can't hold, since it has a backslash in it, is left out.
+/// The names in a folder, without "." and "..", in the order of their letters, great or small: the
+/// machine's own order may be that of a hash, in which nobody wants to hear an album.  A name that
+/// our paths can't hold, since it has a backslash in it, is left out.
 std::vector<std::string> ListFolder(const char* path);
 
 /// One name for a file or folder whatever links lead to it; the path itself if it can't be told.

@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -144,6 +145,10 @@ int FileAttributes(const char* path) {
 }
 
 std::vector<std::string> ListFolder(const char* path) {
+  const auto before = [](const std::string& a, const std::string& b) {
+    const int order = strcasecmp(a.c_str(), b.c_str());
+    return order != 0 ? order < 0 : a < b;
+  };
   std::vector<std::string> names;
   DIR* folder = opendir(ToMachinePath(path).c_str());
   if (!folder) return names;
@@ -153,6 +158,7 @@ std::vector<std::string> ListFolder(const char* path) {
       names.emplace_back(name);
   }
   closedir(folder);
+  std::sort(names.begin(), names.end(), before);
   return names;
 }
 

@@ -204,7 +204,9 @@ TEST_F(List, AddsFilesFoldersAndNothingElse) {
   for (const char* name : {"a.mp3", "sub/b.Mp2", "sub/.hidden/c.mp3", "d.wav", "e.ogg", "mp3",
                            "back\\slash.mp3", "ADD sub\nADD .mp3"})
     Song(name);
-  EXPECT_EQ(2, AddPath(platform::FromMachinePath(folder.Path().c_str()).c_str()));
+  for (const char* name : {"zz.mp3", "Sub2.mp3", "B.mp3", "sub/A.mp3"}) Song(name);
+  EXPECT_EQ(6, AddPath(platform::FromMachinePath(folder.Path().c_str()).c_str()));
+  EXPECT_EQ("a.mp3 B.mp3 A.mp3 b.Mp2 Sub2.mp3 zz.mp3", Look());
   EXPECT_EQ(1, AddPath("no\\such\\song.MP3")) << "no test that it exists";
   EXPECT_EQ(0, AddPath(""));
   EXPECT_EQ(0, AddDirectory(""));
