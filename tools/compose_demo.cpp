@@ -196,7 +196,7 @@ std::vector<std::int16_t> Compose() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bool help = argc == 2 && !std::strcmp(argv[1], "-h");
+  const bool help = argc == 2 && (!std::strcmp(argv[1], "-h") || !std::strcmp(argv[1], "--help"));
   if (argc != 2 || help) {
     std::fputs(kUsage, help ? stdout : stderr);
     return help ? 0 : 2;

@@ -24,7 +24,7 @@ constexpr char kUsage[] =
 int Usage(std::FILE* to) {
   std::fputs(kUsage, to);
   std::fputs(kScriptCommands, to);
-  return to == stdout ? 0 : 1;
+  return to == stdout ? 0 : 2;
 }
 
 int Fail(const std::string& message) {
@@ -55,7 +55,7 @@ int main(int count, char** arguments) {
   std::string path, out = ".", program;
   for (int i = 1; i < count; ++i) {
     const std::string argument = arguments[i];
-    if (argument == "-h") return Usage(stdout);
+    if (argument == "-h" || argument == "--help") return Usage(stdout);
     if (argument == "--out" && i + 1 < count) {
       out = arguments[++i];
     } else if (argument == "--program" && i + 1 < count) {

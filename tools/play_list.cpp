@@ -18,6 +18,8 @@ constexpr char kUsage[] =
     "the other without a gap, and shows the place in the song.  Control-C ends it with a fade.\n";
 
 constexpr int kLongestFade = 35;  // in tenths of a second
+constexpr int kPatience = 30;
+constexpr int kFirstBlock = 10;  // hundredths that the engine renders before it opens the device
 
 kwo::Shared<int> hundredths;
 volatile std::sig_atomic_t interrupted = 0;
@@ -45,18 +47,23 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, argc < 2 ? stderr : stdout);
     return argc < 2 ? 2 : 0;
   }
-  kwo::hooks.showSongTime = [](int time) { hundredths = time; };
-  if (!kwo::tools::StartEngine()) return 1;
   for (int i = 1; i < argc; ++i) {
     if (kwo::tools::AddArgument(argv[i])) continue;
     std::fprintf(stderr, "play_list: %s: no songs there\n", argv[i]);
     return 1;
   }
+  kwo::hooks.showSongTime = [](int time) { hundredths = time; };
+  if (!kwo::tools::StartEngine()) {
+    std::fputs("play_list: no memory\n", stderr);
+    return 1;
+  }
   std::signal(SIGINT, [](int) { interrupted = 1; });
   std::signal(SIGTERM, [](int) { interrupted = 1; });
   kwo::TransportPlay();
-  while (kwo::playing && !interrupted) {
+  for (int tenths = 0; kwo::playing && !interrupted; ++tenths) {
     ShowPosition();
+    if (tenths == kPatience && hundredths < kFirstBlock)
+      std::fputs("\nplay_list: no sound device answers; waiting for one\n", stderr);
     kwo::platform::Sleep(100);
   }
   kwo::TransportStop();

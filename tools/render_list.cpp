@@ -2,10 +2,11 @@
 // than real time: the headless clock jumps from sleep to sleep.
 
 #include <algorithm>
-#include <cstdint>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,10 +27,12 @@ constexpr char kUsage[] =
 
 constexpr int kStepMilliseconds = 50;
 constexpr int kTailMilliseconds = 3000;  // the device plays its queue out
+constexpr double kBeforePlay = -1;
+constexpr double kLargestNumber = 1e6;
 
 struct Action {
   double seconds;
-  std::string what;
+  std::function<void()> act;
 };
 
 struct Options {
@@ -44,60 +47,83 @@ void SeekTo(double seconds) {
   kwo::TransportPlay();
 }
 
-bool Carry(const std::string& what) {
-  using namespace kwo;
-  const std::size_t equals = what.find('=');
-  const std::string name = what.substr(0, equals);
-  if (equals != std::string::npos) {
-    const double value = std::atof(what.c_str() + equals + 1);
-    if (name != "seek") return tools::ApplySetting(name, static_cast<int>(value));
-    SeekTo(value);
-    return true;
-  }
-  static constexpr struct {
-    const char* name;
-    void (*act)();
-  } kActions[] = {{"play", TransportPlay},
-                  {"stop", TransportStop},
-                  {"next", TransportNext},
-                  {"previous", TransportPrevious},
-                  {"pause", TogglePause}};
-  for (const auto& action : kActions) {
-    if (what != action.name) continue;
-    action.act();
-    return true;
-  }
-  return false;
+constexpr struct {
+  const char* name;
+  void (*act)();
+} kButtons[] = {{"play", kwo::TransportPlay},
+                {"stop", kwo::TransportStop},
+                {"next", kwo::TransportNext},
+                {"previous", kwo::TransportPrevious},
+                {"pause", kwo::TogglePause}};
+
+bool ReadNumber(const std::string& text, double& number) {
+  char* end = nullptr;
+  number = std::strtod(text.c_str(), &end);
+  return !text.empty() && *end == 0 && std::fabs(number) <= kLargestNumber;
 }
 
-bool Parse(int argc, char** argv, Options& options) {
-  std::vector<std::string> names;
-  for (int i = 1; i < argc; ++i) {
-    const std::string word = argv[i];
-    if (word == "--seconds" && i + 1 < argc) {
-      options.seconds = std::atof(argv[++i]);
-    } else if (word == "--set" && i + 1 < argc) {
-      options.actions.push_back({-1, argv[++i]});
-    } else if (word == "--at" && i + 2 < argc) {
-      const double seconds = std::atof(argv[++i]);
-      options.actions.push_back({seconds, argv[++i]});
-    } else if (word.starts_with("--")) {
-      return false;
-    } else {
-      names.push_back(word);
-    }
-  }
-  if (names.size() != 2) return false;
-  options.list = names[0];
-  options.out = names[1];
-  std::stable_sort(options.actions.begin(), options.actions.end(),
-                   [](const Action& a, const Action& b) { return a.seconds < b.seconds; });
-  return true;
+// What an action does; empty where there is no such action.
+std::function<void()> FindAct(const std::string& what) {
+  for (const auto& button : kButtons)
+    if (what == button.name) return button.act;
+  const std::size_t equals = what.find('=');
+  double value;
+  if (equals == std::string::npos || !ReadNumber(what.substr(equals + 1), value)) return {};
+  const std::string name = what.substr(0, equals);
+  if (name == "seek") return [value] { SeekTo(value); };
+  if (!kwo::tools::IsSetting(name)) return {};
+  return [name, value] { kwo::tools::ApplySetting(name, static_cast<int>(value)); };
 }
 
 int Fail(const std::string& what) {
   std::fprintf(stderr, "render_list: %s\n", what.c_str());
   return 1;
+}
+
+int Usage() {
+  std::fputs(kUsage, stderr);
+  return 2;
+}
+
+bool ReadSeconds(const std::string& text, double& seconds) {
+  if (ReadNumber(text, seconds) && seconds >= 0) return true;
+  Fail("no number of seconds: " + text);
+  return false;
+}
+
+bool AddAction(Options& options, double seconds, const std::string& what) {
+  options.actions.push_back({seconds, FindAct(what)});
+  if (options.actions.back().act) return true;
+  Fail("no such action or setting: " + what);
+  return false;
+}
+
+// Takes the whole command line, so that a mistake shows before anything is rendered; gives 0 or the
+// exit code.
+int Parse(int argc, char** argv, Options& options) {
+  std::vector<std::string> names;
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    const int behind = argc - 1 - i;
+    double seconds;
+    if (word == "--seconds" && behind >= 1) {
+      if (!ReadSeconds(argv[++i], options.seconds)) return 1;
+    } else if (word == "--set" && behind >= 1) {
+      if (!AddAction(options, kBeforePlay, argv[++i])) return 1;
+    } else if (word == "--at" && behind >= 2) {
+      if (!ReadSeconds(argv[++i], seconds) || !AddAction(options, seconds, argv[++i])) return 1;
+    } else if (word.starts_with("--")) {
+      return Usage();
+    } else {
+      names.push_back(word);
+    }
+  }
+  if (names.size() != 2) return Usage();
+  options.list = names[0];
+  options.out = names[1];
+  std::stable_sort(options.actions.begin(), options.actions.end(),
+                   [](const Action& a, const Action& b) { return a.seconds < b.seconds; });
+  return 0;
 }
 
 bool Sounding() {
@@ -108,26 +134,23 @@ bool Sounding() {
 }
 
 // Carries the actions out in their time and writes the sound as it is played.
-int Render(const Options& options, kwo::tools::WavWriter& wav) {
+void Render(const Options& options, kwo::tools::WavWriter& wav) {
   auto next = options.actions.begin();
-  auto carryUntil = [&](double seconds) {
-    for (; next != options.actions.end() && next->seconds <= seconds; ++next)
-      if (!Carry(next->what)) return false;
-    return true;
+  const auto actUntil = [&](double seconds) {
+    for (; next != options.actions.end() && next->seconds <= seconds; ++next) next->act();
   };
-  if (!carryUntil(-1)) return Fail("no such action: " + next->what);
+  actUntil(kBeforePlay);
   kwo::TransportPlay();
   double now = 0;
   while (options.seconds < 0 ? Sounding() || next != options.actions.end()
                              : now < options.seconds) {
-    if (!carryUntil(now)) return Fail("no such action: " + next->what);
+    actUntil(now);
     kwo::platform::Sleep(kStepMilliseconds);
     now += kStepMilliseconds / 1000.0;
     wav.Write(kwo::headless::TakePlayedSound());
   }
   kwo::platform::Sleep(kTailMilliseconds);
   wav.Write(kwo::headless::TakePlayedSound());
-  return 0;
 }
 
 }  // namespace
@@ -138,15 +161,12 @@ int main(int argc, char** argv) {
     return 0;
   }
   Options options;
-  if (!Parse(argc, argv, options)) {
-    std::fputs(kUsage, stderr);
-    return 2;
-  }
-  if (!kwo::tools::StartEngine()) return Fail("no memory");
+  if (const int code = Parse(argc, argv, options)) return code;
   if (!kwo::tools::AddArgument(options.list)) return Fail(options.list + ": no songs there");
   kwo::tools::WavWriter wav(options.out.c_str(), 44100, 2);
-  int result = Render(options, wav);
+  if (!wav.IsOpen()) return Fail(options.out + ": cannot be written");
+  if (!kwo::tools::StartEngine()) return Fail("no memory");
+  Render(options, wav);
   kwo::tools::StopEngine();
-  if (!wav.Close() && result == 0) result = Fail(options.out + ": cannot be written");
-  return result;
+  return wav.Close() ? 0 : Fail(options.out + ": cannot be written");
 }

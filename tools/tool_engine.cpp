@@ -42,6 +42,12 @@ constexpr Setting kSettings[] = {
      }},
 };
 
+const Setting* FindSetting(const std::string& name) {
+  for (const Setting& setting : kSettings)
+    if (name == setting.name) return &setting;
+  return nullptr;
+}
+
 }  // namespace
 
 bool MakeEngine() {
@@ -71,14 +77,15 @@ bool AddArgument(const std::string& path) {
   return AddPath(platform::FromMachinePath(path.c_str()).c_str()) > 0;
 }
 
-bool ApplySetting(const std::string& name, int value) {
-  for (const Setting& setting : kSettings) {
-    if (name != setting.name) continue;
-    setting.apply(value);
-    TheMixer->Slot(0)->ApplyMixerParameters();
-    return true;
-  }
-  return false;
+bool IsSetting(const std::string& name) {
+  return FindSetting(name) != nullptr;
+}
+
+void ApplySetting(const std::string& name, int value) {
+  const Setting* setting = FindSetting(name);
+  if (!setting) return;
+  setting->apply(value);
+  TheMixer->Slot(0)->ApplyMixerParameters();
 }
 
 }  // namespace kwo::tools

@@ -17,8 +17,11 @@ void StopEngine();
 /// Adds a song, folder or playlist file that the command line names; false if it added nothing.
 bool AddArgument(const std::string& path);
 
-/// Sets one of the saved settings that the engine reads, by its name: "SliderVol", "ModeDJ", ...
-/// False if the engine has no such setting.
-bool ApplySetting(const std::string& name, int value);
+/// Whether a name is that of one of the saved settings that the engine reads: "SliderVol",
+/// "ModeDJ", ...
+bool IsSetting(const std::string& name);
+
+/// Sets such a setting.
+void ApplySetting(const std::string& name, int value);
 
 }  // namespace kwo::tools

@@ -14,6 +14,7 @@ class WavWriter {
   WavWriter(const WavWriter&) = delete;
   WavWriter& operator=(const WavWriter&) = delete;
 
+  bool IsOpen() const { return file_ != nullptr; }
   void Write(const std::vector<std::int16_t>& samples);
   /// Completes the header; false if the file could not be written whole.
   bool Close();

@@ -89,13 +89,13 @@ int main(int count, char** arguments) {
       "Paints the 39 pictures of the default skin, or the program's icon in all sizes, into an\n"
       "existing folder.\n";
   const bool icons = count == 3 && std::strcmp(arguments[1], "--icons") == 0;
-  if (count == 2 && std::strcmp(arguments[1], "-h") == 0) {
+  if (count == 2 && (!std::strcmp(arguments[1], "-h") || !std::strcmp(arguments[1], "--help"))) {
     std::fputs(kUsage, stdout);
     return 0;
   }
   if (count != 2 && !icons) {
     std::fputs(kUsage, stderr);
-    return 1;
+    return 2;
   }
   return icons ? kwo::tools::WriteIcons(arguments[2]) : kwo::tools::WriteAll(arguments[1]);
 }
