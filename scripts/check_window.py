@@ -64,6 +64,29 @@ def band(sound, hertz):
     return abs((mono * numpy.exp(-1j * phase)).mean())
 
 
+def drag_in_dialog(player):
+    """Drags the first of two folders on the second in the dialog of Open Files; gives whether both
+    rows were seen to take a press before."""
+    player.press(desk.ADD)
+    desk.run("xdotool", "key", "Down", "Return")
+    time.sleep(1.5)
+    x, y = desk.geometry(desk.run("xdotool", "search", "--name", "Choose Songs").split()[-1])
+    rows = [(x + 140, y + 48), (x + 140, y + 66)]
+
+    def takes_press(row):
+        area = f"200x6+{row[0]}+{row[1] - 3}"
+        bare = desk.run("import", "-window", "root", "-crop", area, "txt:-")
+        desk.run("xdotool", "mousemove", *row, "click", 1)
+        time.sleep(0.7)
+        return desk.run("import", "-window", "root", "-crop", area, "txt:-") != bare
+    taken = [takes_press(row) for row in rows]
+    desk.drag(*rows)
+    time.sleep(0.5)
+    desk.run("xdotool", "key", "Escape")
+    time.sleep(0.5)
+    return all(taken)
+
+
 def make_tone(folder):
     """Two steady tones, one in the lowest band and one high up, as an MP3 of three minutes."""
     path = folder / "tone.mp3"
@@ -179,6 +202,11 @@ try:
     player.press((120, 111))
     player.press((120, 111))
     player.open_page("playlist")
+    folders = [player.folder / name for name in ("aaa", "bbb")]
+    for folder in folders:
+        folder.mkdir()
+    check("the dialog's rows take a press", drag_in_dialog(player))
+    check("a drag in the dialog moves no folder", all(folder.exists() for folder in folders))
     player.press(desk.PAGES["main"], rest=1.4)
     code = player.quit()
     check("the end asked from outside is in order", code == 0, f"exit code {code}")

@@ -18,6 +18,7 @@ PAGES = {"main": (256, 268), "playlist": (292, 268), "mixer": (328, 268), "info"
 SUB_PAGES = {"sliders": (136, 58), "equaliser": (208, 58), "effects": (280, 58), "dj": (352, 58)}
 DIGITS = (244, 62)
 DISPLAY_MODE, VISUALISER = (124, 63), (364, 63)
+ADD = (180, 52)
 
 
 def run(*command, **options):
@@ -40,6 +41,22 @@ def sound_server():
     return None
 
 
+def geometry(window):
+    lines = run("xdotool", "getwindowgeometry", "--shell", window).split()
+    values = dict(line.split("=") for line in lines)
+    return int(values["X"]), int(values["Y"])
+
+
+def drag(start, end, button=1):
+    """Places of the screen."""
+    run("xdotool", "mousemove", *start, "mousedown", button)
+    for i in range(1, 11):
+        run("xdotool", "mousemove", *(start[k] + (end[k] - start[k]) * i // 10 for k in (0, 1)))
+        time.sleep(0.04)
+    time.sleep(0.1)
+    run("xdotool", "mouseup", button)
+
+
 class Player:
     """The program in a folder of its own, with a home of its own."""
 
@@ -56,7 +73,7 @@ class Player:
         environment = dict(os.environ, XDG_CONFIG_HOME=str(self.folder / "config"))
         (self.folder / "config").mkdir(exist_ok=True)
         begun = time.monotonic()
-        self.process = subprocess.Popen([self.program], env=environment,
+        self.process = subprocess.Popen([self.program], env=environment, cwd=self.folder,
                                         stderr=open(self.folder / "stderr", "w"))
         self.window = None
         while self.window is None:
@@ -68,15 +85,10 @@ class Player:
                 if "WIDTH=488" in run("xdotool", "getwindowgeometry", "--shell", window):
                     self.window = window
         self.first_seen = time.monotonic() - begun
-        self.place = self.geometry()
+        self.place = geometry(self.window)
 
     def errors(self):
         return (self.folder / "stderr").read_text()
-
-    def geometry(self):
-        lines = run("xdotool", "getwindowgeometry", "--shell", self.window).split()
-        values = dict(line.split("=") for line in lines)
-        return int(values["X"]), int(values["Y"])
 
     def caption(self):
         return run("xdotool", "getwindowname", self.window).strip()
@@ -90,14 +102,8 @@ class Player:
         time.sleep(rest)
 
     def drag(self, start, end, button=1, rest=0.7):
-        self.move(*start)
-        run("xdotool", "mousedown", button)
-        for i in range(1, 11):
-            self.move(start[0] + (end[0] - start[0]) * i // 10,
-                      start[1] + (end[1] - start[1]) * i // 10)
-            time.sleep(0.04)
-        time.sleep(0.1)
-        run("xdotool", "mouseup", button)
+        x, y = self.place
+        drag((x + start[0], y + start[1]), (x + end[0], y + end[1]), button)
         time.sleep(rest)
 
     def open_page(self, name, rest=1.4):

@@ -67,9 +67,13 @@ std::vector<std::string> TakeDroppedFiles(int drop) {
   return found ? std::move(found.mapped()) : std::vector<std::string>();
 }
 
+// The dialogs only choose: without their ReadOnly a slip of the pointer moves a folder into
+// another, and a key removes it.
+
 bool ChooseFiles(const char* filter, const char* folder, std::vector<std::string>& paths) {
   const DialogOpen open;
   QFileDialog dialog(mainWindow.get(), "Choose Songs", ToDesktop(folder));
+  dialog.setOption(QFileDialog::ReadOnly);
   dialog.setFileMode(QFileDialog::ExistingFiles);
   dialog.setNameFilters(NameFilters(filter));
   if (!dialog.exec()) return false;
@@ -80,7 +84,8 @@ bool ChooseFiles(const char* filter, const char* folder, std::vector<std::string
 
 bool ChooseFolder(const char* title, std::string& folder) {
   const DialogOpen open;
-  const QString chosen = QFileDialog::getExistingDirectory(mainWindow.get(), title);
+  const QString chosen = QFileDialog::getExistingDirectory(
+      mainWindow.get(), title, QString(), QFileDialog::ShowDirsOnly | QFileDialog::ReadOnly);
   if (chosen.isEmpty()) return false;
   folder = FromDesktop(chosen);
   return true;
