@@ -41,8 +41,9 @@ bool ReadWholeFile(const char* path, std::string& contents, std::size_t limit);
 
 /// Writes `contents` beside `path` and renames it into place: after a crash, a full disk or a kill
 /// the file holds the old contents or the new ones, whole, also when another process saves it at
-/// the same moment.  It keeps its permissions but for read-only, and a link to it stays a link.
-/// False leaves the old file as it was.
+/// the same moment.  It keeps its owner and its permissions but for read-only, and a link to it
+/// stays a link.  An old file that can't be read, so that nobody knows what is lost with it, stays
+/// beside the new one as `path`.old.  False leaves the old file as it was.
 bool ReplaceFile(const char* path, std::string_view contents);
 
 constexpr int kAttributeHidden = 0x02;  ///< the name begins with a dot

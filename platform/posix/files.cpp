@@ -42,6 +42,14 @@ int MoveAll(int count, Transfer transfer) {
   return moved;
 }
 
+// True also for a file that does not exist.
+bool CanBeRead(const std::string& machinePath) {
+  const int file = open(machinePath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file < 0) return errno == ENOENT;
+  close(file);
+  return true;
+}
+
 }  // namespace
 
 std::string ToMachinePath(const char* path) {
@@ -121,12 +129,17 @@ bool ReplaceFile(const char* path, std::string_view contents) {
   int file = open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (file < 0) return false;
   struct stat old;
-  if (stat(target.c_str(), &old) == 0) fchmod(file, (old.st_mode & 0777) | S_IWUSR);
+  if (stat(target.c_str(), &old) == 0) {
+    // What root saves for once stays the user's.
+    [[maybe_unused]] const int given = fchown(file, old.st_uid, old.st_gid);
+    fchmod(file, (old.st_mode & 0777) | S_IRUSR | S_IWUSR);
+  }
   const int size = static_cast<int>(contents.size());
   bool whole = WriteFile(file, contents.data(), size) == size;
   // The rename must not reach the disk before the contents do.
   whole = fsync(file) == 0 && whole;
   whole = close(file) == 0 && whole;
+  if (whole && !CanBeRead(target)) rename(target.c_str(), (target + ".old").c_str());
   if (whole && rename(beside.c_str(), target.c_str()) == 0) return true;
   unlink(beside.c_str());
   return false;

@@ -1,6 +1,8 @@
 #include "playlist/playlist.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -299,6 +301,28 @@ TEST_F(List, SaveGoesThroughALinkAndKeepsThePermissions) {
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ("VERSION 10\r\nADD a.mp3\r\n", test::ReadBytes(real));
   EXPECT_EQ(std::filesystem::perms(0664), std::filesystem::status(real).permissions());
+}
+
+TEST_F(List, SavedFileStaysItsOwnersAndAnUnreadableOneStays) {
+  // Root, who may read and save everything, takes the part of another for a while.
+  const uid_t we = geteuid(), owner = we == 0 ? 65534 : we;
+  const std::string file = folder.File("HISTORY.PLA");
+  const std::string history = Song("HISTORY.PLA", "ADD old.mp3\r\n");
+  ASSERT_EQ(0, chown(file.c_str(), owner, static_cast<gid_t>(-1)));
+  SavePlaylistFile(history.c_str());
+  struct stat status;
+  ASSERT_EQ(0, stat(file.c_str(), &status));
+  EXPECT_EQ(owner, status.st_uid);
+
+  std::filesystem::permissions(folder.Path(), std::filesystem::perms::all);
+  std::filesystem::permissions(file, std::filesystem::perms::none);
+  Add({"new.mp3"});
+  ASSERT_EQ(0, seteuid(owner));
+  SavePlaylistFile(history.c_str());
+  ASSERT_EQ(0, seteuid(we));
+  std::filesystem::permissions(file + ".old", std::filesystem::perms::owner_read);
+  EXPECT_EQ("VERSION 10\r\n", test::ReadBytes(file + ".old"));
+  EXPECT_EQ("VERSION 10\r\nADD new.mp3\r\n", test::ReadBytes(file));
 }
 
 }  // namespace
