@@ -43,6 +43,9 @@ constexpr std::size_t kMaxDescription = 1 << 20;
 constexpr int kFadeLimitMilliseconds = 3000;
 constexpr int kFadePollMilliseconds = 50;
 
+// What this run has to save and has not saved for good.
+bool settingsDue = false, historyDue = false;
+
 void SetHooks() {
   hooks.refreshSongLine = RefreshSongLine;
   hooks.refreshPlaylistPage = RefreshPlaylistPage;
@@ -155,6 +158,11 @@ void SaveHistory() {
   SavePlaylistFile(HistoryFile().c_str());
 }
 
+void SaveSettings() {
+  WriteSettings();
+  FlushSettings();
+}
+
 // A first run finds the demo song beside the program, so that Play makes music at once.
 void RestoreList() {
   const std::string history = HistoryFile();
@@ -238,15 +246,14 @@ int StartUp() {
   if (!VisualiserFillsWindow()) TheSkinHost->ShowTile(PAGE_MAIN, BackgroundEffect);
   ShowMainPage(0);
   ShowTopBar(1);
+  settingsDue = historyDue = true;
   AppReady = 1;
   return 1;
 }
 
 void SaveState() {
-  if (!AppReady) return;
-  WriteSettings();
-  FlushSettings();
-  SaveHistory();
+  if (settingsDue) SaveSettings();
+  if (historyDue) SaveHistory();
 }
 
 int ShutDown() {
@@ -258,8 +265,8 @@ int ShutDown() {
     HideCurrentPage(0);
     HideTopBar(1);
     WaitForFades();
-    WriteSettings();
-    FlushSettings();
+    SaveSettings();
+    settingsDue = false;
     RemoveTrayIcon();
     TheSkinHost->StopRedraw();
   }
@@ -269,6 +276,7 @@ int ShutDown() {
   delete TheSkinHost;
   TheSkinHost = nullptr;
   if (wasUp) SaveHistory();
+  historyDue = false;
   return 1;
 }
 

@@ -7,7 +7,8 @@ namespace kwo {
 /// no window to show it in.  `ShutDown` may follow either.
 int StartUp();
 
-/// Saves everything as it stands; nothing before start-up has ended or once shutdown has begun.
+/// Saves everything as it stands, for a program that may be cut off: nothing before start-up has
+/// ended, and once shutdown has begun what that has not saved yet.
 void SaveState();
 
 /// Fades the music out, saves everything and takes the program down; always 1.

@@ -692,6 +692,24 @@ TEST_F(Program, QuitFadesTheMusicOutBeforeItEnds) {
   EXPECT_LT(loudest, 2000);
 }
 
+TEST_F(Program, DisplayLostDuringTheLastFadeFindsEverythingSaved) {
+  Run([this](const Hands& hands) {
+    Press(hands, WIDGET_PLAY);
+    hands.Drop(Songs(2));
+    SliderVol = 77;
+    headless::CloseByUser();
+    hands.Wait(1500);
+    ASSERT_EQ(0, AppReady);
+    EXPECT_EQ(100, GetSettingInt("SliderVol", 0, 0)) << "the fade is still under way";
+    SaveState();
+    EXPECT_EQ(77, GetSettingInt("SliderVol", 0, 0));
+    EXPECT_NE(std::string::npos, test::ReadBytes(folder.File("HISTORY.PLA")).find("song1"));
+  });
+  std::filesystem::remove(folder.File("HISTORY.PLA"));
+  SaveState();
+  EXPECT_FALSE(std::filesystem::exists(folder.File("HISTORY.PLA"))) << "nothing is due any more";
+}
+
 TEST_F(Program, PositionsFromBeyondTheScreenAreGivenUp) {
   constexpr struct {
     int saved, place;

@@ -31,7 +31,7 @@ namespace {
 int wakeEvent = -1;
 volatile sig_atomic_t endAsked = 0;
 std::thread::id mainThread;
-void (*whenLost)() = nullptr;
+void (*saveEverything)() = nullptr;
 
 void Wake() {
   const std::uint64_t one = 1;
@@ -51,12 +51,18 @@ void EndProgram() {
     if (!dialog->close()) break;
 }
 
+// The desktop may cut the program off before it has ended in order.
+void EndSession() {
+  if (saveEverything) saveEverything();
+  EndProgram();
+}
+
 // The desktop toolkit calls exit when the display goes.  Other threads still run then, so that
 // nothing more than saving may happen.
 void OnExit() {
-  if (!whenLost) return;
-  void (*const save)() = whenLost;
-  whenLost = nullptr;
+  if (!saveEverything) return;
+  void (*const save)() = saveEverything;
+  saveEverything = nullptr;
   save();
   std::_Exit(1);
 }
@@ -143,7 +149,7 @@ void CatchSignals() {
 
 }  // namespace
 
-int RunProcess(int count, char** arguments, int (*body)(), void (*onLoss)()) {
+int RunProcess(int count, char** arguments, int (*body)(), void (*save)()) {
   const bool hasX = std::getenv("DISPLAY") && *std::getenv("DISPLAY");
   if (!hasX && !std::getenv("WAYLAND_DISPLAY") && !std::getenv("QT_QPA_PLATFORM"))
     return NoDesktop();
@@ -161,15 +167,15 @@ int RunProcess(int count, char** arguments, int (*body)(), void (*onLoss)()) {
   QApplication::setWindowIcon(ProgramIcon());
   QApplication::setQuitOnLastWindowClosed(false);
   QObject::connect(&application, &QGuiApplication::commitDataRequest,
-                   [](QSessionManager&) { EndProgram(); });
+                   [](QSessionManager&) { EndSession(); });
   QSocketNotifier notifier(wakeEvent, QSocketNotifier::Read);
   QObject::connect(&notifier, &QSocketNotifier::activated, OnWake);
   mainLoop = {WaitForEvents, Wake, SleepAlive, OnMainThread};
   CatchSignals();
-  whenLost = onLoss;
+  saveEverything = save;
   std::atexit(OnExit);
   const int result = body();
-  whenLost = nullptr;
+  saveEverything = nullptr;
   DestroyMainWindow();
   mainLoop = {};
   return result;
