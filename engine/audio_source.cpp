@@ -1,9 +1,11 @@
 #include "engine/audio_source.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 #include <new>
+#include <string>
+
+#include "platform/ascii.h"
 
 namespace kwo {
 namespace {
@@ -12,11 +14,9 @@ namespace {
 SourceKind KindOfName(const char* name) {
   const std::size_t length = std::strlen(name);
   if (length < 4) return SourceKind::kNothing;
-  char ending[5] = {};
-  std::transform(name + length - 4, name + length, ending,
-                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  if (!std::strcmp(ending, ".MP3") || !std::strcmp(ending, ".MP2")) return SourceKind::kMpeg;
-  return !std::strcmp(ending, ".WAV") ? SourceKind::kWav : SourceKind::kNothing;
+  const std::string ending = platform::UpperCased(name + length - 4);
+  if (ending == ".MP3" || ending == ".MP2") return SourceKind::kMpeg;
+  return ending == ".WAV" ? SourceKind::kWav : SourceKind::kNothing;
 }
 
 }  // namespace

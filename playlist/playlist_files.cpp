@@ -1,11 +1,11 @@
 #include "playlist/playlist_files.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "platform/ascii.h"
 #include "platform/files.h"
 #include "playlist/playlist.h"
 
@@ -37,15 +37,10 @@ class Entering {
   bool entered_;
 };
 
-std::string UpperCased(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  return text;
-}
-
 // Carries one line of a playlist file out and gives the songs added.
 int TakeLine(const std::string& keyword, const std::string& value) {
   if (keyword.size() >= kKeywordSize) return 0;
-  const std::string word = UpperCased(keyword);
+  const std::string word = platform::UpperCased(keyword);
   if (word == "PLAY" || word == "ADD") return AddPath(value.c_str());
   if (word == "SELECTED" && playlist.count >= 1) {
     const PlaylistReader reader;
@@ -60,7 +55,7 @@ int AddPath(const char* path) {
   if (std::strlen(path) >= kPathSize) return 0;
   // A folder with any further attribute, as a hidden one, does not count as a folder.
   if (platform::FileAttributes(path) == platform::kAttributeFolder) return AddDirectory(path);
-  const std::string upper = UpperCased(path);
+  const std::string upper = platform::UpperCased(path);
   if (upper.ends_with(".MP3") || upper.ends_with(".MP2")) return AddSong(path);
   if (upper.ends_with(".PLA")) return LoadPlaylistFile(path);
   return upper.ends_with(".M3U") ? EnterM3uDirectory(path) : 0;

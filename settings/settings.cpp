@@ -1,11 +1,10 @@
 #include "settings/settings.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <cstring>
 #include <string>
 
+#include "platform/ascii.h"
 #include "platform/registry.h"
 
 namespace kwo {
@@ -14,17 +13,10 @@ namespace {
 constexpr char kKey[] = "Software\\KWO";
 constexpr std::size_t kTextSize = 264;
 
-std::string FoldName(const char* name) {
-  std::string folded(name);
-  std::transform(folded.begin(), folded.end(), folded.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  return folded;
-}
-
 }  // namespace
 
 int GetSettingInt(const char* name, int fallback, int force) {
-  const std::string folded = FoldName(name);
+  const std::string folded = platform::UpperCased(name);
   std::string bytes;
   std::int32_t value = 0;
   if (!force && platform::ReadRegistry(kKey, folded.c_str(), bytes) &&
@@ -40,7 +32,7 @@ int GetSettingInt(const char* name, int fallback, int force) {
 
 const char* GetSettingString(const char* name, const char* fallback, int force) {
   static char text[kTextSize];
-  const std::string folded = FoldName(name);
+  const std::string folded = platform::UpperCased(name);
   std::string bytes;
   if (!force && platform::ReadRegistry(kKey, folded.c_str(), bytes) && bytes.size() < kTextSize) {
     std::memcpy(text, bytes.data(), bytes.size());

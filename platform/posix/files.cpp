@@ -2,7 +2,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +11,7 @@
 #include <cstring>
 #include <string>
 
+#include "platform/ascii.h"
 #include "platform/posix/executable.h"
 
 namespace kwo::platform {
@@ -159,8 +159,8 @@ int FileAttributes(const char* path) {
 
 std::vector<std::string> ListFolder(const char* path) {
   const auto before = [](const std::string& a, const std::string& b) {
-    const int order = strcasecmp(a.c_str(), b.c_str());
-    return order != 0 ? order < 0 : a < b;
+    const std::string upperA = UpperCased(a), upperB = UpperCased(b);
+    return upperA != upperB ? upperA < upperB : a < b;
   };
   std::vector<std::string> names;
   DIR* folder = opendir(ToMachinePath(path).c_str());
