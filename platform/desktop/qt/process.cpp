@@ -43,18 +43,14 @@ void OnSignal(int) {
   Wake();
 }
 
+// Whoever ends the program from outside may cut it off before it has ended in order.
 void EndProgram() {
+  if (saveEverything) saveEverything();
   PostQuitMessage(0);
   while (QWidget* popup = QApplication::activePopupWidget())
     if (!popup->close()) break;
   while (QWidget* dialog = QApplication::activeModalWidget())
     if (!dialog->close()) break;
-}
-
-// The desktop may cut the program off before it has ended in order.
-void EndSession() {
-  if (saveEverything) saveEverything();
-  EndProgram();
 }
 
 // The desktop toolkit calls exit when the display goes.  Other threads still run then, so that
@@ -167,7 +163,7 @@ int RunProcess(int count, char** arguments, int (*body)(), void (*save)()) {
   QApplication::setWindowIcon(ProgramIcon());
   QApplication::setQuitOnLastWindowClosed(false);
   QObject::connect(&application, &QGuiApplication::commitDataRequest,
-                   [](QSessionManager&) { EndSession(); });
+                   [](QSessionManager&) { EndProgram(); });
   QSocketNotifier notifier(wakeEvent, QSocketNotifier::Read);
   QObject::connect(&notifier, &QSocketNotifier::activated, OnWake);
   mainLoop = {WaitForEvents, Wake, SleepAlive, OnMainThread};
