@@ -17,11 +17,11 @@ int ReadWithin(const char* name, int fallback, int least, int most) {
   return std::clamp(GetSettingInt(name, fallback, 0), least, most);
 }
 
-// A slider's setting stands beyond the slider's own ends, as far as the sound stays within what its
-// last stage can hold.
+// A slider's setting stands beyond the slider's own ends too, as long as it is still a whole number
+// of 32 bits when it is written.
 float ReadSlider(const char* name, int fallback) {
-  constexpr int kUtmost = 2000;
-  return static_cast<float>(ReadWithin(name, fallback, -kUtmost, kUtmost));
+  constexpr float kUtmost = 2147483520.0f;
+  return std::min(static_cast<float>(GetSettingInt(name, fallback, 0)), kUtmost);
 }
 
 void Write(const char* name, int value) {
@@ -52,12 +52,12 @@ void ReadMixerSettings() {
   SliderPan = ReadSlider("SliderPan", 0);
   SliderSpd = ReadSlider("SliderSpd", 100);
   EffectCR = GetSettingInt("EffectCR", 0, 0);
-  EffectTE = ReadWithin("EffectTE", 0, 0, 2);
+  EffectTE = GetSettingInt("EffectTE", 0, 0);
   EffectVR = GetSettingInt("EffectVR", 0, 0);
   EffectCE = GetSettingInt("EffectCE", 0, 0);
   EffectLT = GetSettingInt("EffectLT", 0, 0);
-  djMode = ReadWithin("ModeDJ", 0, 0, 1);
-  playMode = ReadWithin("ModePlay", 0, 0, 2);
+  djMode = GetSettingInt("ModeDJ", 0, 0);
+  playMode = GetSettingInt("ModePlay", 0, 0);
   repeatOn = GetSettingInt("ModeRepeat", 0, 0);
   shuffleOn = GetSettingInt("ModeShuffle", 0, 0);
 }

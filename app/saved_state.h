@@ -4,7 +4,7 @@
 namespace kwo {
 
 // Reading, in the order of start-up.  An index outside its range becomes the nearest sound one; a
-// level or a switch stands as it is until the user changes it.
+// level, a mode or a switch stands as it is until the user changes it.
 void ReadDisplaySettings(int& displayMode, int& visualiser);
 /// Gives the index of the song that was current.
 int ReadPlaylistSettings();

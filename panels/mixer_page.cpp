@@ -52,6 +52,8 @@ const EffectRow kEffects[] = {
     {WIDGET_LIMITER, "Limiter", &EffectLT},
 };
 
+constexpr int kEnhancerStates = 3;
+constexpr int kPlayModes = 3;
 constexpr const char* kEnhancerTexts[] = {"T. Enhancer", "T. Enhancer-1", "T. Enhancer-2"};
 constexpr const char* kDjTexts[] = {"DJ - None", "DJ - ShuffleMaster"};
 constexpr const char* kPlayModeTexts[] = {"Play Mode - All", "Play Mode - Selected",
@@ -198,11 +200,17 @@ void DragSlider(const Widget* widget, float position) {
   }
 }
 
+// The next of `count` states that go round; the first behind one that a setting brought from
+// beyond.
+int NextState(int state, int count) {
+  return state >= 0 && state < count - 1 ? state + 1 : 0;
+}
+
 void PressCheck(const Widget* widget, int state) {
   for (const EffectRow& row : kEffects) {
     if (widget != Find(row.index)) continue;
     // The enhancer's three states go round, whatever the box says.
-    *row.variable = row.index == WIDGET_ENHANCER ? (EffectTE + 1) % 3 : state;
+    *row.variable = row.index == WIDGET_ENHANCER ? NextState(EffectTE, kEnhancerStates) : state;
   }
   if (widget == Find(WIDGET_REPEAT)) repeatOn = state;
   if (widget == Find(WIDGET_SHUFFLE)) shuffleOn = state;
@@ -251,7 +259,7 @@ void PressButton(const Widget* widget) {
     DjSetMode(djMode);
   }
   if (widget == Find(WIDGET_PLAY_MODE)) {
-    playMode = (playMode + 1) % 3;
+    playMode = NextState(playMode, kPlayModes);
     ApplyMixerPage();
   }
 }
@@ -280,7 +288,9 @@ void ApplySliders() {
 }
 
 void ApplyEffects() {
-  for (const EffectRow& row : kEffects) SetCheck(row.index, *row.variable);
+  for (const EffectRow& row : kEffects)
+    if (row.index != WIDGET_ENHANCER) SetCheck(row.index, *row.variable);
+  SetCheck(WIDGET_ENHANCER, EffectTE == 1 || EffectTE == 2);
   Label(WIDGET_ENHANCER, TextFor(kEnhancerTexts, EffectTE));
   if (!TheMixer) return;
   TheMixer->crystalizer = EffectCR;
