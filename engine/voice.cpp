@@ -230,8 +230,7 @@ int Voice::ContinueAtEnd(int got, int wanted) {
   const int missing = wanted - got;
   // Whole frames, so that a stereo song behind an odd number of mono values keeps its sides: the
   // value too many falls behind the block.
-  const int frame = source->channels == 1 ? 1 : 2;
-  const int asked = (missing + frame - 1) / frame * frame;
+  const int asked = missing + (source->channels == 1 ? 0 : missing % 2);
   const int read = source->Read(buffer.get() + got, asked * 4) / 4;
   if (read == 0) return 0;
   if (read < missing) std::fill_n(buffer.get() + got + read, missing - read, 0.0f);

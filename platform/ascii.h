@@ -2,16 +2,13 @@
 
 #include <string>
 
-/// Letters of names and keywords, without regard to the user's language: in some, the capital of
-/// "i" is no "I".  Any thread.
 namespace kwo::platform {
 
-constexpr char UpperCase(char letter) {
-  return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
-
+/// `text` in capitals, whatever the user's language: in some, the capital of "i" is no "I".  Only
+/// the letters of ASCII change.  Any thread.
 inline std::string UpperCased(std::string text) {
-  for (char& letter : text) letter = UpperCase(letter);
+  for (char& letter : text)
+    if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
   return text;
 }
 

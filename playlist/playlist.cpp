@@ -195,8 +195,8 @@ bool CopyPath(int index, char (&path)[kPathSize]) {
 
 int AddSong(const char* path) {
   const std::size_t length = std::strlen(path);
-  // A line end in a path would break the list's file apart, and what follows it could be read back
-  // as a folder.
+  // A line end in a path would break the list's file apart, and what stands before it could be read
+  // back as a folder, with all that lies in it.
   if (playlist.count >= kMaxSongs || length >= kPathSize || std::strpbrk(path, "\r\n")) return 0;
   auto* entry = new (std::nothrow) PlaylistEntry{};
   if (!entry) return 0;

@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
   kwo::TransportPlay();
   for (int tenths = 0; kwo::playing && !interrupted; ++tenths) {
     ShowPosition();
-    if (tenths == kPatience && hundredths < kFirstBlock)
+    if (tenths == kPatience && hundredths > 0 && hundredths < kFirstBlock)
       std::fputs("\nplay_list: no sound device answers; waiting for one\n", stderr);
     kwo::platform::Sleep(100);
   }

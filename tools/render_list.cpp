@@ -71,8 +71,9 @@ std::function<void()> FindAct(const std::string& what) {
   if (equals == std::string::npos || !ReadNumber(what.substr(equals + 1), value)) return {};
   const std::string name = what.substr(0, equals);
   if (name == "seek") return [value] { SeekTo(value); };
-  if (!kwo::tools::IsSetting(name)) return {};
-  return [name, value] { kwo::tools::ApplySetting(name, static_cast<int>(value)); };
+  const auto set = kwo::tools::FindSetting(name);
+  if (!set) return {};
+  return [set, value] { set(static_cast<int>(value)); };
 }
 
 int Fail(const std::string& what) {

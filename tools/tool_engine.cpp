@@ -42,12 +42,6 @@ constexpr Setting kSettings[] = {
      }},
 };
 
-const Setting* FindSetting(const std::string& name) {
-  for (const Setting& setting : kSettings)
-    if (name == setting.name) return &setting;
-  return nullptr;
-}
-
 }  // namespace
 
 bool MakeEngine() {
@@ -77,15 +71,15 @@ bool AddArgument(const std::string& path) {
   return AddPath(platform::FromMachinePath(path.c_str()).c_str()) > 0;
 }
 
-bool IsSetting(const std::string& name) {
-  return FindSetting(name) != nullptr;
-}
-
-void ApplySetting(const std::string& name, int value) {
-  const Setting* setting = FindSetting(name);
-  if (!setting) return;
-  setting->apply(value);
-  TheMixer->Slot(0)->ApplyMixerParameters();
+std::function<void(int)> FindSetting(const std::string& name) {
+  for (const Setting& setting : kSettings) {
+    if (name != setting.name) continue;
+    return [&setting](int value) {
+      setting.apply(value);
+      TheMixer->Slot(0)->ApplyMixerParameters();
+    };
+  }
+  return {};
 }
 
 }  // namespace kwo::tools

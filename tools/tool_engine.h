@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 /// The engine as the developer programs run it: the whole of it, without a window.
@@ -17,11 +18,8 @@ void StopEngine();
 /// Adds a song, folder or playlist file that the command line names; false if it added nothing.
 bool AddArgument(const std::string& path);
 
-/// Whether a name is that of one of the saved settings that the engine reads: "SliderVol",
-/// "ModeDJ", ...
-bool IsSetting(const std::string& name);
-
-/// Sets such a setting.
-void ApplySetting(const std::string& name, int value);
+/// What sets one of the saved settings that the engine reads, by its name: "SliderVol", "ModeDJ",
+/// ...  Empty if the engine has no such setting.
+std::function<void(int value)> FindSetting(const std::string& name);
 
 }  // namespace kwo::tools

@@ -139,8 +139,11 @@ bool ReplaceFile(const char* path, std::string_view contents) {
   // The rename must not reach the disk before the contents do.
   whole = fsync(file) == 0 && whole;
   whole = close(file) == 0 && whole;
-  if (whole && !CanBeRead(target)) rename(target.c_str(), (target + ".old").c_str());
+  const std::string aside = target + ".old";
+  const bool setAside = whole && !CanBeRead(target);
+  if (setAside) whole = rename(target.c_str(), aside.c_str()) == 0;
   if (whole && rename(beside.c_str(), target.c_str()) == 0) return true;
+  if (whole && setAside) rename(aside.c_str(), target.c_str());
   unlink(beside.c_str());
   return false;
 }
