@@ -249,6 +249,7 @@ bool RunScript(const std::vector<ScriptStep>& steps, const std::string& programF
   const int result = RunApplication();
   user.ended = 1;
   platform::JoinThread(thread);
+  headless::ForgetMessages();
   error = user.error;
   if (result != 0) error = "the program does not start";
   return error.empty();

@@ -37,6 +37,10 @@ std::int64_t WaveGap();
 /// Forgets what was played, and starts the counts anew.
 void ClearPlayedSound();
 
+/// Empties the message queue, as a process that begins finds it: for one that runs a program more
+/// than once.
+void ForgetMessages();
+
 /// Keeps the registry in a file; an empty path keeps it in memory alone, and starts it empty.
 void UseRegistryFile(const std::string& path);
 

@@ -70,3 +70,8 @@ bool GetMessage(Message& message) {
 }
 
 }  // namespace kwo::platform
+
+void kwo::headless::ForgetMessages() {
+  std::lock_guard guard(platform::lock);
+  platform::queue.clear();
+}

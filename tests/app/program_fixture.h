@@ -32,6 +32,7 @@ class Program : public testing::Test {
   void SetUp() override {
     headless::UseRegistryFile("");
     headless::SetScreenSize({1280, 800});
+    headless::SetWaveDevicePresent(true);
     headless::MovePointer({640, 790});
     headless::SetExecutablePath(folder.File("kwo"));
     for (const char* data : {"skin", "music"})
@@ -51,6 +52,7 @@ class Program : public testing::Test {
     const int result = RunApplication();
     finished = 1;
     platform::JoinThread(thread);
+    headless::ForgetMessages();
     return result;
   }
 
