@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "decoder/bit_reader.h"
+#include "decoder/frame_header.h"
 #include "decoder/header_tables.h"
 #include "decoder/mpeg_decoder.h"
 
@@ -14,28 +15,12 @@ namespace {
 constexpr int kLongestFrame = 2048;
 constexpr int kFirstSearch = 32768;
 
-int BigEndian32(const unsigned char* bytes) {
-  return static_cast<int>(static_cast<unsigned>(bytes[0]) << 24 | bytes[1] << 16 | bytes[2] << 8 |
-                          bytes[3]);
-}
-
 bool IsSync(const unsigned char* bytes) {
   return bytes[0] == 0xFF && bytes[1] >= 0xE0;
 }
 
-// The row of kBitRates for a header's second byte, or -1 if the header is not one of ours.
-int RateRow(const unsigned char* header) {
-  const int version = kVersionMap[header[1] >> 3 & 3];
-  const int layer = 3 - (header[1] >> 1 & 3);
-  if (version == kReservedVersion || layer == 3) return -1;
-  if (version == 2 && layer != 2) return -1;
-  return layer + (version != 0 ? 3 : 0);
-}
-
-bool IsFirstHeader(const unsigned char* header) {
-  if (!IsSync(header) || header[1] == 0xFF) return false;
-  const int row = RateRow(header);
-  return row >= 0 && kSampleRates[header[2] >> 2 & 3] != 0 && kBitRates[row][header[2] >> 4] != 0;
+bool IsFirstHeader(const unsigned char* bytes, FrameHeader& header) {
+  return ParseFrameHeader(bytes, header) && !header.FreeFormat();
 }
 
 }  // namespace
@@ -133,54 +118,23 @@ int MpegDecoder::FindFirstHeader(int* bitRate) {
   unsigned char block[kFirstSearch];
   source->Seek(0);
   const int available = source->Read(block, kFirstSearch);
+  FrameHeader header;
   int at = 0;
-  while (at + 4 <= available && !IsFirstHeader(block + at)) ++at;
+  while (at + FrameHeader::kBytes <= available && !IsFirstHeader(block + at, header)) ++at;
   streamInfo = StreamInfo();
   hasXingHeader = 0;
-  if (at + 4 > available) {
+  if (at + FrameHeader::kBytes > available) {
     source->Seek(0);
     return 0;
   }
   source->Seek(at);
-  const unsigned char* header = block + at;
-  const int version = kVersionMap[header[1] >> 3 & 3];
-  streamInfo.mpegVersion = header[1] & 8 ? 1 : 2;
-  streamInfo.layerNumber = 4 - (header[1] >> 1 & 3);
-  streamInfo.bitRate = kBitRates[RateRow(header)][header[2] >> 4] * 1000;
-  streamInfo.channelCount = header[3] >> 6 == 3 ? 1 : 2;
-  streamInfo.sampleRateHz = kSampleRates[header[2] >> 2 & 3] >> version;
-  hasXingHeader = ParseXingHeader(header, available - at);
+  streamInfo.mpegVersion = header.Lsf() ? 2 : 1;
+  streamInfo.layerNumber = header.layerIndex + 1;
+  streamInfo.bitRate = header.BitRate();
+  streamInfo.channelCount = header.Channels();
+  streamInfo.sampleRateHz = header.SampleRate();
+  hasXingHeader = ParseXingHeader(block + at, available - at, xing) && xing.variableRate;
   *bitRate = streamInfo.bitRate;
-  return 1;
-}
-
-int MpegDecoder::ParseXingHeader(const unsigned char* header, int available) {
-  xing.xingFlags = 0;
-  const int headerId = header[1] >> 3 & 1;
-  const bool single = header[3] >> 6 == 3;
-  const int offset = headerId ? (single ? 21 : 36) : (single ? 13 : 21);
-  const unsigned char* at = header + offset;
-  const unsigned char* end = header + available;
-  if (end - at < 8 || std::memcmp(at, "Xing", 4) != 0) return 0;
-  static constexpr int kRates[] = {44100, 48000, 32000, 99999};
-  const int rate = kRates[header[2] >> 2 & 3];
-  xing.headerId = headerId;
-  xing.sampleRateField = headerId ? rate : rate / 2;
-  xing.vbrScale = -1;
-  const int present = BigEndian32(at + 4);
-  at += 8;
-  // A field that the block cuts off counts as absent.
-  auto take = [&](int flag, int size) -> const unsigned char* {
-    if (!(present & flag) || end - at < size) return nullptr;
-    const unsigned char* field = at;
-    at += size;
-    xing.xingFlags |= flag;
-    return field;
-  };
-  if (auto* frames = take(XingHeader::kFrames, 4)) xing.xingFrames = BigEndian32(frames);
-  if (auto* bytes = take(XingHeader::kBytes, 4)) xing.xingBytes = BigEndian32(bytes);
-  if (auto* toc = take(XingHeader::kToc, 100)) std::memcpy(xing.toc, toc, sizeof xing.toc);
-  if (auto* scale = take(XingHeader::kScale, 4)) xing.vbrScale = BigEndian32(scale);
   return 1;
 }
 

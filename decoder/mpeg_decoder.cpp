@@ -115,7 +115,7 @@ int MpegDecoder::InitLayer(int bitRate) {
 
 int MpegDecoder::ReckonFrameTotal(int bitRate) {
   if (bitRate == 0) return 0;
-  if (hasXingHeader && (xing.xingFlags & XingHeader::kFrames) && xing.xingFrames > 0) {
+  if (hasXingHeader && xing.Has(XingHeader::kFrames) && xing.xingFrames > 0) {
     const int each = MpegFramesInDecoderFrame(refLayer, refVersion);
     return xing.xingFrames / each + (xing.xingFrames % each != 0);
   }
@@ -190,10 +190,10 @@ std::int64_t MpegDecoder::SeekOffset(std::int64_t frame, std::int64_t target) {
   if (!hasXingHeader)
     return (slotRemainder * frame / slotDivisor + slotsPerFrame * frame) * slotBytes;
   const std::int64_t total = std::int64_t{frameTotal} * frameBytes;
-  const bool sized = (xing.xingFlags & XingHeader::kBytes) && xing.xingBytes > 0;
+  const bool sized = xing.Has(XingHeader::kBytes) && xing.xingBytes > 0;
   const std::int64_t fileBytes = sized ? xing.xingBytes : source->Control(CTL_LENGTH);
   const double share = total > 0 ? static_cast<double>(target) / static_cast<double>(total) : 0.0;
-  if (!(xing.xingFlags & XingHeader::kToc))
+  if (!xing.Has(XingHeader::kToc))
     return static_cast<std::int64_t>(static_cast<double>(fileBytes) * share);
   return XingSeekPoint(xing.toc, fileBytes, static_cast<float>(100.0 * share));
 }

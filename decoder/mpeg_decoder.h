@@ -4,6 +4,7 @@
 
 #include "decoder/input_stream.h"
 #include "decoder/kernels.h"
+#include "decoder/xing_header.h"
 #include "platform/shared.h"
 
 namespace kwo {
@@ -23,18 +24,6 @@ struct StreamInfo {
   int bitRate = 0;      ///< bits per second
   int channelCount = 0;
   int sampleRateHz = 0;
-};
-
-/// The length header that encoders of variable bit rate put into the first frame.
-struct XingHeader {
-  enum Flags { kFrames = 1, kBytes = 2, kToc = 4, kScale = 8 };
-  int headerId = 0;
-  int sampleRateField = 0;
-  int xingFlags = 0;
-  int xingFrames = 0;  ///< MPEG frames
-  int xingBytes = 0;
-  int vbrScale = -1;
-  unsigned char toc[100] = {};
 };
 
 /// Side information of one granule and channel, ISO/IEC 11172-3 clause 2.4.1.7.
@@ -113,7 +102,6 @@ class MpegDecoder : public InputStream {
   int ReadFrameHeader(int first);
   void ReadHeaderFields();
   int FindFirstHeader(int* bitRate);
-  int ParseXingHeader(const unsigned char* header, int available);
 
   // Decoder frames.
   int DecodeFrame(void* destination);
@@ -205,7 +193,7 @@ class MpegDecoder : public InputStream {
   int streamChannels = 0;
   int bytesPerSample = 4;
   StreamInfo streamInfo;
-  XingHeader xing;
+  XingHeader xing = {};
   int hasXingHeader = 0;
 
   // Synthesis settings.

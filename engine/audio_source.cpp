@@ -41,7 +41,9 @@ int AudioSource::Open(const char* name) {
 int AudioSource::OpenMpeg() {
   decoder.reset(new (std::nothrow) MpegDecoder);
   if (!decoder || fileStream.Open(path, 2) != 0) return 0;
-  if (decoder->Open(&fileStream, &sampleRate, &channels, 0, decimation, outputChannels) != 0)
+  songStream.Open(&fileStream);
+  if (musicStream.Open(decoder.get(), &songStream, &sampleRate, &channels, decimation,
+                       outputChannels) != 0)
     return 0;
   const StreamInfo& stream = decoder->Info();
   info[INFO_KIND] = static_cast<int>(kind);
@@ -70,30 +72,32 @@ void AudioSource::NoteSeconds() {
 }
 
 void AudioSource::Close() {
+  musicStream.Shutdown();
   if (decoder) decoder->Shutdown();
+  songStream.Shutdown();
   fileStream.Shutdown();
   decoder.reset();
   wavReader.reset();
 }
 
 int AudioSource::Read(float* buffer, int size) {
-  if (decoder) return decoder->Read(buffer, size);
+  if (decoder) return musicStream.Read(buffer, size);
   return wavReader ? wavReader->Read(buffer, size) : 0;
 }
 
 std::int64_t AudioSource::Seek(int seconds) {
   const std::int64_t target = std::int64_t{sampleRate} * channels * seconds * 4;
-  if (decoder) return decoder->Seek(target);
+  if (decoder) return musicStream.Seek(target);
   return wavReader ? wavReader->Seek(target) : 0;
 }
 
 std::int64_t AudioSource::Length() {
-  if (decoder) return decoder->Control(CTL_LENGTH);
+  if (decoder) return musicStream.Control(CTL_LENGTH);
   return wavReader ? wavReader->Length() : 0;
 }
 
 std::int64_t AudioSource::Position() {
-  if (decoder) return decoder->Control(CTL_READ_POSITION);
+  if (decoder) return musicStream.Control(CTL_READ_POSITION);
   return wavReader ? wavReader->Position() : 0;
 }
 

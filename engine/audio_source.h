@@ -5,6 +5,8 @@
 
 #include "decoder/file_input_stream.h"
 #include "decoder/mpeg_decoder.h"
+#include "decoder/music_stream.h"
+#include "decoder/song_stream.h"
 #include "engine/wav_reader.h"
 #include "platform/shared.h"
 
@@ -29,6 +31,8 @@ enum SourceInfo : int {
 /// One opened song behind one Voice: picks a reader by the ending of the file name and gives
 /// interleaved float samples of 16-bit scale.  Lengths and positions are decoded bytes: 4 for each
 /// sample of each channel.
+///
+/// An MPEG song is a chain of streams: the file, the song in it, the decoder, the music in that.
 ///
 /// `Open` and `Close` must not overlap with anything else but reads of `info`; `Read`, `Seek`,
 /// `Length`, `Position` and the setters belong to the thread that renders.
@@ -74,9 +78,11 @@ class AudioSource {
   int OpenWav();
   void NoteSeconds();
 
-  std::unique_ptr<MpegDecoder> decoder;
-  std::unique_ptr<WavReader> wavReader;
   FileInputStream fileStream;
+  SongStream songStream;
+  std::unique_ptr<MpegDecoder> decoder;
+  MusicStream musicStream;
+  std::unique_ptr<WavReader> wavReader;
   int decimation = 0;
   int outputChannels = 0;
   char path[kMaxPath] = {};

@@ -2,34 +2,12 @@
 // peeks, seeks, control requests and effects.
 
 #include <cstdint>
-#include <cstring>
 #include <memory>
 
 #include "decoder/mpeg_decoder.h"
+#include "tests/decoder/bytes_stream.h"
 
 namespace {
-
-class BytesStream : public kwo::InputStream {
- public:
-  BytesStream(const std::uint8_t* data, std::size_t size, bool seekable)
-      : data_(data), size_(static_cast<int>(size)) {
-    BeginStream(kwo::STREAM_READABLE | (seekable ? kwo::STREAM_SEEKABLE : 0), 0, size_);
-  }
-  int RawRead(void* buffer, int count) override {
-    const int got = count < size_ - at_ ? count : size_ - at_;
-    std::memcpy(buffer, data_ + at_, static_cast<std::size_t>(got));
-    at_ += got;
-    return got;
-  }
-  std::int64_t RawSeek(std::int64_t target) override {
-    return at_ = static_cast<int>(target < size_ ? target : size_);
-  }
-
- private:
-  const std::uint8_t* data_;
-  int size_;
-  int at_ = 0;
-};
 
 void Act(kwo::MpegDecoder& decoder, unsigned byte) {
   static unsigned char buffer[30000];
@@ -69,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size < kOptions) return 0;
   const unsigned options = data[0];
   static constexpr int kChannels[4] = {0, 1, 2, -2};
-  BytesStream source(data + kOptions, size - kOptions, (options & 0xC0) != 0);
+  kwo::test::BytesStream source(data + kOptions, size - kOptions, (options & 0xC0) != 0);
   auto decoder = std::make_unique<kwo::MpegDecoder>();
   int rate, channels;
   if (decoder->Open(&source, &rate, &channels, options & 1, (options >> 1 & 3) % 3,
@@ -80,6 +58,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
   }
   decoder->Shutdown();
-  source.Shutdown();
   return 0;
 }

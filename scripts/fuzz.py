@@ -26,6 +26,18 @@ def mpeg_seeds():
             yield head + data[start:start + 3000]
 
 
+def song_seeds():
+    tag = b"ID3\x04\0\x10\0\0\0\x10" + bytes(16) + b"3DI\x04\0\x10\0\0\0\x10"
+    item = struct.pack("<II", 4, 0) + b"Key\0\xff\xfb\x90\0"
+    ape = item + b"APETAGEX" + struct.pack("<IIII", 2000, len(item) + 32, 1, 0) + bytes(8)
+    lyrics = b"LYRICSBEGININD0000200"
+    lyrics += b"%06dLYRICS200" % len(lyrics)
+    for song in sorted((ROOT / "tests" / "data").iterdir()):
+        frames = song.read_bytes()[:4000]
+        yield b"\0\x30\x80\xf0" + tag + frames + ape + lyrics + b"TAG" + bytes(125)
+        yield b"\1\x10\xfa\x60" + bytes(100) + frames + b"TAG" + bytes(125) + tag + frames
+
+
 def wav_seeds():
     for channels, bits in ((1, 8), (2, 16), (3, 24)):
         form = struct.pack("<HHIIHH", 1, channels, 44100, 0, 0, bits)
@@ -70,7 +82,7 @@ def drive_seeds():
 
 SEEDS = {"bmp": bmp_seeds, "drive": drive_seeds, "mpeg": mpeg_seeds, "playlist": playlist_seeds,
          "presets": presets_seeds, "settings": settings_seeds,
-         "skin_description": skin_description_seeds, "tag": tag_seeds, "wav": wav_seeds}
+         "skin_description": skin_description_seeds, "song": song_seeds, "tag": tag_seeds, "wav": wav_seeds}
 
 
 LONGEST_INPUT = 9000

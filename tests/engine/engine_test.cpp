@@ -387,6 +387,30 @@ TEST(AudioSource, EndingsPickTheReader) {
   EXPECT_EQ(0, source.info[INFO_BIT_RATE]) << "a length header hides the first frame's rate";
 }
 
+TEST(AudioSource, SongSoundsTheSameWhateverTaggersPutAroundIt) {
+  const std::string bare = test::ReadBytes(test::DataFile("vbr.mp3"));
+  const std::string cover(100000, '\xff');  // beyond what the decoder itself searches
+  test::TempFolder folder;
+  const std::string path = folder.File("song.mp3");
+  test::WriteBytes(path, "ID3\3" + std::string(3, 0) + "\6\x0d\x20" + cover + bare + "TAG" +
+                             std::string(125, '\xfb'));
+  AudioSource source, plain;
+  ASSERT_EQ(1, source.Open(path.c_str()));
+  ASSERT_EQ(1, plain.Open(test::DataFile("vbr.mp3").c_str()));
+  EXPECT_EQ(3 * 44100 * 8, source.Length());
+  EXPECT_EQ(3, source.info[INFO_SECONDS]);
+  std::vector<float> got(2 * 3 * 44100 + 1), expected(got.size());
+  for (const int seconds : {0, 2}) {
+    source.Seek(seconds);
+    plain.Seek(seconds);
+    EXPECT_EQ(seconds * 44100 * 8, source.Position());
+    const int bytes = source.Read(got.data(), static_cast<int>(got.size()) * 4);
+    EXPECT_GT(bytes, 0);
+    EXPECT_EQ(bytes, plain.Read(expected.data(), static_cast<int>(got.size()) * 4));
+    EXPECT_EQ(expected, got);
+  }
+}
+
 TEST(WavReader, ReadsLengthsAndSeeks) {
   test::TempFolder folder;
   const std::string path = folder.File("a.wav");
