@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <string>
@@ -204,6 +205,7 @@ void RunMessageLoop() {
 }  // namespace
 
 int StartUp() {
+  std::srand(platform::GetTickCount());
   ResetMainEvents();
   TheSkinHost = new (std::nothrow) SkinHost;
   if (!TheSkinHost) return 0;

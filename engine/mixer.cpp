@@ -76,10 +76,12 @@ void Mixer::DeleteVoice(int slot) {
 // block, which is less than a listener hears of a change of songs.
 void Mixer::RotateSlots(int first, int last) {
   if (first < 0 || first >= last || last >= kSlots) return;
+  while (rotating.exchange(1) != 0) platform::Sleep(1);
   Voice* moving = Slot(last);
   for (int slot = last; slot > first; --slot)
     slots[slot].store(Slot(slot - 1), std::memory_order_release);
   slots[first].store(moving, std::memory_order_release);
+  rotating.store(0);
 }
 
 void Mixer::StartThread() {

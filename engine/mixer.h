@@ -34,7 +34,7 @@ class Mixer {
   int CreateVoice(int slot, int capacity);
   void DeleteVoice(int slot);
   /// The voice at `last` moves to `first`, and those between move up by one; nothing unless
-  /// 0 <= first < last < 128.  Any thread.
+  /// 0 <= first < last < 128.  Any thread but the render thread: a second one waits for the first.
   void RotateSlots(int first, int last);
   void StartThread();
   /// Lets the thread finish its block and close the device, and waits for it.
@@ -73,6 +73,7 @@ class Mixer {
   std::unique_ptr<std::int16_t[]> pcmBlock;
   std::unique_ptr<float[]> mixBuffer;
   std::atomic<Voice*> slots[kSlots] = {};
+  std::atomic<int> rotating = 0;  // two rotations at once would leave one voice in two slots
   Shared<int> running;
   Shared<int> threadAlive;
   platform::Thread* thread = nullptr;

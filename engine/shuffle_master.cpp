@@ -40,6 +40,8 @@ void DjVolumeRamp(int slot, const Slide& slide) {
 
 void DjPanRamp(int slot, const Slide& slide) {
   DjVoice(slot).SetPan(slide.start);
+  // The next song of this voice comes from the middle again.
+  DjVoice(slot).basePan = 0.0f;
   DjVoice(slot).SetPanRamp(2, slide.step, slide.end, slide.stopAtEnd);
 }
 
@@ -57,11 +59,14 @@ bool DjSleep(int milliseconds) {
   return djWanted != 0;
 }
 
-void EndOfList() {
+// `run` is what was playing as the transition began; one that the user has begun since is not ours
+// to end.
+void EndOfList(unsigned run) {
+  if (playing.Raising() != run) return;
   DjVoice(0).Stop();
   DjVolumeRamp(1, kLastVolume);
   DjVoice(2).Stop();
-  playing = 0;
+  playing.LowerIf(run);
   RefreshDisplays();
 }
 
@@ -69,6 +74,8 @@ void CrossFade() {
   DjVoice(0).ResetRamps();
   DjVoice(0).Seek(static_cast<float>(std::rand() % 100 + 30));
   DjVoice(0).SetVolume(kNewVolume.start);
+  // What the next stop fades from.
+  DjVoice(0).baseVolume = 1.0f;
   DjVolumeRamp(0, kNewVolume);
   DjPanRamp(0, kNewPan);
   DjVoice(0).Start();
@@ -80,13 +87,14 @@ void CrossFade() {
 }
 
 void Transition() {
+  const unsigned run = playing.Raising();
   DjVoice(2).Stop();
   DjVoice(2).ResetRamps();
   TheMixer->RotateSlots(0, 2);
   const int result = AdvanceSong();
   const int index = playlist.currentSong;
   if (result < 0 && !repeatOn) {
-    EndOfList();
+    EndOfList(run);
   } else if (index >= 0 && DjLoad(0, index)) {
     CrossFade();
   }

@@ -1,7 +1,8 @@
 #include "engine/transport.h"
 
 #include <algorithm>
-#include <random>
+#include <bitset>
+#include <cstdlib>
 
 #include "platform/clock.h"
 #include "playlist/hooks.h"
@@ -9,7 +10,7 @@
 namespace kwo {
 
 Mixer* TheMixer = nullptr;
-Shared<int> playing;
+SharedFlag playing;
 Shared<int> paused;
 Shared<int> playMode;
 Shared<int> repeatOn;
@@ -33,6 +34,8 @@ constexpr FadeIn kUnpause = {0.01f, 1.3f};
 
 void StartFadeIn(Voice& voice, const FadeIn& fade) {
   voice.SetVolume(fade.start);
+  // What the next fade begins from.
+  voice.baseVolume = 1.0f;
   voice.SetVolumeRamp(0, fade.step, 1.0f, 0);
 }
 
@@ -123,6 +126,8 @@ void ShowTimeZero(Mixer* mixer) {
 
 // The song in slot 0 has ended.  Not 0: the voice has more to read, or nothing is left to play.
 int OnSourceEnd(Mixer* mixer, Voice* voice) {
+  // Read before the slot: a stop and a new play in between make either another one.
+  const unsigned run = playing.Raising();
   // The ShuffleMaster owns the order then, and the voice stays silent until its next crossfade.
   if (djMode != 0) return 1;
   // A fading voice simply runs out.
@@ -137,7 +142,7 @@ int OnSourceEnd(Mixer* mixer, Voice* voice) {
     voice->Stop();
     voice->Seek(0.0f);
     ShowTimeZero(mixer);
-    playing = 0;
+    playing.LowerIf(run);
   }
   RefreshDisplays();
   return 1;
@@ -171,12 +176,12 @@ void TransportPlay() {
     voice.SetVolume(1.0f);
   }
   voice.Start();
-  playing = 1;
+  playing.Raise();
 }
 
 void TransportStop() {
   if (!playing) return;
-  playing = 0;
+  playing.Lower();
   for (int slot = 0; slot < 2; ++slot) {
     Voice& voice = *TheMixer->Slot(slot);
     voice.ResetRamps();
@@ -226,11 +231,15 @@ int RetreatSong() {
 void BuildShuffleTable() {
   const int count = playlist.count;
   if (count <= 0) return;
-  std::minstd_rand random(platform::GetTickCount() + 1);
+  std::srand(platform::GetTickCount());
+  std::bitset<kPlaylistSlots> taken;
   for (int i = 0; i < count; ++i) {
-    const int j = static_cast<int>(random() % static_cast<unsigned>(i + 1));
-    shuffleTable[i] = int{shuffleTable[j]};
-    shuffleTable[j] = i;
+    int song;
+    do {
+      song = std::rand() % count;
+    } while (taken[static_cast<std::size_t>(song)]);
+    taken.set(static_cast<std::size_t>(song));
+    shuffleTable[i] = song;
   }
   shufflePosition = 0;
 }

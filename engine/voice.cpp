@@ -91,11 +91,11 @@ void Voice::HandOverParameters() {
 }
 
 void Voice::Start() {
-  active = 1;
+  active.Raise();
 }
 
 void Voice::Stop() {
-  active = 0;
+  active.Lower();
 }
 
 void Voice::Seek(float seconds) {
@@ -147,6 +147,9 @@ void Voice::StepRamps() {
 }
 
 void Voice::StepRamp(VoiceRamp& ramp) {
+  // Read before the ramp: whoever sets a new one and then starts the voice is not stopped by the
+  // end of the old one.
+  const unsigned start = active.Raising();
   const VoiceRamp::Program program = ramp.Get();
   if (program.kind == RampKind::kIdle) return;
   const float step = program.step, target = program.target;
@@ -164,7 +167,7 @@ void Voice::StepRamp(VoiceRamp& ramp) {
     ended = step == 0.0f || moved == target;
     field.Replace(old, moved);
   }
-  if (ended && ramp.End(program) && program.stopAtEnd) Stop();
+  if (ended && ramp.End(program) && program.stopAtEnd) active.LowerIf(start);
 }
 
 int Voice::Render(float* mix, int count) {
@@ -175,14 +178,9 @@ int Voice::Render(float* mix, int count) {
 }
 
 int Voice::RenderEntered(float* mix, int count) {
-  if (parametersPending.Acquire()) {
-    parametersPending = 0;
-    HandOverParameters();
-  }
-  if (seekPending.Acquire()) {
-    seekPending = 0;
-    source->Seek(static_cast<int>(seekTarget));
-  }
+  // Taken by one exchange: what is set behind it is seen at the next block.
+  if (parametersPending.Replace(1, 0)) HandOverParameters();
+  if (seekPending.Replace(1, 0)) source->Seek(static_cast<int>(seekTarget));
   // A song that the callback opens in the middle of this block is heard with its own channels and
   // rate from the next block on: the buffer was measured for these.
   const int channels = source->channels;

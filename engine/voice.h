@@ -98,7 +98,7 @@ class Voice {
 
   AudioSource* Source() const { return source.get(); }
 
-  Shared<int> active;
+  SharedFlag active;
   Shared<float> volume = 1.0f, baseVolume = 1.0f;
   Shared<float> speed = 1.0f, baseSpeed = 1.0f;
   Shared<float> pan = 0.0f, basePan = 0.0f;

@@ -6,7 +6,7 @@ namespace kwo::platform {
 /// Lets at least `milliseconds` pass.
 void Sleep(int milliseconds);
 
-/// Milliseconds since the program started; wraps after 49 days.
+/// Milliseconds since the machine started; wraps after 49 days.
 unsigned GetTickCount();
 
 }  // namespace kwo::platform

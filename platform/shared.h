@@ -43,4 +43,31 @@ class Shared {
   std::atomic<T> word_;
 };
 
+/// A shared flag that a thread can lower without undoing that another has raised it anew.
+class SharedFlag {
+ public:
+  SharedFlag() = default;
+  SharedFlag(const SharedFlag&) = delete;
+  SharedFlag& operator=(const SharedFlag&) = delete;
+
+  /// 1 while raised, else 0.
+  operator int() const { return static_cast<int>(word_.load(std::memory_order_relaxed) & 1); }
+  void Raise() {
+    unsigned word = word_.load(std::memory_order_relaxed);
+    while (!word_.compare_exchange_weak(word, (word + 2) | 1, std::memory_order_acq_rel)) {
+    }
+  }
+  void Lower() { word_.fetch_and(~1u, std::memory_order_acq_rel); }
+
+  /// Tells this raising from all others.
+  unsigned Raising() const { return word_.load(std::memory_order_acquire); }
+  /// Lowers the flag if it has not been raised since.
+  void LowerIf(unsigned raising) {
+    word_.compare_exchange_strong(raising, raising & ~1u, std::memory_order_acq_rel);
+  }
+
+ private:
+  std::atomic<unsigned> word_ = 0;  // the lowest bit is the flag, the others count the raisings
+};
+
 }  // namespace kwo

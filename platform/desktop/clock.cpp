@@ -6,12 +6,6 @@
 #include "platform/desktop/main_loop.h"
 
 namespace kwo::platform {
-namespace {
-
-const auto programStart = std::chrono::steady_clock::now();
-
-}  // namespace
-
 void Sleep(int milliseconds) {
   if (mainLoop.sleep && mainLoop.onMainThread()) {
     mainLoop.sleep(milliseconds);
@@ -21,7 +15,8 @@ void Sleep(int milliseconds) {
 }
 
 unsigned GetTickCount() {
-  const auto passed = std::chrono::steady_clock::now() - programStart;
+  // The steady clock of this system counts from the machine's start.
+  const auto passed = std::chrono::steady_clock::now().time_since_epoch();
   return static_cast<unsigned>(
       std::chrono::duration_cast<std::chrono::milliseconds>(passed).count());
 }

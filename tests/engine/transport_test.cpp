@@ -4,72 +4,17 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <set>
 
 #include "engine/shuffle_master.h"
 #include "platform/clock.h"
-#include "platform/headless/headless.h"
-#include "playlist/hooks.h"
-#include "tests/support.h"
+#include "tests/engine/transport_fixture.h"
 
 namespace kwo {
 namespace {
 
-constexpr int kBlock = 4608;
-constexpr double kBlockMs = 2304 * 1000.0 / 44100;
-int shownTime;
-
-class Transport : public testing::Test {
- protected:
-  void SetUp() override {
-    headless::ClearPlayedSound();
-    headless::SetWaveDevicePresent(true);
-    hooks = Hooks();
-    RemoveAll();
-    hooks.transportStop = TransportStop;
-    hooks.showSongTime = [](int time) { shownTime = time; };
-    playing = paused = playMode = repeatOn = shuffleOn = djMode = shufflePosition = SeekActive = 0;
-    playlist.currentSong = -1;
-    shownTime = -1;
-    TheMixer = new Mixer;
-    TheMixer->Init(kBlock, 44100, 2, OnMixerEvent);
-    for (int slot = 0; slot < 3; ++slot) TheMixer->CreateVoice(slot, kBlock);
-  }
-  void TearDown() override {
-    DjEnd();
-    RemoveAll();
-    TheMixer->StopThread();
-    delete TheMixer;
-    TheMixer = nullptr;
-    hooks = Hooks();
-  }
-  // A song by a name of the list's kinds; its sound is the test song's.
-  void AddSongs(int count) {
-    for (int i = 0; i < count; ++i) AddSong(test::DataFile("joint128.mp3").c_str());
-  }
-  // A song of more than a minute.
-  void AddLongSong() {
-    AddSong((std::string(KWO_TEST_DATA) + "/../../music/one-horizon.mp3").c_str());
-  }
-  void Select(std::initializer_list<int> songs) {
-    const PlaylistReader reader;
-    for (int song : songs) reader.Entry(song)->selected = 1;
-  }
-  Voice& V(int slot = 0) { return *TheMixer->Slot(slot); }
-  // Renders without the thread, so that the test sees every block.
-  int RenderUntilSilent(int limit = 1000) {
-    int blocks = 0;
-    while (blocks < limit && TheMixer->RenderBlock()) ++blocks;
-    return blocks;
-  }
-  std::string Order(int steps, int (*step)()) {
-    std::string order;
-    for (int i = 0; i < steps; ++i) order += std::to_string(step()) + " ";
-    return order;
-  }
-};
+constexpr double kBlockMs = kBlock / 2 * 1000.0 / 44100;
 
 TEST_F(Transport, PlayTogglesAndStopFadesBehindANewSong) {
   AddLongSong();
