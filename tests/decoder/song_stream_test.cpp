@@ -134,16 +134,20 @@ TEST(SongStream, ShowsTheSongWithoutAnyTags) {
       Ape(50, true) + Lyrics2() + Id3v1(),
       Lyrics2() + Ape(5000, false) + Id3v1(),
       Id3v1() + Ape(20, true),
-      "TAG+" + std::string(223, 'x') + Id3v1(),
+      Ape(100000, true) + "TAG+" + std::string(223, 'x') + Id3v1(),
       Id3v2(Utf16Title(), 4, true),
       std::string(9000, 0),
   };
   for (const char* name : {"joint128.mp3", "layer2.mp2", "mono8.mp3", "vbr-lsf.mp3"}) {
     const std::string song = ReadBytes(DataFile(name));
-    for (std::size_t front = 0; front < std::size(fronts); ++front)
-      for (std::size_t back = 0; back < std::size(backs); ++back)
-        ASSERT_TRUE(Shown(fronts[front] + song + backs[back]) == song)
+    for (std::size_t front = 0; front < std::size(fronts); ++front) {
+      for (std::size_t back = 0; back < std::size(backs); ++back) {
+        Song tagged(fronts[front] + song + backs[back]);
+        ASSERT_EQ(static_cast<std::int64_t>(song.size()), tagged.Length())
             << name << " front " << front << " back " << back;
+        ASSERT_TRUE(tagged.Read() == song) << name << " front " << front << " back " << back;
+      }
+    }
   }
 }
 
@@ -256,6 +260,8 @@ TEST(SongStream, FrameWithoutTheBytesItRefersToIsSilentAndKeepsItsOwn) {
   EXPECT_EQ(silent(0, 0), shown.substr(0, 417));
   EXPECT_EQ(silent(1, 381), shown.substr(417, 417));
   EXPECT_EQ(bytes.substr(2 * 417), shown.substr(2 * 417));
+  EXPECT_EQ(Frame(0) + Frame(381), Shown(Frame(0) + Frame(381)));
+  EXPECT_NE(Frame(0) + Frame(382), Shown(Frame(0) + Frame(382)));
   // A lost frame in the middle takes the bytes with it.
   std::string damaged = Frames(3) + Frame(381) + Frame(381) + Frame(5);
   damaged[2 * 417] = 'x';

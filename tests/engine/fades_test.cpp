@@ -13,12 +13,12 @@ namespace {
 class Fades : public Transport {
  protected:
   // 200 seconds of one value a side.
-  std::string SteadySong(int left, int right) {
+  std::string SteadySong(float left, float right) {
     constexpr int kRate = 8000, kSeconds = 200;
     std::string samples;
     for (int i = 0; i < kRate * kSeconds; ++i) {
-      samples += static_cast<char>(128 + left / 256);
-      samples += static_cast<char>(128 + right / 256);
+      samples += static_cast<char>(static_cast<int>(left) / 256 + 128);
+      samples += static_cast<char>(static_cast<int>(right) / 256 + 128);
     }
     const std::string path =
         folder.File(std::to_string(left) + "," + std::to_string(right) + ".wav");
