@@ -14,8 +14,8 @@ namespace kwo {
 /// The single mixer; null before start-up and after shutdown.
 extern Mixer* TheMixer;
 
-extern SharedFlag playing;  ///< a song is under way; stays 1 during a pause
-extern Shared<int> paused;  ///< the last toggle was a pause
+extern SharedFlag playing;    ///< a song is under way; stays 1 during a pause
+extern Shared<int> paused;    ///< the last toggle was a pause
 extern Shared<int> playMode;  ///< 0 All, 1 Selected, 2 Unselected
 extern Shared<int> repeatOn;
 extern Shared<int> shuffleOn;
