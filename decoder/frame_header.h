@@ -29,8 +29,7 @@ struct FrameHeader {
   /// From the header to Layer III's side information, and the size of that.
   int SideInfoOffset() const { return kBytes + (hasCrc ? 2 : 0); }
   int SideInfoBytes() const;
-  /// What is left of a Layer III frame of `bitRate` without padding for its main data; below 1 in
-  /// frames too short for their own side information.
+  /// What is left of a Layer III frame of `bitRate` without padding for its main data.
   int PayloadBytes(int bitRate) const;
 
   /// Of one version, layer and rate, as all frames of a song are.

@@ -80,9 +80,7 @@ std::int64_t MusicStream::Measure() {
   const std::int64_t whole = decoder->Control(CTL_LENGTH);
   musicBegin = 0;
   endTold = atEnd = holdingBack = false;
-  layer3 = first.known && first.header.layerIndex == 2;
   runUpFrames = first.known ? RunUpFrames(first.header, first.bitRate) : kSettlingFrames;
-  evenFrames = first.telling && !told.variableRate;
   if (!first.telling || (told.delay == 0 && told.padding == 0)) return whole;
   musicBegin = PcmBytes(first.header.Samples() + told.delay + kDecoderDelay);
   decoder->Read(nullptr, static_cast<int>(musicBegin));
@@ -125,13 +123,14 @@ std::int64_t MusicStream::RawSeek(std::int64_t target) {
   const std::int64_t frameBytes = PcmBytes(kFrameSamples);
   const std::int64_t place = musicBegin + target;
   const std::int64_t runUpBegin = std::max<std::int64_t>(0, place / frameBytes - runUpFrames);
-  if (layer3) {
+  if (Layer3()) {
     // Only a new start clears the overlap, which the first frames of the song would add.
     int rate, channels;
     StartDecoder(&rate, &channels);
   }
-  if (runUpBegin > 0 || !layer3) decoder->Seek(runUpBegin * frameBytes);
-  if (runUpBegin > 0 && evenFrames) song->Seek(FramePlace(runUpBegin));
+  if (runUpBegin > 0 || !Layer3()) decoder->Seek(runUpBegin * frameBytes);
+  if (runUpBegin > 0 && first.telling && !first.told.variableRate)
+    song->Seek(FramePlace(runUpBegin));
   decoder->Read(nullptr, static_cast<int>(place - runUpBegin * frameBytes));
   if (held && runUpBegin > 0) HoldBack();
   return target;

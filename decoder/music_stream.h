@@ -43,6 +43,7 @@ class MusicStream : public InputStream {
 
   int StartDecoder(int* sampleRateOut, int* channelsOut);
   FirstFrame ReadFirstFrame();
+  bool Layer3() const { return first.known && first.header.layerIndex == 2; }
   std::int64_t Measure();
   std::int64_t PcmBytes(std::int64_t samples) const;
   std::int64_t FramePlace(std::int64_t frame) const;
@@ -55,8 +56,6 @@ class MusicStream : public InputStream {
   int outputChannels = 0;
   int sampleBytes = 0;  // of all channels
   FirstFrame first = {};
-  bool layer3 = false;
-  bool evenFrames = false;  // all but the first have one size
   int runUpFrames = 0;
   std::int64_t musicBegin = 0;  // in the decoder's PCM
   bool endTold = false;

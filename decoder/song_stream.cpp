@@ -131,6 +131,7 @@ bool SongStream::FrameAt(std::int64_t offset, FrameHeader& header) {
 // end.
 bool SongStream::EndsWell(std::int64_t offset, const FrameHeader& header) {
   const std::int64_t next = offset + header.FrameBytes();
+  // In memory up to the next header, so that the window does not go to and fro.
   window.Look(offset, header.FrameBytes() + FrameHeader::kBytes);
   FrameHeader following;
   return next == window.End() || HeaderAt(next, following) || SkipTagsInFront(window, next) != next;

@@ -11,8 +11,8 @@ namespace kwo {
 ///
 /// The song begins with the first header that is confirmed: another of its kind, or the song's end,
 /// stands where its frame ends.  Its end is found from behind, so opening costs the same for any
-/// song.  What lies between frames reads as zeros, and so do the places that a Layer III frame
-/// refers to where the bytes that it needs have not been shown: it is shown as a frame of silence.
+/// song.  What lies between frames reads as zeros, and so does a frame that lacks its end.  A Layer
+/// III frame that refers to bytes which have not been shown is shown as a frame of silence.
 ///
 /// One thread at a time, like every stream.  Nothing is allocated; a read walks at most 2 MB.
 class SongStream : public InputStream {

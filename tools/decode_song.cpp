@@ -1,7 +1,9 @@
 // Decodes a whole song to raw floats, with nothing but the audio source in the way.
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <memory>
 
 #include "decoder/file_input_stream.h"
@@ -24,57 +26,13 @@ int Fail(const char* what, const char* name) {
   return 1;
 }
 
-// A song that can be read; lengths in bytes of its samples.
-class Song {
- public:
-  virtual ~Song() = default;
-  virtual int Read(float* samples, int size) = 0;
-  virtual long long Length() = 0;
-  int rate = 0, channels = 0;
-};
-
-// What a listener gets.
-class Music : public Song {
- public:
-  bool Open(const char* path) {
-    if (!source.Open(path)) return false;
-    rate = source.sampleRate;
-    channels = source.channels;
-    return true;
-  }
-  bool HasReader() const { return source.Kind() != kwo::SourceKind::kNothing; }
-  int Read(float* samples, int size) override { return source.Read(samples, size); }
-  long long Length() override { return source.Length(); }
-
- private:
-  kwo::AudioSource source;
-};
-
-// The decoder on the file as it stands.
-class WholeFile : public Song {
- public:
-  ~WholeFile() override {
-    decoder.Shutdown();
-    file.Shutdown();
-  }
-  bool Open(const char* path) {
-    return file.Open(path, 2) == 0 && decoder.Open(&file, &rate, &channels) == 0;
-  }
-  int Read(float* samples, int size) override { return decoder.Read(samples, size); }
-  long long Length() override { return decoder.Control(kwo::CTL_LENGTH); }
-
- private:
-  kwo::FileInputStream file;
-  kwo::MpegDecoder decoder;
-};
-
-// Gives the bytes of all samples, or -1 if they can't be written.
-long long Write(Song& song, std::FILE* out) {
+// Reads all samples into the file and gives their bytes, or -1 if they can't be written.
+long long Write(const std::function<int(float*, int)>& read, std::FILE* out) {
   std::setvbuf(out, nullptr, _IONBF, 0);
   static float samples[9 * 2 * 1152];
   long long total = 0;
   int got;
-  while ((got = song.Read(samples, sizeof samples)) > 0) {
+  while ((got = read(samples, sizeof samples)) > 0) {
     const auto size = static_cast<std::size_t>(got);
     if (std::fwrite(samples, 1, size, out) != size) return -1;
     total += got;
@@ -96,24 +54,33 @@ int main(int argc, char** argv) {
   }
   const char* path = argv[argc - 2];
   const char* outPath = argv[argc - 1];
-  std::unique_ptr<Song> song;
-  if (whole) {
-    auto file = std::make_unique<WholeFile>();
-    if (!file->Open(path)) return Fail("not a song that can be opened", path);
-    song = std::move(file);
-  } else {
-    auto music = std::make_unique<Music>();
-    if (!music->Open(path)) return Fail("not a song that can be opened", path);
-    if (!music->HasReader()) return Fail("the name does not end in .mp3, .mp2 or .wav", path);
-    song = std::move(music);
+  auto source = std::make_unique<kwo::AudioSource>();
+  kwo::FileInputStream file;
+  auto decoder = std::make_unique<kwo::MpegDecoder>();
+  int rate, channels;
+  const bool opened = whole ? file.Open(path, 2) == 0 && decoder->Open(&file, &rate, &channels) == 0
+                            : source->Open(path) != 0;
+  if (!opened) return Fail("not a song that can be opened", path);
+  if (!whole) {
+    if (source->Kind() == kwo::SourceKind::kNothing)
+      return Fail("the name does not end in .mp3, .mp2 or .wav", path);
+    rate = source->sampleRate;
+    channels = source->channels;
   }
   std::FILE* out = std::fopen(outPath, "wb");
   if (!out) return Fail("cannot be written", outPath);
-  const long long total = Write(*song, out);
+  const long long total = Write(
+      [&](float* samples, int size) {
+        return whole ? decoder->Read(samples, size) : source->Read(samples, size);
+      },
+      out);
   if (std::fclose(out) != 0 || total < 0) return Fail("cannot be written", outPath);
-  const double bytesPerSecond = 4.0 * song->channels * song->rate;
-  std::fprintf(stderr, "%d channels, %d Hz, %.3f seconds told, %.3f decoded\n", song->channels,
-               song->rate, static_cast<double>(song->Length()) / bytesPerSecond,
+  const std::int64_t told = whole ? decoder->Control(kwo::CTL_LENGTH) : source->Length();
+  const double bytesPerSecond = 4.0 * channels * rate;
+  std::fprintf(stderr, "%d channels, %d Hz, %.3f seconds told, %.3f decoded\n", channels, rate,
+               static_cast<double>(told) / bytesPerSecond,
                static_cast<double>(total) / bytesPerSecond);
+  decoder->Shutdown();
+  file.Shutdown();
   return 0;
 }

@@ -152,38 +152,23 @@ TEST(MusicStream, HasTheLengthThatWasEncoded) {
   EXPECT_EQ(3u * 22050 * 2, Music(ReadBytes(DataFile("vbr-lsf.mp3"))).Read().size());
 }
 
-TEST(MusicStream, SeeksEqualStraightDecodingAtTheVeryPlace) {
+TEST(MusicStream, SeeksEqualStraightDecoding) {
   std::mt19937 random(5);
-  for (const char* name : {"joint128.mp3", "joint320.mp3", "lsf22.mp3", "mono8.mp3"}) {
-    const std::string bytes = ReadBytes(DataFile(name));
-    Music music(bytes);
+  // How many half frames beside its place a seek may land; none where all frames have one size.
+  constexpr std::pair<const char*, long> kSongs[] = {
+      {"joint128.mp3", 0}, {"joint320.mp3", 0}, {"lsf22.mp3", 0},  {"mono8.mp3", 0},
+      {"layer2.mp2", 2},   {"vbr.mp3", 8},      {"vbr-lsf.mp3", 8}};
+  for (const auto& [name, most] : kSongs) {
+    Music music(ReadBytes(DataFile(name)));
     const auto straight = music.Read();
-    const auto channels = static_cast<std::size_t>(music.channels);
+    const long channels = music.channels, samples = music.Length();
     for (int i = 0; i < 150; ++i) {
-      const std::size_t sample = random() % static_cast<std::size_t>(music.Length());
-      const std::size_t count = std::min<std::size_t>(3000, straight.size() / channels - sample);
-      ASSERT_EQ(static_cast<std::int64_t>(sample), music.Seek(static_cast<std::int64_t>(sample)));
-      ASSERT_EQ(Part(straight, sample * channels, count * channels), music.Read(count))
-          << name << " sample " << sample;
-    }
-  }
-}
-
-TEST(MusicStream, SeeksOfUnevenSongsAreWholeFramesAway) {
-  std::mt19937 random(6);
-  for (const char* name : {"layer2.mp2", "vbr.mp3", "vbr-lsf.mp3"}) {
-    const std::string bytes = ReadBytes(DataFile(name));
-    Music music(bytes);
-    const auto straight = music.Read();
-    const auto channels = static_cast<std::size_t>(music.channels);
-    const long half = 576 * static_cast<long>(channels);
-    for (int i = 0; i < 150; ++i) {
-      const auto sample = static_cast<std::int64_t>(random() % 50000);
+      const long sample = static_cast<long>(random() % static_cast<unsigned>(samples - 6000));
       ASSERT_EQ(sample, music.Seek(sample));
       const auto part = music.Read(2000);
       bool found = false;
-      for (long halves = -8; halves <= 8 && !found; ++halves) {
-        const long at = static_cast<long>(sample) * static_cast<long>(channels) + halves * half;
+      for (long halves = -most; halves <= most && !found; ++halves) {
+        const long at = (sample + halves * 576) * channels;
         found = at >= 0 && std::equal(part.begin(), part.end(), straight.begin() + at);
       }
       ASSERT_TRUE(found) << name << " sample " << sample;

@@ -236,13 +236,9 @@ TEST(SongStream, WhatLiesBetweenFramesIsZeros) {
   Song ended(Frames(10) + Noise(3 << 20) + Frames(60));
   EXPECT_TRUE(ended.Read() == Frames(9));
   EXPECT_EQ(9 * 417, ended.Length());
-}
-
-TEST(SongStream, AnotherKindOfSongBehindIsNotHeard) {
   std::string other;
   for (int i = 0; i < 200; ++i) other += Frame(0, 'o', 1);
-  Song song(Frames(20) + other);
-  EXPECT_TRUE(song.Read() == Frames(20));
+  EXPECT_TRUE(Shown(Frames(20) + other) == Frames(20)) << "a song of another kind is not heard";
 }
 
 TEST(SongStream, FrameWithoutTheBytesItRefersToIsSilentAndKeepsItsOwn) {

@@ -90,8 +90,8 @@ TEST_F(Fades, EveryFadeOutTakes44BlocksFromFullWhateverWasBefore) {
       endings[ending]();
       float volume = 1;
       for (int block = 1; block < 44; ++block) {
-        NextBlock();
         volume *= 0.9f;
+        ASSERT_GE(NextBlock().left, 0.999f * volume * kLevel);
         ASSERT_NEAR(volume, old->volume, 1e-6) << before << " " << ending << " " << block;
         ASSERT_EQ(1, old->active);
       }
@@ -114,33 +114,6 @@ TEST_F(Fades, StopWithinAFadeInStepsUpFirst) {
   TransportStop();
   NextBlock();
   EXPECT_FLOAT_EQ(0.9f, V(1).volume);
-}
-
-TEST_F(Fades, NoBlockIsCutByMoreThanItsRamp) {
-  AddSong(SteadySong(kLevel, 0).c_str());
-  AddSong(SteadySong(0, kLevel).c_str());
-  repeatOn = 1;
-  TransportPlay();
-  Settle();
-  float last = NextBlock().left;
-  const auto check = [&](int blocks, float step) {
-    for (int block = 0; block < blocks; ++block) {
-      const float left = NextBlock().left;
-      ASSERT_GE(left, last * step - 0.011f * kLevel) << "block " << block;
-      last = left;
-    }
-  };
-  SeekTo(3);
-  check(60, 0.9f);
-  TogglePause();
-  check(25, 0.8f);
-  TogglePause();
-  check(100, 0.9f);
-  TransportNext();
-  check(60, 0.9f);
-  EXPECT_EQ(kLevel, NextBlock().right);
-  TransportStop();
-  check(60, 0.9f);
 }
 
 TEST_F(Fades, SecondNextCutsTheSongBeforeLast) {
@@ -180,28 +153,22 @@ TEST_F(Fades, BothSidesSoundAfterTheDj) {
   }
 }
 
-TEST_F(Fades, PlayInTheBlockInWhichAPauseEndsIsHeard) {
-  AddSong(SteadySong(kLevel, 0).c_str());
+TEST_F(Fades, PlayWhileTheListEndsStays) {
+  AddSong(test::DataFile("mono8.mp3").c_str());
   TransportPlay();
-  TogglePause();
-  const unsigned start = V().active.Raising();
-  for (int block = 0; block < 20; ++block) NextBlock();
-  // The fade has ended, and the song goes on, before the stop at the fade's end is carried out.
-  TogglePause();
-  V().active.LowerIf(start);
-  EXPECT_EQ(1, V().active);
-}
-
-TEST_F(Fades, PlayBetweenTheListsEndAndItsStopStays) {
-  AddSong(SteadySong(kLevel, 0).c_str());
-  TransportPlay();
-  const unsigned run = playing.Raising();
-  TransportStop();
-  TransportPlay();
-  playing.LowerIf(run);
+  // The time goes to zero at the list's end; there the user stops and plays again.
+  static int zeros;
+  zeros = 0;
+  hooks.showSongTime = [](int time) {
+    if (time != 0 || zeros++ != 0) return;
+    TransportStop();
+    TransportPlay();
+  };
+  while (zeros == 0 && TheMixer->RenderBlock()) {
+  }
   EXPECT_EQ(1, playing);
-  playing.LowerIf(playing.Raising());
-  EXPECT_EQ(0, playing);
+  EXPECT_EQ(1, V().active);
+  EXPECT_EQ(1, TheMixer->RenderBlock());
 }
 
 }  // namespace
