@@ -117,7 +117,10 @@ int MpegDecoder::ReckonFrameTotal(int bitRate) {
   if (bitRate == 0) return 0;
   if (hasXingHeader && xing.Has(XingHeader::kFrames) && xing.xingFrames > 0) {
     const int each = MpegFramesInDecoderFrame(refLayer, refVersion);
-    return xing.xingFrames / each + (xing.xingFrames % each != 0);
+    // What no song has, however high, leaves room to count on.
+    constexpr int kMostFrames = 1 << 30;
+    const int frames = std::min(xing.xingFrames, kMostFrames);
+    return frames / each + (frames % each != 0);
   }
   const double bytes = static_cast<double>(source->Control(CTL_LENGTH)) + slotBytes;
   const double slots = static_cast<double>(slotsPerFrame) * slotDivisor + slotRemainder;

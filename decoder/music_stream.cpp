@@ -56,15 +56,12 @@ MusicStream::FirstFrame MusicStream::ReadFirstFrame() {
   song->Seek(0);
   const int available = song->Read(bytes, sizeof bytes);
   frame.known = available >= FrameHeader::kBytes && ParseFrameHeader(bytes, frame.header);
-  frame.bitRate = frame.known ? frame.header.BitRate() : 0;
+  frame.bitRate = frame.known ? frame.header.BitRateAt(1) : 0;
   frame.telling =
       frame.known && frame.header.layerIndex == 2 && ParseXingHeader(bytes, available, frame.told);
-  if (!frame.telling) return frame;
-  if (frame.told.variableRate) {
-    frame.bitRate = frame.header.BitRateAt(1);
-    return frame;
-  }
+  if (!frame.telling || frame.told.variableRate) return frame;
   // In slow songs the first frame has a higher rate than the others, to have room.
+  frame.bitRate = frame.header.BitRate();
   FrameHeader second;
   song->Seek(frame.header.FrameBytes());
   if (song->Read(bytes, FrameHeader::kBytes) == FrameHeader::kBytes &&

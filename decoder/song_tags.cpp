@@ -72,7 +72,8 @@ std::int64_t ApeBehind(ByteWindow& window, std::int64_t end) {
   if (!footer || std::memcmp(footer, "APETAGEX", 8) != 0) return 0;
   const std::int64_t bytes = ApeBytes(footer);
   const std::int64_t begin = end - bytes;
-  const bool empty = LittleEndian32(footer + 16) == 0;
+  const bool empty =
+      LittleEndian32(footer + 16) == 0 && LittleEndian32(footer + 12) == kApeHeaderBytes;
   return empty || ApeInFront(window, begin) == bytes || IsApeItem(window, begin, bytes) ? bytes : 0;
 }
 
@@ -85,8 +86,9 @@ std::int64_t Id3v1Behind(ByteWindow& window, std::int64_t end) {
 std::int64_t Id3v2Behind(ByteWindow& window, std::int64_t end) {
   const unsigned char* footer = window.Look(end - kId3v2HeaderBytes, kId3v2HeaderBytes);
   if (!footer || std::memcmp(footer, "3DI", 3) != 0) return 0;
-  const std::int64_t bytes = Id3v2Body(footer) + 2 * kId3v2HeaderBytes;
-  return Stands(window, end - bytes, "ID3") ? bytes : 0;
+  const std::int64_t body = Id3v2Body(footer);
+  const std::int64_t bytes = body + 2 * kId3v2HeaderBytes;
+  return body >= 0 && Stands(window, end - bytes, "ID3") ? bytes : 0;
 }
 
 // The second version tells its size in digits in front of its end mark.

@@ -39,10 +39,12 @@ void DjVolumeRamp(int slot, const Slide& slide) {
 }
 
 void DjPanRamp(int slot, const Slide& slide) {
-  DjVoice(slot).SetPan(slide.start);
-  // The next song of this voice comes from the middle again.
-  DjVoice(slot).basePan = 0.0f;
-  DjVoice(slot).SetPanRamp(2, slide.step, slide.end, slide.stopAtEnd);
+  // One voice for all, also where the main thread rotates the slots meanwhile.
+  Voice& voice = DjVoice(slot);
+  voice.SetPan(slide.start);
+  // Its next song comes from the middle again.
+  voice.basePan = 0.0f;
+  voice.SetPanRamp(2, slide.step, slide.end, slide.stopAtEnd);
 }
 
 int DjLoad(int slot, int index) {
@@ -71,11 +73,12 @@ void EndOfList(unsigned run) {
 }
 
 void CrossFade() {
-  DjVoice(0).ResetRamps();
-  DjVoice(0).Seek(static_cast<float>(std::rand() % 100 + 30));
-  DjVoice(0).SetVolume(kNewVolume.start);
+  Voice& voice = DjVoice(0);
+  voice.ResetRamps();
+  voice.Seek(static_cast<float>(std::rand() % 100 + 30));
+  voice.SetVolume(kNewVolume.start);
   // What the next stop fades from.
-  DjVoice(0).baseVolume = 1.0f;
+  voice.baseVolume = 1.0f;
   DjVolumeRamp(0, kNewVolume);
   DjPanRamp(0, kNewPan);
   DjVoice(0).Start();

@@ -175,8 +175,9 @@ void TransportPlay() {
   } else {
     voice.SetVolume(1.0f);
   }
-  voice.Start();
+  // In this order: a song that ends at once must find what it has to lower.
   playing.Raise();
+  voice.Start();
 }
 
 void TransportStop() {

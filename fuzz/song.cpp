@@ -1,7 +1,6 @@
 // The chain of streams from any bytes to music: the song's bounds, its tags, the first frame's
 // words on length and delay, and seeks.
 
-#include <cstdint>
 #include <memory>
 
 #include "decoder/music_stream.h"

@@ -1,6 +1,5 @@
 // What is heard of the transport's fades, block by block, over songs of one steady value a side.
 
-#include <cmath>
 #include <cstdlib>
 #include <functional>
 
@@ -98,7 +97,6 @@ TEST_F(Fades, EveryFadeOutTakes44BlocksFromFullWhateverWasBefore) {
       NextBlock();
       EXPECT_EQ(0, old->active);
       TransportStop();
-      Settle();
     }
   }
 }
