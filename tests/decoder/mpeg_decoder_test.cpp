@@ -3,42 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <memory>
 #include <random>
 
-#include "decoder/file_input_stream.h"
-#include "tests/support.h"
+#include "tests/decoder/opened_song.h"
 
 namespace kwo {
 namespace {
 
 using test::DataFile;
 
-// A song opened the way the audio source does it.
-struct Song {
-  FileInputStream file;
-  std::unique_ptr<MpegDecoder> decoder = std::make_unique<MpegDecoder>();
-  int rate = 0, channels = 0, result = -1;
-
-  explicit Song(const std::string& path, int integers = 0, int decimation = 0,
-                int outChannels = 0) {
-    if (file.Open(path.c_str(), 2) == 0)
-      result = decoder->Open(&file, &rate, &channels, integers, decimation, outChannels);
-  }
-  ~Song() {
-    decoder->Shutdown();
-    file.Shutdown();
-  }
-  std::vector<float> ReadAll(int piece = 30000) {
-    std::vector<float> all;
-    std::vector<float> part(static_cast<std::size_t>(piece));
-    int got;
-    while ((got = decoder->Read(part.data(), piece * 4)) > 0)
-      all.insert(all.end(), part.begin(), part.begin() + got / 4);
-    return all;
-  }
-  int FrameBytes() const { return channels * 4 * kFrameSamples; }
-};
+using Song = OpenedSong;
 
 // An MPEG-1 Layer III header of 128 kbit/s at 44,100 Hz, stereo, without CRC.
 std::string Header(int bitRateIndex = 9, int rateIndex = 0, int mode = 0) {
@@ -148,6 +122,25 @@ TEST(MpegDecoder, LengthHeaderWithoutItsFieldsStillGivesALength) {
   }
 }
 
+TEST(MpegDecoder, SeekByTheLengthHeaderGoesBetweenItsHundredPoints) {
+  const std::string bytes = test::ReadBytes(DataFile("vbr.mp3"));
+  const std::size_t toc = bytes.find("Xing") + 16;
+  const auto point = [&](int percent) {
+    return percent < 100 ? static_cast<unsigned char>(bytes[toc + std::size_t(percent)]) : 256;
+  };
+  Song song(DataFile("vbr.mp3"));
+  for (int frame : {7, 58, 100, 115}) {
+    song.decoder->Seek(std::int64_t{frame} * song.FrameBytes());
+    const double percent = 100.0 * frame / 116;
+    const int whole = static_cast<int>(percent);
+    const double share =
+        (point(whole) + (point(whole + 1) - point(whole)) * (percent - whole)) / 256;
+    EXPECT_NEAR(share * static_cast<double>(bytes.size()),
+                static_cast<double>(song.file.Control(CTL_READ_POSITION)), 1)
+        << frame;
+  }
+}
+
 TEST(MpegDecoder, SeekWithinTheFrameInHandMovesNoFile) {
   Song song(DataFile("joint128.mp3"));
   const auto whole = Song(DataFile("joint128.mp3")).ReadAll();
@@ -199,6 +192,20 @@ TEST(MpegDecoder, SettingsReachTheSound) {
   Song enhanced(DataFile("joint128.mp3"));
   enhanced.decoder->SetEnhancer(2);
   EXPECT_NE(plain, enhanced.ReadAll());
+  // Above the bass, what both channels have in common goes.
+  auto middle = [&](int reducer) {
+    Song song(DataFile("joint128.mp3"));
+    std::vector<float> treble(kLines, 1.0f);
+    std::fill_n(treble.begin(), 18, 0.0f);
+    song.decoder->SetLineGains(treble.data());
+    song.decoder->SetEqualiserSwitch(1);
+    song.decoder->SetVocalReducer(reducer);
+    std::vector<float> values = song.ReadAll();
+    for (std::size_t i = 0; i < values.size(); i += 2)
+      values[i] = values[i + 1] = values[i] + values[i + 1];
+    return energy(values);
+  };
+  EXPECT_LT(middle(1), 0.1 * middle(0));
   Song crystal(DataFile("joint128.mp3"));
   crystal.decoder->SetCrystalizer(1);
   const double gain = energy(crystal.ReadAll()) / energy(plain);
