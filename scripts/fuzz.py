@@ -74,7 +74,7 @@ def presets_seeds():
 
 
 def drive_seeds():
-    yield b"press 144 268\nwait 900\npress 292 268\nmenu 40016\nrightpress 100 90\ndrag 336 126 280 130\n"
+    yield b"press 144 268\nwait 900\npress 292 268\nmenu Deselect All\nrightpress 100 90\ndrag 336 126 280 130\n"
     yield b"drop a.mp3 b.mp3\nshift on\nshiftdrop c\ntray left\nminimise\nrestore\ndoublepress 90 140\n"
     yield b"press 328 268\npress 208 58\ndrag 100 90 300 140\npress 244 203\ntype Sea\ncaret 1\nbackspace\n"
     yield b"press 436 268\npress 244 110\ndeactivate\nactivate\nmove 9 9\ndown\nup\ndialog x\nclose\n"

@@ -24,7 +24,7 @@ const char kScriptCommands[] =
     "  wait MS            shot FILE.png       print\n"
     "  move X Y           press X Y           rightpress X Y       doublepress X Y\n"
     "  down  up           drag X Y X Y        rightdrag X Y X Y\n"
-    "  menu COMMAND       the choice in the next menu; 0 dismisses it\n"
+    "  menu TEXT          the item chosen in the next menu; without a text it is dismissed\n"
     "  dialog PATH...     the answer to the next dialog; without a path it is cancelled\n"
     "  drop PATH...       shiftdrop PATH...\n"
     "  type TEXT          backspace           caret POSITION\n"
@@ -87,7 +87,7 @@ constexpr ScriptCommand kCommands[] = {
     {"rightdrag", "xxxx", Do<[](With h, Step s) {
        h.Drag(s.numbers[0], s.numbers[1], s.numbers[2], s.numbers[3], kRight);
      }>},
-    {"menu", "n", Do<[](With, Step s) { headless::AnswerMenu(s.numbers[0]); }>},
+    {"menu", "r", Do<[](With, Step s) { headless::AnswerMenu(s.text); }>},
     {"dialog", "p", Do<[](With, Step s) {
        headless::AnswerDialog({platform::CurrentFolder(), s.paths});
      }>},

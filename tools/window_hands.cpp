@@ -74,8 +74,8 @@ void Hands::Drop(const std::vector<std::string>& paths, bool shift) const {
   headless::SetKey(platform::Key::kShift, false);
 }
 
-void Hands::Choose(int x, int y, int command) const {
-  headless::AnswerMenu(command);
+void Hands::Choose(int x, int y, const std::string& text) const {
+  headless::AnswerMenu(text);
   Press(x, y);
 }
 

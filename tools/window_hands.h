@@ -23,8 +23,8 @@ class Hands {
   /// In ten even steps.
   void Drag(int fromX, int fromY, int toX, int toY, Button button = Button::kLeft) const;
   void Drop(const std::vector<std::string>& paths, bool shift = false) const;
-  /// Presses, and chooses from the menu that comes.
-  void Choose(int x, int y, int command) const;
+  /// Presses, and chooses an item of the menu that comes.
+  void Choose(int x, int y, const std::string& text) const;
 };
 
 /// Writes what the window shows as a PNG file with an alpha channel; false if that fails.

@@ -78,8 +78,8 @@ void SetWindowActive(bool active);
 void MinimiseByUser();
 void RestoreByUser();
 void CloseByUser();
-/// The command chosen in the next menu; 0 dismisses it, as no answer does.
-void AnswerMenu(int command);
+/// The item chosen in the next menu, by its text; an empty one dismisses it, as no answer does.
+void AnswerMenu(const std::string& text);
 
 // What the user sees.  Any thread.
 
@@ -98,6 +98,15 @@ TrayState Tray();
 /// Red, green, blue and opacity of each pixel, from the top; what lies outside the shape is clear.
 std::vector<std::uint8_t> WindowPixels();
 std::vector<platform::Rectangle> WindowShape();
+/// A line of text as it was last drawn at its place on a canvas.
+struct TextLine {
+  std::string text;
+  platform::Point place;
+  std::uint32_t color;
+};
+/// The lines on the canvas with these pixels, from the top.  What has been painted over them since
+/// is not told.
+std::vector<TextLine> TextOn(const std::uint8_t* pixels);
 platform::Point PointerPlace();
 /// The texts of the last menu, the marked one behind a "*".
 std::vector<std::string> LastMenu();

@@ -13,7 +13,7 @@ namespace {
 
 std::mutex lock;
 std::deque<headless::DialogAnswer> answers;
-std::deque<int> menuAnswers;
+std::deque<std::string> menuAnswers;
 std::vector<std::string> lastMenu;
 std::string lastFolder;
 std::map<int, std::vector<std::string>> drops;
@@ -66,8 +66,10 @@ void TrackPopupMenu(std::span<const MenuItem> items, Point) {
     lastMenu.push_back(text);
   }
   if (menuAnswers.empty()) return;
-  if (menuAnswers.front()) PostMessage({kMessageCommand, menuAnswers.front(), 0});
+  const std::string answer = menuAnswers.front();
   menuAnswers.pop_front();
+  for (const MenuItem& item : items)
+    if (item.command && item.text == answer) PostMessage({kMessageCommand, item.command, 0});
 }
 
 std::vector<std::string> TakeDroppedFiles(int drop) {
@@ -120,9 +122,9 @@ void SetExecutablePath(const std::string& path) {
   platform::TellExecutablePath(platform::FromMachinePath(path.c_str()));
 }
 
-void AnswerMenu(int command) {
+void AnswerMenu(const std::string& text) {
   std::lock_guard guard(lock);
-  menuAnswers.push_back(command);
+  menuAnswers.push_back(text);
 }
 
 std::vector<std::string> LastMenu() {

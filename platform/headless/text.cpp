@@ -1,7 +1,11 @@
 #include "platform/text.h"
 
 #include <cstddef>
+#include <map>
+#include <mutex>
+#include <tuple>
 
+#include "platform/headless/headless.h"
 #include "platform/shared.h"
 
 namespace kwo::platform {
@@ -120,6 +124,14 @@ constexpr std::uint8_t kGlyphs[][kGlyphWidth] = {
 // A frame in place of every character that the font lacks.
 constexpr std::uint8_t kMissing[kGlyphWidth] = {0x7f, 0x41, 0x41, 0x41, 0x7f};
 
+// Every line that was drawn, by its canvas and its place there, from the top.
+struct Drawn {
+  std::string text;
+  std::uint32_t color;
+};
+std::mutex lock;
+std::map<std::tuple<const std::uint8_t*, int, int>, Drawn> drawnLines;
+
 constexpr bool IsContinuation(char byte) {
   return (byte & 0xC0) == 0x80;
 }
@@ -146,12 +158,19 @@ Font* CreateFont(const char*, int height) {
   return new Font{height};
 }
 
+// The canvases have gone before it: the next ones may lie where they lay.
 void DeleteFont(Font* font) {
   delete font;
+  std::lock_guard guard(lock);
+  drawnLines.clear();
 }
 
 void DrawTextLine(const TextTarget& target, const char* text, const Font& font, std::uint32_t color,
                   int x, int y) {
+  {
+    std::lock_guard guard(lock);
+    drawnLines[{target.bits, y, x}] = {text, color};
+  }
   const int top = y + (font.height - kGlyphHeight) / 2;
   for (; *text && x < target.width; ++text) {
     if (IsContinuation(*text)) continue;
@@ -162,3 +181,16 @@ void DrawTextLine(const TextTarget& target, const char* text, const Font& font, 
 }
 
 }  // namespace kwo::platform
+
+namespace kwo::headless {
+
+std::vector<TextLine> TextOn(const std::uint8_t* pixels) {
+  std::vector<TextLine> lines;
+  std::lock_guard guard(platform::lock);
+  for (const auto& [at, drawn] : platform::drawnLines)
+    if (std::get<0>(at) == pixels)
+      lines.push_back({drawn.text, {std::get<2>(at), std::get<1>(at)}, drawn.color});
+  return lines;
+}
+
+}  // namespace kwo::headless

@@ -108,9 +108,17 @@ inline void OpenSubPage(const Hands& hands, int page) {
   EXPECT_EQ(page, MixerSubPage);
 }
 
-inline void ChooseCommand(const Hands& hands, int button, int command) {
+inline void Choose(const Hands& hands, int button, const char* item) {
   const platform::Point place = Middle(button);
-  hands.Choose(place.x, place.y, command);
+  hands.Choose(place.x, place.y, item);
+}
+
+// What is written on a widget, line by line.
+inline std::string Text(int index) {
+  std::string text;
+  for (const headless::TextLine& line : headless::TextOn(Find(index)->image->bits))
+    text += (text.empty() ? "" : "\n") + line.text;
+  return text;
 }
 
 inline bool Inside(int index) {

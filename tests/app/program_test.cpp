@@ -4,7 +4,6 @@
 #include "engine/transport.h"
 #include "panels/equaliser_presets.h"
 #include "panels/main_page.h"
-#include "panels/menus.h"
 #include "playlist/playlist_files.h"
 #include "tests/app/program_fixture.h"
 
@@ -229,8 +228,8 @@ TEST_F(Program, RowsSelectPlayScrollAndMove) {
     hands.Drag(bar.x, bar.y, bar.x, bar.y + 200);
     EXPECT_EQ(20, playlist.topIndex);
     EXPECT_FLOAT_EQ(1.0f, Find(WIDGET_SCROLL_BAR)->value);
-    ChooseCommand(hands, WIDGET_FUNCTION, 40015);
-    ChooseCommand(hands, WIDGET_REMOVE, 40007);
+    Choose(hands, WIDGET_FUNCTION, "Select All");
+    Choose(hands, WIDGET_REMOVE, "Remove Selected");
     EXPECT_EQ(0, playlist.count);
     EXPECT_EQ(0, playlist.topIndex);
     EXPECT_EQ("KWO", headless::Window().caption);
@@ -244,40 +243,32 @@ TEST_F(Program, MenusDoWhatTheySay) {
     const std::vector<std::string> songs = Songs(3);
     OpenPage(hands, PAGE_PLAYLIST);
     headless::AnswerDialog({"", {songs[2], songs[0]}});
-    ChooseCommand(hands, WIDGET_ADD, 40001);
+    Choose(hands, WIDGET_ADD, "Open Files");
     EXPECT_EQ("2 0 ", Names());
     headless::AnswerDialog({"", {songs[1]}});
-    ChooseCommand(hands, WIDGET_ADD, 40004);
+    Choose(hands, WIDGET_ADD, "Add Files");
     EXPECT_EQ("2 0 1 ", Names());
-    ChooseCommand(hands, WIDGET_ADD, 40004);
+    Choose(hands, WIDGET_ADD, "Add Files");
     EXPECT_EQ("2 0 1 ", Names()) << "a cancelled dialog changes nothing";
-    ChooseCommand(hands, WIDGET_FUNCTION, 40024);
+    Choose(hands, WIDGET_FUNCTION, "Sort");
     EXPECT_EQ("0 1 2 ", Names());
-    ChooseCommand(hands, WIDGET_FUNCTION, 40015);
+    Choose(hands, WIDGET_FUNCTION, "Select All");
     EXPECT_EQ("*0 *1 *2 ", Names());
-    ChooseCommand(hands, WIDGET_FUNCTION, 40016);
+    Choose(hands, WIDGET_FUNCTION, "Deselect All");
     EXPECT_EQ("0 1 2 ", Names());
-    constexpr std::pair<int, int> kNameModes[] = {
-        {40019, 1}, {40018, 2}, {40021, 3}, {40022, 4}, {40020, 0}};
-    for (auto [command, mode] : kNameModes) {
-      ChooseCommand(hands, WIDGET_FUNCTION, command);
-      EXPECT_EQ(mode, playlist.displayMode);
-      ChooseCommand(hands, WIDGET_FUNCTION, 0);
-      EXPECT_EQ('*', headless::LastMenu()[static_cast<std::size_t>(6 + mode)][0]);
-    }
     std::filesystem::remove(folder.File("song1.mp3"));
-    ChooseCommand(hands, WIDGET_FUNCTION, 40023);
-    ChooseCommand(hands, WIDGET_REMOVE, 40008);
+    Choose(hands, WIDGET_FUNCTION, "Read Tag Information");
+    Choose(hands, WIDGET_REMOVE, "Remove Dead Links");
     EXPECT_EQ("0 2 ", Names());
     Press(hands, WIDGET_ROW);
-    ChooseCommand(hands, WIDGET_REMOVE, 40009);
+    Choose(hands, WIDGET_REMOVE, "Remove Unselected");
     EXPECT_EQ("*0 ", Names());
-    ChooseCommand(hands, WIDGET_REMOVE, 40006);
+    Choose(hands, WIDGET_REMOVE, "Remove All");
     EXPECT_EQ("", Names());
     std::filesystem::create_directory(folder.File("more"));
     std::filesystem::rename(folder.File("song2.mp3"), folder.File("more/song7.mp3"));
     headless::AnswerDialog({"", {folder.File("more")}});
-    ChooseCommand(hands, WIDGET_ADD, 40002);
+    Choose(hands, WIDGET_ADD, "Open Directory");
     EXPECT_EQ("7 ", Names());
   });
 }
@@ -448,7 +439,7 @@ TEST_F(Program, TrayMenuOpensHelpInTheBrowser) {
   headless::SetClassRegistry(".html", "page");
   headless::SetClassRegistry("page\\shell\\open\\command", "\"web view\" \"%1\" -new");
   Run([](const Hands& hands) {
-    headless::AnswerMenu(COMMAND_HELP);
+    headless::AnswerMenu("Help");
     headless::PressTray(kRight);
     hands.Wait(200);
     EXPECT_EQ((std::vector<std::string>{"Tavarine", "Help", "-", "Exit"}), headless::LastMenu());
@@ -465,7 +456,7 @@ TEST_F(Program, TrayMenuOpensHelpInTheBrowser) {
     headless::SetClassRegistry("page\\shell\\open\\command", "");
     headless::SetClassRegistry("http\\shell\\open\\command", "");
     EXPECT_EQ(static_cast<int>(0x80070002), OpenInBrowser("here"));
-    headless::AnswerMenu(COMMAND_EXIT);
+    headless::AnswerMenu("Exit");
     headless::PressTray(kRight);
     hands.Wait(500);
     EXPECT_EQ(0, AppReady);

@@ -25,15 +25,20 @@ int actions = 400;
 unsigned seed = 1;
 std::string songs;
 
-constexpr int kCommands[] = {40015, 40016, 40024, 40023, 40020, 40019, 40018, 40021, 40022, 40001,
-                             40002, 40004, 40005, 40007, 40009, 40006, 40008, 40026, 40028};
+constexpr const char* kMenuItems[] = {
+    "Select All",    "Deselect All",         "Sort",
+    "Show : Title",  "Read Tag Information", "Show : Artist - Album - Title",
+    "Open Files",    "Open Directory",       "Add Files",
+    "Add Directory", "Remove Selected",      "Remove Unselected",
+    "Remove All",    "Remove Dead Links",    "Help",
+};
 
 class Monkey {
  public:
   Monkey() : random_(seed) {}
 
   void Act() {
-    headless::AnswerMenu(kCommands[Number(std::size(kCommands))]);
+    headless::AnswerMenu(kMenuItems[Number(std::size(kMenuItems))]);
     headless::AnswerDialog(
         {platform::FromMachinePath(songs.c_str()), {platform::FromMachinePath(songs.c_str())}});
     const Button button = Number(4) ? Button::kLeft : Button::kRight;

@@ -23,7 +23,7 @@ TEST(DriveScript, IsCheckedWholeAndNamesTheWrongLine) {
                         {"press 1", "1: wrong arguments for press"},
                         {"press 1 2 3", "1: too many arguments for press"},
                         {"drag 1 2 3 four", "1: wrong arguments for drag"},
-                        {"menu 99999999999", "1: wrong arguments for menu"},
+                        {"caret 99999999999", "1: wrong arguments for caret"},
                         {"shift maybe", "1: wrong arguments for shift"},
                         {"tray", "1: wrong arguments for tray"},
                         {"shot", "1: wrong arguments for shot"},
