@@ -92,7 +92,7 @@ TEST_F(Presses, EveryControlChangesItsOwn) {
        {{WIDGET_PLAY, "play=1", "pause=1"},
         {WIDGET_STOP, "play=0", ""},
         {WIDGET_NEXT, "song=0", "song=1"},
-        {WIDGET_PREVIOUS, "song=0", "song=2"},
+        {WIDGET_PREVIOUS, "song=0", "song=4"},
         {WIDGET_PAGE_MAIN, "", ""},
         {WIDGET_TOP_BOX, "", ""},
         {WIDGET_DIGIT + 3, "", ""},
@@ -104,11 +104,11 @@ TEST_F(Presses, EveryControlChangesItsOwn) {
         {WIDGET_VISUALISER_MODE, "visualiser=1", "visualiser=2"},
         {WIDGET_PAGE_MAIN + 1, "draws=0, page=1, tile=1", ""}}},
       {{PAGE_PLAYLIST, 0},
-       {{WIDGET_ROW + 1, "list=0 *1 2 ", ""},
-        {WIDGET_ROW + 3, "", ""},
-        {WIDGET_ITEM_DOWN, "list=0 2 *1 , song=1", ""},
-        {WIDGET_ITEM_UP, "list=0 *1 2 , song=2", "list=*1 0 2 "},
-        {WIDGET_ITEM_DOWN, "list=0 *1 2 ", "list=0 2 *1 , song=1"},
+       {{WIDGET_ROW + 1, "list=0 *1 2 3 4 ", ""},
+        {WIDGET_ROW + 5, "", ""},
+        {WIDGET_ITEM_DOWN, "list=0 2 *1 3 4 ", "list=0 2 3 4 *1 , song=3"},
+        {WIDGET_ITEM_UP, "list=0 2 3 *1 4 , song=4", "list=*1 0 2 3 4 "},
+        {WIDGET_ITEM_DOWN, "list=0 *1 2 3 4 ", "list=0 2 3 4 *1 , song=3"},
         {WIDGET_FUNCTION, "menu=Select All", ""},
         {WIDGET_ADD, "menu=Open Files", ""},
         {WIDGET_REMOVE, "menu=Remove Selected", ""}}},
@@ -138,7 +138,7 @@ TEST_F(Presses, EveryControlChangesItsOwn) {
         {WIDGET_PLAY_MODE, "mode=0", "mode=1"},
         {WIDGET_REPEAT, "repeat=1", "repeat=0"},
         {WIDGET_SHUFFLE, "shuffle=1", "shuffle=0"}}},
-      {{PAGE_INFO, 3}, {{PageButton(PAGE_INFO), "", ""}, {WIDGET_NEXT, "song=2", ""}}},
+      {{PAGE_INFO, 3}, {{PageButton(PAGE_INFO), "", ""}, {WIDGET_NEXT, "song=4", ""}}},
       {{PAGE_CONFIG, 3}, {{PageButton(PAGE_CONFIG), "", ""}}},
       {{PAGE_WINDOW, 3},
        {{WIDGET_ON_TOP, "flags=4, topmost=1", "flags=0, topmost=0"},
@@ -148,7 +148,7 @@ TEST_F(Presses, EveryControlChangesItsOwn) {
         {WIDGET_ON_TOP, "", ""}}},
   };
   Run([&](const Hands& hands) {
-    hands.Drop(Songs(3));
+    hands.Drop(Songs(5));
     for (const auto& [place, cases] : kPages) {
       if (CurrentPage != place.first) OpenPage(hands, place.first);
       if (MixerSubPage != place.second) OpenSubPage(hands, place.second);

@@ -5,6 +5,7 @@
 #include "platform/clock.h"
 #include "platform/headless/headless.h"
 #include "tests/allocations.h"
+#include "tests/support.h"
 #include "toolkit/skin_host.h"
 
 namespace kwo {
@@ -182,6 +183,7 @@ struct ModeCase {
   int mode;
   std::vector<int> places;
   bool ends;
+  float acceleration = 0;
 };
 
 TEST_F(Toolkit, EveryPathModeActsAtItsEnds) {
@@ -191,10 +193,13 @@ TEST_F(Toolkit, EveryPathModeActsAtItsEnds) {
       {MOTION_TO_AND_FRO, {1, 2, 3, 2, 1, 0, 1}, false},
       {MOTION_SNAP_BACK, {1, 2, 0, 0}, true},
       {MOTION_OUT_AND_BACK, {1, 2, 3, 2, 1, 0, 0}, true},
+      {MOTION_TO_AND_FRO, {1, 3, 2, 0, 1, 3, 2}, false, 1.0f},
+      {MOTION_OUT_AND_BACK, {1, 3, 2, 0, 0}, true, 1.0f},
+      {MOTION_ONCE, {1, 3, 3, 3}, true, 1.0f},
   };
   for (const ModeCase& c : kCases) {
     Widget& widget = Canvas(1, 0, 0, 4, 4, 0);
-    widget.SetPath(2, 0, 0, 3, 0, 3, 0, c.mode);
+    widget.SetPath(2, 0, 0, 3, 0, 3, c.acceleration, c.mode);
     widget.RunProgram(1, 2);
     for (int place : c.places) {
       host.RedrawFrame();
@@ -260,6 +265,13 @@ TEST_F(Toolkit, TilesRepeatDriftAndCrossFade) {
   EXPECT_EQ(0x323232u, Pixel(79, 49));
   EXPECT_EQ(0, host.GetWidget(0)->visible);
   EXPECT_LT(host.GetWidget(1)->x, 0);
+  host.ShowTile(1, 1);
+  for (int brightness : {-76, -72}) {
+    host.RedrawFrame();
+    EXPECT_EQ(brightness, host.GetWidget(1)->brightness) << "it pulses";
+  }
+  for (int i = 0; i < 19; ++i) host.RedrawFrame();
+  EXPECT_EQ(-4, host.GetWidget(1)->brightness);
   EXPECT_EQ(-1, host.ShowTile(-1, 0));
   EXPECT_EQ(0, host.GetWidget(1)->visible);
   host.CreateImageWidget(2, "missing.bmp", 0, 0, IMAGE_WIDGET, 0);
@@ -361,6 +373,19 @@ TEST_F(Toolkit, PausedThreadLeavesTheTableAloneAndGoesOnAfterwards) {
   EXPECT_EQ(0, host.threadAlive);
 }
 
+TEST(PcmRing, GivesWhatWasWrittenRoundItsEndAndThenTheWhole) {
+  PcmRing ring;
+  const std::vector<std::int16_t> sound = test::Noise(5 * 4608);
+  std::vector<std::int16_t> got(PcmRing::kValues);
+  for (int from = 0; from + 4000 <= 5 * 4608; from += 4000) {
+    ring.Write(sound.data() + from, 4000);
+    ASSERT_EQ(4000, ring.Read(got.data()));
+    EXPECT_TRUE(std::equal(got.begin(), got.begin() + 4000, sound.begin() + from)) << from;
+  }
+  ASSERT_EQ(PcmRing::kValues, ring.Read(got.data())) << "nothing new: all of it again";
+  EXPECT_TRUE(std::equal(got.begin(), got.end(), sound.begin() + 20000 - PcmRing::kValues));
+}
+
 TEST_F(Toolkit, HiddenWindowMovesOnUnpainted) {
   Widget& widget = Canvas(1, 0, 0, 4, 4, 0);
   widget.SetPath(0, 0, 0, 10, 0, 10, 0, MOTION_ONCE);
@@ -371,6 +396,15 @@ TEST_F(Toolkit, HiddenWindowMovesOnUnpainted) {
   EXPECT_EQ(10, widget.x);
   EXPECT_EQ(-1, widget.ProgramInSlot(0));
   EXPECT_EQ(presented, headless::Window().presented);
+}
+
+TEST_F(Toolkit, WindowThatComesToTheFrontShowsItsWholeCanvasAtOnce) {
+  host.MoveHostWindow(0, 0, 100, 80);
+  host.canvas->FillSolid(0x563412);
+  host.BringToFront();
+  const std::vector<std::uint8_t> pixels = headless::WindowPixels();
+  for (const std::size_t pixel : {std::size_t{0}, pixels.size() / 2, pixels.size() - 4})
+    EXPECT_TRUE(pixels[pixel] == 0x12 && pixels[pixel + 1] == 0x34 && pixels[pixel + 2] == 0x56);
 }
 
 TEST_F(Toolkit, FrameOfTheBackgroundDragsTheWindow) {
