@@ -1,76 +1,14 @@
 // Sources, voices and the mixer, block by block and without a device.
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <memory>
 
 #include "engine/equaliser.h"
-#include "engine/limiter.h"
-#include "engine/mixer.h"
 #include "tests/allocations.h"
-#include "tests/support.h"
+#include "tests/engine/engine_fixture.h"
 
 namespace kwo {
 namespace {
-
-constexpr int kBlock = 4608;
-
-struct Event {
-  int code, a;
-};
-std::vector<Event> events;
-std::string nextSong;
-
-int Record(Mixer*, int event, Voice* voice, int a, int, int) {
-  events.push_back({event, a});
-  if (event != EVENT_SOURCE_END || nextSong.empty()) return 0;
-  voice->Open(nextSong.c_str());
-  nextSong.clear();
-  return 1;
-}
-
-class Engine : public testing::Test {
- protected:
-  void SetUp() override {
-    events.clear();
-    nextSong.clear();
-    Limiter::Reset();
-    mixer.Init(kBlock, 44100, 2, Record);
-    for (int slot = 0; slot < 3; ++slot) mixer.CreateVoice(slot, kBlock);
-  }
-  Voice& V(int slot = 0) { return *mixer.Slot(slot); }
-  std::string Wav(const std::vector<std::int16_t>& values, int channels = 2, int rate = 44100) {
-    const std::string path = folder.File("song" + std::to_string(++files) + ".wav");
-    test::WriteBytes(path, test::WavBytes(channels, rate, 16, test::Raw16(values)));
-    return path;
-  }
-  void Play(const std::string& path, int slot = 0) {
-    V(slot).Open(path.c_str());
-    V(slot).Start();
-  }
-
-  test::TempFolder folder;
-  int files = 0;
-  Mixer mixer;
-};
-
-TEST_F(Engine, NeutralStereoReachesTheMixBufferBitForBit) {
-  const auto noise = test::Noise(kBlock * 3);
-  Play(Wav(noise));
-  for (int block = 0; block < 3; ++block) {
-    ASSERT_EQ(1, mixer.RenderBlock());
-    for (int i = 0; i < kBlock; ++i) {
-      ASSERT_EQ(noise[static_cast<std::size_t>(block * kBlock + i)], mixer.MixBuffer()[i]);
-      ASSERT_EQ(noise[static_cast<std::size_t>(block * kBlock + i)], mixer.Block()[i]);
-    }
-  }
-  EXPECT_EQ(0, mixer.RenderBlock());
-  ASSERT_EQ(4u, events.size());
-  EXPECT_EQ(EVENT_POSITION, events[2].code);
-  EXPECT_EQ(15, events[2].a) << "three blocks of 52.2 ms";
-  EXPECT_EQ(EVENT_SOURCE_END, events[3].code);
-}
 
 TEST_F(Engine, ConversionRoundsToNearestEvenAndSaturates) {
   const struct {
@@ -99,48 +37,6 @@ TEST_F(Engine, TwoVoicesAddAndClip) {
   EXPECT_EQ(-40, mixer.Block()[7]);
 }
 
-TEST_F(Engine, VolumePanAndChannelsFollowTheirLaws) {
-  struct Case {
-    float voicePan, mixerPan, left, right;
-  };
-  for (const Case& c : {Case{0.5f, 0, 0.5f, 1},
-                        {-0.25f, 0, 1, 0.75f},
-                        {1, 0, 0, 1},
-                        {0.75f, 0.75f, 0, 1},
-                        {-1, -1, 1, 0},
-                        {0.5f, -0.5f, 1, 1}}) {
-    const std::vector<std::int16_t> steady(kBlock, 1000);
-    Play(Wav(steady));
-    V().SetPan(c.voicePan);
-    mixer.pan = c.mixerPan;
-    mixer.volume = 0.5f;
-    V().SetVolume(0.5f);
-    mixer.RenderBlock();
-    EXPECT_EQ(250 * c.left, mixer.MixBuffer()[0]);
-    EXPECT_EQ(250 * c.right, mixer.MixBuffer()[1]);
-    Play(Wav(std::vector<std::int16_t>(kBlock, 1000), 1));
-    mixer.RenderBlock();
-    EXPECT_EQ(250.0f, mixer.MixBuffer()[0]) << "a mono source has no sides";
-    EXPECT_EQ(250.0f, mixer.MixBuffer()[1]);
-  }
-}
-
-TEST_F(Engine, OtherRatesAndSpeedsTakeTheNearestEarlierFrame) {
-  std::vector<std::int16_t> ramp;
-  for (int i = 0; i < 20000; ++i) ramp.insert(ramp.end(), {std::int16_t(i), std::int16_t(-i)});
-  Play(Wav(ramp, 2, 22050));
-  mixer.RenderBlock();
-  for (int frame = 0; frame < kBlock / 2; ++frame) {
-    ASSERT_EQ(frame / 2, mixer.MixBuffer()[2 * frame]);
-    ASSERT_EQ(-(frame / 2), mixer.MixBuffer()[2 * frame + 1]);
-  }
-  Play(Wav(ramp));
-  mixer.speed = 1.25f;
-  mixer.RenderBlock();
-  for (int frame = 0; frame < kBlock / 2; ++frame)
-    ASSERT_EQ(frame * 5 / 4, mixer.MixBuffer()[2 * frame]);
-}
-
 TEST_F(Engine, ExcessiveRatesAreHeldToTheWorkBuffer) {
   Play(Wav(test::Noise(100000), 2, 65535));
   mixer.speed = 50.0f;
@@ -165,14 +61,6 @@ TEST_F(Engine, SongEndInABlockIsFilledFromTheNextWithoutAGap) {
               mixer.Block()[i]);
   mixer.RenderBlock();
   EXPECT_EQ(second[static_cast<std::size_t>(kBlock - 1000)], mixer.Block()[0]);
-}
-
-TEST_F(Engine, LastBlockIsStretchedAndThenSilent) {
-  Play(Wav(std::vector<std::int16_t>(1000, 500)));
-  EXPECT_EQ(1, mixer.RenderBlock());
-  EXPECT_EQ(500, mixer.Block()[kBlock - 1]);
-  EXPECT_EQ(0, mixer.RenderBlock());
-  EXPECT_EQ(1, V().active) << "the voice stays active until somebody stops it";
 }
 
 TEST_F(Engine, BadSongEndsAtOnceAndTheNextOneFillsTheBlock) {
@@ -244,59 +132,6 @@ TEST_F(Engine, RampsEndAfterTheirBlockCounts) {
     EXPECT_NEAR(c.blocks, blocks, c.blocks > 10 ? 1 : 0) << c.step;
     EXPECT_EQ(c.target, V().pan);
   }
-}
-
-TEST_F(Engine, RampStopsTheVoiceBeforeItsLastBlock) {
-  Play(Wav(std::vector<std::int16_t>(kBlock * 60, 10000)));
-  V().SetVolumeRamp(0, 0.8f, 0.01f, 1);
-  V().SetVolumeRamp(4, 2.0f, 9.0f, 0);
-  int blocks = 0;
-  while (mixer.RenderBlock()) ++blocks;
-  EXPECT_EQ(20, blocks);
-  EXPECT_EQ(0, V().active);
-  V().SetPan(0.5f);
-  V().SetPanRamp(2, 0.1f, 1.0f, 0);
-  V().StepRamps();
-  V().ResetRamps();
-  EXPECT_EQ(0.5f, V().pan);
-  EXPECT_EQ(1.0f, V().volume);
-  EXPECT_TRUE(V().ramps[2].Idle());
-}
-
-TEST_F(Engine, SeekActsAtTheNextBlockInWholeSeconds) {
-  std::vector<std::int16_t> values;
-  for (int second = 0; second < 5; ++second)
-    values.insert(values.end(), 88200, static_cast<std::int16_t>(second * 100));
-  Play(Wav(values));
-  V().Seek(3.9f);
-  EXPECT_EQ(3.9f, V().position);
-  mixer.RenderBlock();
-  EXPECT_EQ(300, mixer.Block()[0]);
-  EXPECT_NEAR(3.052f, V().position, 0.001f);
-  V().Seek(99.0f);
-  EXPECT_EQ(0, mixer.RenderBlock());
-}
-
-TEST_F(Engine, LimiterClosesBySixteenthsOnceItsWindowIsFull) {
-  std::vector<std::int16_t> values;
-  for (int i = 0; i < kBlock * 40; ++i) values.push_back(i % 2 ? -32768 : 32767);
-  Play(Wav(values));
-  mixer.limiter = 1;
-  mixer.volume = 2.0f;
-  for (int block = 0; block < 31; ++block) mixer.RenderBlock();
-  EXPECT_EQ(1.0f, Limiter::Gain());
-  mixer.RenderBlock();
-  EXPECT_NEAR(1 - 0.5 / 16, Limiter::Gain(), 1e-5);
-  mixer.RenderBlock();
-  EXPECT_NEAR(1 - 0.5 / 16 - (0.5 - 0.5 / 16) / 16, Limiter::Gain(), 1e-5);
-  Limiter::Reset();
-  const float positive[] = {100.0f, 40000.0f}, negative[] = {-65536.0f, 0.0f}, none[] = {0.0f};
-  for (int i = 0; i < 32; ++i) Limiter::Measure(positive, 2, 1.0f);
-  EXPECT_EQ(1.0f, Limiter::Gain()) << "without a negative value the factor is 1.0";
-  for (int i = 0; i < 32; ++i) Limiter::Measure(negative, 2, 1.0f);
-  EXPECT_NEAR(1 - 0.5 / 16, Limiter::Gain(), 1e-5);
-  for (int i = 0; i < 200; ++i) Limiter::Measure(none, 1, 0.0f);
-  EXPECT_NEAR(1.0f, Limiter::Gain(), 1e-3);
 }
 
 TEST_F(Engine, SlotsRotate) {

@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
+#include <random>
 
 #include "platform/files.h"
 #include "platform/headless/headless.h"
@@ -124,72 +126,194 @@ TEST_F(List, SortsAsItShowsAndKeepsTheCurrentSong) {
   EXPECT_EQ("", Look());
 }
 
-TEST_F(List, ClicksSelect) {
-  Add({"a", "b", "c", "d"});
-  ClickSong(1, true, false);
-  EXPECT_EQ("a [b] c d", Look()) << "Shift without an anchor";
-  ClickSong(3, true, true);
-  EXPECT_EQ("a [b] [c] [d]", Look());
-  ClickSong(0, true, false);
-  EXPECT_EQ("[a] [b] c d", Look());
-  ClickSong(3, false, true);
-  ClickSong(0, false, true);
-  EXPECT_EQ("a [b] c [d]", Look());
-  ClickSong(2, false, false);
-  EXPECT_EQ("a b [c] d", Look());
+// The list as its description has it, operation by operation, on a vector.
+struct PlainList {
+  struct Song {
+    std::string name;
+    bool selected;
+  };
+  std::vector<Song> songs;
+  int current = -1, top = 0, rows = 10, anchor = -1;
+  int stops = 0, songLines = 0, pages = 0;
+
+  int Count() const { return static_cast<int>(songs.size()); }
+  Song& At(int i) { return songs[static_cast<std::size_t>(i)]; }
+
+  void Click(int index, bool shift, bool control) {
+    if (shift && anchor >= 0) {
+      for (int i = 0; i < Count(); ++i)
+        At(i).selected = (anchor <= i && i <= index) || (index <= i && i <= anchor);
+      return;
+    }
+    if (control) {
+      At(index).selected = !At(index).selected;
+    } else {
+      for (int i = 0; i < Count(); ++i) At(i).selected = i == index;
+    }
+    anchor = index;
+  }
+  void Exchange(int i, int j) {
+    std::swap(At(i), At(j));
+    current = current == i ? j : current == j ? i : current;
+  }
+  void Sort() {
+    for (int i = 0; i + 1 < Count();) {
+      if (At(i).name > At(i + 1).name) {
+        Exchange(i, i + 1);
+        i = 0;
+      } else {
+        ++i;
+      }
+    }
+  }
+  void Remove(const std::function<bool(const Song&)>& chosen) {
+    for (int i = Count() - 1; i >= 0; --i) {
+      if (!chosen(At(i))) continue;
+      songs.erase(songs.begin() + i);
+      if (current != i) continue;
+      ++stops;
+      if (Count() <= current) current = 0;
+      if (Count() <= 0) current = -1;
+      ++songLines;
+    }
+    anchor = -1;
+    ++pages;
+  }
+  void Scroll(bool moved, int by) {
+    if (!moved) return;
+    top = std::max(0, by > 0 ? std::min(top + by, Count() - rows) : top + by);
+    ++pages;
+  }
+  void MoveOne(int by) {
+    bool moved = false;
+    for (int n = 1; n < Count(); ++n) {
+      const int i = by < 0 ? n : Count() - 1 - n;
+      if (At(i + by).selected || !At(i).selected) continue;
+      Exchange(i, i + by);
+      moved = true;
+    }
+    Scroll(moved, by);
+  }
+  void MovePage(int by) {
+    bool moved = false;
+    for (int n = by < 0 ? 1 : 0; n < Count(); ++n) {
+      const int i = by < 0 ? n : Count() - 1 - n;
+      if (!At(i).selected) continue;
+      int d = rows;
+      while (d > 0 && (i + by * d < 0 || i + by * d >= Count() || At(i + by * d).selected)) --d;
+      const int to = i + by * d;
+      const Song song = At(i);
+      songs.erase(songs.begin() + i);
+      songs.insert(songs.begin() + to, song);
+      if (current == i) {
+        current = to;
+      } else if (by < 0 && current < i && to <= current) {
+        ++current;
+      } else if (by > 0 && current > i && to >= current) {
+        --current;
+      }
+      moved = true;
+    }
+    Scroll(moved, by * rows);
+  }
+};
+
+TEST_F(List, ThousandsOfRandomOperationsGiveThePlainList) {
+  static int songLines, pages;
+  songLines = pages = 0;
+  hooks.refreshSongLine = [] { ++songLines; };
+  hooks.refreshPlaylistPage = [] { ++pages; };
+  std::vector<std::string> names;
+  for (char letter = 'a'; letter <= 'z'; ++letter) {
+    names.push_back(std::string(1, letter));
+    if (letter % 2) test::WriteBytes(folder.File(names.back()), "");
+  }
+  const std::string here = platform::FromMachinePath((folder.Path() + "/").c_str());
+  std::mt19937 random(5);
+  const auto next = [&random](unsigned range) { return static_cast<int>(random() % range); };
+  PlainList plain;
+  for (int round = 0; round < 20000; ++round) {
+    const int operation = next(20);
+    const bool sound = plain.Count() > 0;
+    if (operation < 5 && plain.Count() < 40) {
+      const std::string& name = names[static_cast<std::size_t>(next(26))];
+      EXPECT_EQ(1, AddSong((here + name).c_str()));
+      plain.songs.push_back({name, false});
+    } else if (operation < 10 && sound) {
+      const int index = next(static_cast<unsigned>(plain.Count()));
+      const bool shift = next(3) == 0, control = next(2);
+      ClickSong(index, shift, control);
+      plain.Click(index, shift, control);
+    } else if (operation == 10 && sound) {
+      playlist.currentSong = plain.current = next(static_cast<unsigned>(plain.Count()));
+      playlist.visibleRows = plain.rows = 1 + next(10);
+      playlist.topIndex = plain.top = next(static_cast<unsigned>(plain.Count()));
+    } else if (operation == 11) {
+      MoveSelectedUp();
+      plain.MoveOne(-1);
+    } else if (operation == 12) {
+      MoveSelectedDown();
+      plain.MoveOne(1);
+    } else if (operation == 13) {
+      MoveSelectedPageUp();
+      plain.MovePage(-1);
+    } else if (operation == 14) {
+      MoveSelectedPageDown();
+      plain.MovePage(1);
+    } else if (operation == 15) {
+      BuildDisplayNames();
+      SortList();
+      plain.Sort();
+    } else if (operation == 16) {
+      const bool all = next(2);
+      (all ? SelectAll : DeselectAll)();
+      for (auto& song : plain.songs) song.selected = all;
+    } else if (operation == 17 && next(4) == 0) {
+      RemoveSelected();
+      plain.Remove([](const auto& song) { return song.selected; });
+    } else if (operation == 18 && next(4) == 0) {
+      RemoveUnselected();
+      plain.Remove([](const auto& song) { return !song.selected; });
+    } else if (operation == 19 && next(4) == 0) {
+      RemoveDeadLinks();
+      plain.Remove([](const auto& song) { return song.name[0] % 2 == 0; });
+    } else if (operation == 19 && next(20) == 0) {
+      const bool all = next(2);
+      (all ? RemoveAll : ClearList)();
+      plain.songs.clear();
+      plain.current = -1;
+      if (all) plain.anchor = -1;
+      ++plain.stops;
+      plain.songLines += all, plain.pages += all;
+    }
+    const PlaylistReader reader;
+    ASSERT_EQ(plain.Count(), playlist.count) << round << ' ' << operation;
+    for (int i = 0; i < plain.Count(); ++i) {
+      ASSERT_EQ(plain.At(i).name, reader.Entry(i)->fileName) << round << ' ' << operation;
+      ASSERT_EQ(plain.At(i).selected, reader.Entry(i)->selected != 0) << round << ' ' << operation;
+    }
+    ASSERT_EQ(nullptr, reader.Entry(plain.Count()));
+    ASSERT_EQ(plain.current, playlist.currentSong) << round << ' ' << operation;
+    ASSERT_EQ(plain.anchor, playlist.selectionAnchor) << round << ' ' << operation;
+    ASSERT_EQ(plain.top, playlist.topIndex) << round << ' ' << operation;
+    ASSERT_EQ(plain.stops, stops) << round << ' ' << operation;
+    ASSERT_EQ(plain.songLines, songLines) << round << ' ' << operation;
+    ASSERT_EQ(plain.pages, pages) << round << ' ' << operation;
+  }
 }
 
-TEST_F(List, RemovalsFollowTheirRules) {
-  Add({"a", "b", "c", "d"});
-  ClickSong(1, false, true);
-  ClickSong(3, false, true);
-  playlist.currentSong = 3;
-  RemoveSelected();
-  EXPECT_EQ("a* c", Look()) << "the last song was current: song 0 is now";
-  EXPECT_EQ(1, stops);
-  EXPECT_EQ(-1, playlist.selectionAnchor);
-  playlist.currentSong = 1;
-  ClickSong(1, false, false);
-  RemoveUnselected();
-  EXPECT_EQ(1, playlist.currentSong) << "the number is not followed";
-  EXPECT_EQ("[c]", Look());
-  playlist.currentSong = 0;
-  RemoveDeadLinks();
-  EXPECT_EQ(-1, playlist.currentSong);
-  Add({Song("alive.mp3"), "dead"});
-  RemoveDeadLinks();
-  EXPECT_EQ("alive.mp3", Look());
-}
-
-TEST_F(List, SelectedSongsMoveAsABlock) {
-  Add({"a", "b", "c", "d", "e"});
-  for (int i : {0, 2, 3}) ClickSong(i, false, true);
-  playlist.currentSong = 3;
-  playlist.topIndex = 0;
-  MoveSelectedUp();
-  EXPECT_EQ("[a] [c] [d]* b e", Look());
-  MoveSelectedUp();
-  EXPECT_EQ("[a] [c] [d]* b e", Look());
-  playlist.visibleRows = 2;
-  MoveSelectedDown();
-  EXPECT_EQ("b [a] [c] [d]* e", Look());
-  EXPECT_EQ(1, playlist.topIndex);
-  MoveSelectedPageDown();
-  EXPECT_EQ("b e [a] [c] [d]*", Look());
-  EXPECT_EQ(3, playlist.topIndex);
-  MoveSelectedPageUp();
-  EXPECT_EQ("[a] [c] [d]* b e", Look());
-  EXPECT_EQ(1, playlist.topIndex);
-}
-
-TEST_F(List, FullListTakesNoMoreAndKeepsWhatItHas) {
-  for (int i = 0; i < kMaxSongs + 10; ++i) AddSong("x.mp3");
-  EXPECT_EQ(4095, playlist.count);
+TEST_F(List, FullListRefusesMoreAndSavesWhatItHas) {
+  for (int i = 0; i < kMaxSongs; ++i) ASSERT_EQ(1, AddSong("x.mp3"));
+  EXPECT_EQ(0, AddSong("y.mp3"));
   EXPECT_EQ(0, AddPath("y.mp3"));
+  EXPECT_EQ(4095, playlist.count);
+  const std::string history = Song("HISTORY.PLA");
+  SavePlaylistFile(history.c_str());
+  RemoveAll();
+  EXPECT_EQ(4095, AddPath(history.c_str()));
   const PlaylistReader reader;
-  EXPECT_EQ(nullptr, reader.Entry(4095));
-  EXPECT_EQ(nullptr, reader.Entry(-1));
-  EXPECT_EQ(nullptr, reader.Entry(5000));
+  EXPECT_STREQ("x.mp3", reader.Entry(4094)->path);
+  for (int none : {-1, 4095, 5000}) EXPECT_EQ(nullptr, reader.Entry(none));
 }
 
 TEST_F(List, RecordsLiveAsLongAsTheirReaders) {
@@ -233,6 +357,9 @@ TEST_F(List, OddNamesAreFoundAgainAfterARestart) {
 }
 
 TEST_F(List, ReadsPlaylistFilesOfEveryHand) {
+  EXPECT_EQ(1, LoadPlaylistFile(Song("w.pla", "SELECTED\nADD i.mp3\nSELECTED\n").c_str()));
+  EXPECT_EQ("[i.mp3]", Look());
+  RemoveAll();
   const std::string text =
       "SELECTED\r\nversion 99\r\n// add c.mp3\r\n\r\nADD a b.mp3\n\n\radd   c.mp3\rSELECTED\n"
       " ADD skipped.mp3\nADD\nADD \nPLAY d.mp2\nADDITION e.mp3\n" +
