@@ -5,6 +5,7 @@
 
 #include "engine/equaliser.h"
 #include "tests/allocations.h"
+#include "tests/decoder/opened_song.h"
 #include "tests/engine/engine_fixture.h"
 
 namespace kwo {
@@ -147,17 +148,88 @@ TEST_F(Engine, SlotsRotate) {
   EXPECT_EQ(b, mixer.Slot(2));
 }
 
-TEST_F(Engine, ParametersReachTheDecoderAndItsCurve) {
-  mixer.eqSwitch = 1;
-  mixer.eqValues[16] = 1.45f;
-  Play(test::DataFile("joint128.mp3"));
-  EXPECT_EQ(1, V().Source()->eqSwitch);
-  EXPECT_NEAR(0.1f, V().Source()->eqCompensation, 1e-6f);
-  mixer.eqValues[16] = 0.55f;
-  EXPECT_NEAR(0.1f, V().Source()->eqCompensation, 1e-6f);
-  V().ApplyMixerParameters();
-  mixer.RenderBlock();
-  EXPECT_NEAR(1.9f, V().Source()->eqCompensation, 1e-6f);
+struct Effect {
+  const char* name;
+  void (*inMixer)(Mixer& mixer, int on);
+  void (*inDecoder)(MpegDecoder& decoder);
+};
+
+const Effect kEffects[] = {
+    {"crystalizer", [](Mixer& m, int on) { m.crystalizer = on; },
+     [](MpegDecoder& d) { d.SetCrystalizer(1); }},
+    {"enhancer 1", [](Mixer& m, int on) { m.enhancer = on; },
+     [](MpegDecoder& d) { d.SetEnhancer(1); }},
+    {"enhancer 2", [](Mixer& m, int on) { m.enhancer = 2 * on; },
+     [](MpegDecoder& d) { d.SetEnhancer(2); }},
+    {"vocal reducer", [](Mixer& m, int on) { m.vocalReducer = on; },
+     [](MpegDecoder& d) { d.SetVocalReducer(1); }},
+    {"wide stereo", [](Mixer& m, int on) { m.wideStereo = on; },
+     [](MpegDecoder& d) { d.SetWideStereo(1); }},
+    {"equaliser",
+     [](Mixer& m, int on) {
+       m.eqSwitch = on;
+       m.eqValues[4] = on ? 1.4f : 1.0f;
+     },
+     [](MpegDecoder& d) {
+       float bands[16], gains[kLines];
+       std::fill_n(bands, 16, 1.0f);
+       bands[4] = 1.4f;
+       EqualiserLineGains(bands, gains);
+       d.SetLineGains(gains);
+       d.SetEqualiserSwitch(1);
+     }},
+};
+
+TEST_F(Engine, EveryEffectReachesTheSongAtItsOpenAndLaterAndGoesAgain) {
+  const std::string song = test::DataFile("joint128.mp3");
+  const auto decode = [&](void (*set)(MpegDecoder&)) {
+    OpenedSong opened(song);
+    set(*opened.decoder);
+    return opened.ReadAll();
+  };
+  const auto hear = [&](int blocks) {
+    std::vector<float> heard;
+    for (int block = 0; block < blocks; ++block) {
+      EXPECT_EQ(1, mixer.RenderBlock());
+      heard.insert(heard.end(), mixer.MixBuffer(), mixer.MixBuffer() + kBlock);
+    }
+    return heard;
+  };
+  const std::vector<float> plain = decode([](MpegDecoder&) {});
+  Play(song);
+  const std::vector<float> first = hear(1);
+  // The decoder begins with what the encoder put before the music.
+  const auto start = std::search(plain.begin(), plain.end(), first.begin(), first.begin() + 1000);
+  ASSERT_NE(plain.end(), start);
+  constexpr int kSettle = 4;  // blocks in which an echo builds and ends
+  const auto compare = [&](const std::vector<float>& expected, const std::vector<float>& heard,
+                           int fromBlock) {
+    const auto at = expected.begin() + (start - plain.begin()) + fromBlock * kBlock;
+    const long skipped = kSettle * kBlock;
+    return std::equal(heard.begin() + skipped, heard.end(), at + skipped);
+  };
+  for (const Effect& effect : kEffects) {
+    const std::vector<float> changed = decode(effect.inDecoder);
+    for (const bool atOpen : {true, false}) {
+      effect.inMixer(mixer, atOpen);
+      Play(song);
+      if (!atOpen) {
+        EXPECT_TRUE(compare(plain, hear(10), 0)) << effect.name;
+        effect.inMixer(mixer, 1);
+        V().ApplyMixerParameters();
+      }
+      EXPECT_TRUE(compare(changed, hear(15), atOpen ? 0 : 10)) << effect.name << atOpen;
+      effect.inMixer(mixer, 0);
+      V().ApplyMixerParameters();
+      EXPECT_TRUE(compare(plain, hear(15), atOpen ? 15 : 25)) << effect.name << atOpen;
+    }
+    EXPECT_NE(plain, changed) << effect.name;
+  }
+  for (const Effect& effect : kEffects) effect.inMixer(mixer, 1);
+  const auto noise = test::Noise(kBlock * 5);
+  Play(Wav(noise));
+  const std::vector<float> wav = hear(5);
+  EXPECT_TRUE(std::equal(wav.begin(), wav.end(), noise.begin())) << "a WAV song has no decoder";
 }
 
 TEST_F(Engine, ThreeSongsRenderWithoutAskingForMemory) {
@@ -206,9 +278,8 @@ TEST(AudioSource, EndingsPickTheReader) {
   test::WriteBytes(folder.File("a.ogg"), song);
   test::WriteBytes(folder.File("b.wav"), song);
   EXPECT_EQ(1, source.Open(folder.File("a.mP3").c_str()));
-  EXPECT_EQ(1, source.info[INFO_KIND]);
-  EXPECT_EQ(128000, source.info[INFO_BIT_RATE]);
-  EXPECT_EQ(3, source.info[INFO_SECONDS]);
+  const int words[INFO_WORDS] = {1, 1, 3, 128000, 2, 44100, 3};
+  for (int word = 0; word < INFO_WORDS; ++word) EXPECT_EQ(words[word], source.info[word]) << word;
   EXPECT_EQ(1, source.Open(folder.File("a.ogg").c_str()));
   float value;
   EXPECT_EQ(0, source.info[INFO_KIND]);
@@ -220,6 +291,10 @@ TEST(AudioSource, EndingsPickTheReader) {
   EXPECT_EQ(0, source.Open((std::string(300, 'x') + ".mp3").c_str()));
   EXPECT_EQ(1, source.Open(test::DataFile("vbr.mp3").c_str()));
   EXPECT_EQ(0, source.info[INFO_BIT_RATE]) << "a length header hides the first frame's rate";
+  source.Open(test::DataFile("lsf22.mp3").c_str());
+  EXPECT_EQ(2, source.info[INFO_MPEG_VERSION]);
+  source.Open(test::DataFile("layer2.mp2").c_str());
+  EXPECT_EQ(2, source.info[INFO_LAYER]);
 }
 
 TEST(AudioSource, SongSoundsTheSameWhateverTaggersPutAroundIt) {
@@ -305,7 +380,9 @@ TEST(WavReader, RefusesFormsThatItCannotPlay) {
                         {6, 44100, 16, 1},
                         {1, 96000, 16, 1}}) {
     test::WriteBytes(path, test::WavBytes(c.channels, c.rate, c.bits, "abcdefgh"));
-    EXPECT_EQ(c.opens, AudioSource().Open(path.c_str())) << c.channels << ' ' << c.bits;
+    AudioSource source;
+    EXPECT_EQ(c.opens, source.Open(path.c_str())) << c.channels << ' ' << c.bits;
+    EXPECT_TRUE(!c.opens || c.rate % 65536 == source.sampleRate) << "16 bits are looked at";
   }
   const std::string good = test::WavBytes(2, 44100, 16, "abcd");
   for (std::size_t size = 0; size < 44; ++size) {

@@ -6,6 +6,7 @@
 
 #include "engine/shuffle_master.h"
 #include "engine/transport.h"
+#include "platform/clock.h"
 #include "platform/headless/headless.h"
 #include "playlist/hooks.h"
 #include "tests/support.h"
@@ -43,10 +44,6 @@ class Transport : public testing::Test {
   // A song by a name of the list's kinds; its sound is the test song's.
   void AddSongs(int count) {
     for (int i = 0; i < count; ++i) AddSong(test::DataFile("joint128.mp3").c_str());
-  }
-  // A song of more than a minute.
-  void AddLongSong() {
-    AddSong((std::string(KWO_TEST_DATA) + "/../../music/one-horizon.mp3").c_str());
   }
   void Select(std::initializer_list<int> songs) {
     const PlaylistReader reader;

@@ -1,97 +1,287 @@
-// The transport and the automatic DJ with the render thread running, on the headless clock.
+// The transport and the play order, step by step.
 
 #include "engine/transport.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <algorithm>
+#include <array>
+#include <random>
 #include <set>
 
-#include "engine/shuffle_master.h"
-#include "platform/clock.h"
 #include "tests/engine/transport_fixture.h"
 
 namespace kwo {
 namespace {
 
-constexpr double kBlockMs = kBlock / 2 * 1000.0 / 44100;
+// Counts of what the hooks have told.
+int songLines, pages, times;
 
-TEST_F(Transport, PlayTogglesAndStopFadesBehindANewSong) {
-  AddLongSong();
-  AddLongSong();
-  TransportStop();
-  EXPECT_EQ(0, V().seekPending) << "a stop of nothing does not seek";
-  TransportPlay();
-  EXPECT_EQ(1, playing);
-  EXPECT_EQ(0, playlist.currentSong);
-  TheMixer->RenderBlock();
-  EXPECT_EQ(5, shownTime);
-  TransportPlay();
-  EXPECT_EQ(1, paused);
-  EXPECT_EQ(20, RenderUntilSilent()) << "21 blocks, the last of which adds nothing";
-  EXPECT_EQ(1, playing);
-  const float place = V().position;
-  TransportPlay();
-  EXPECT_EQ(0, paused);
-  for (int block = 0; block < 18; ++block) TheMixer->RenderBlock();
-  EXPECT_TRUE(V().ramps[0].Idle());
-  EXPECT_EQ(1.0f, V().volume);
-  EXPECT_NEAR(place + 18 * 2304 / 44100.0, V().position, 0.01);
-  TransportNext();
-  Voice* old = &V();
-  TransportStop();
-  EXPECT_EQ(0, playing);
-  EXPECT_EQ(old, &V(1));
-  EXPECT_EQ(0, shownTime);
-  TransportPlay();
-  EXPECT_NE(old, &V());
-  EXPECT_EQ(1.0f, V().volume) << "the new song starts at full volume";
-  EXPECT_EQ(1, V().active);
-}
+// The transport as its description has it, over voices that only remember.
+struct PlainTransport {
+  struct Voice {
+    int song = -1;
+    bool active = false, seeks = false, ramps = false, stopAtEnd = false;
+    float volume = 1, base = 1, position = 0, step = 0, target = 0;
 
-TEST_F(Transport, SeekIsStopSeekAndPlayWithAFadeIn) {
-  AddLongSong();
-  TransportPlay();
-  TheMixer->RenderBlock();
-  TransportStop();
-  V().Seek(2.0f);
-  TransportPlay();
-  EXPECT_EQ(0.01f, V().volume);
-  for (int block = 0; block < 26; ++block) TheMixer->RenderBlock();
-  EXPECT_TRUE(V().ramps[0].Idle());
-  EXPECT_EQ(1.0f, V().volume);
-  EXPECT_NEAR(2.0 + 26 * 2304 / 44100.0, V().position, 0.06);
-}
+    void SetRamp(float newStep, float newTarget, bool stop) {
+      ramps = true;
+      step = newStep, target = newTarget, stopAtEnd = stop;
+    }
+    void Reset() {
+      ramps = false;
+      volume = base;
+    }
+    void FadeIn(float by) {
+      volume = 0.01f, base = 1;
+      SetRamp(by, 1, false);
+    }
+    void Seek(float seconds) {
+      seeks = true;
+      position = seconds;
+    }
+    void StepRamp() {
+      if (!ramps) return;
+      volume *= step;
+      if (step > 1 ? volume <= target : volume >= target) return;
+      volume = target;
+      ramps = false;
+      if (stopAtEnd) active = false;
+    }
+  };
+  std::array<Voice, 3> slot;
+  std::vector<bool> selected;
+  bool playing = false, paused = false, repeat = false, shuffle = false, dj = false;
+  int current = -1, mode = 0, place = 0, lines = 0, pages = 0, times = 0;
+  std::vector<int> table;
 
-TEST_F(Transport, DragOfTheTimeHoldsOffTheRenderThread) {
-  AddSongs(1);
-  TransportPlay();
-  SeekActive = 1;
-  TheMixer->RenderBlock();
-  EXPECT_EQ(-1, shownTime);
-  OnMixerEvent(TheMixer, EVENT_POSITION, &V(), 777, 1, 0);
-  EXPECT_EQ(777, shownTime);
-  EXPECT_EQ(1, OnMixerEvent(TheMixer, 5, &V(), 0, 0, 0));
-}
+  int Count() const { return static_cast<int>(selected.size()); }
+  bool InMode(int song) const {
+    const bool chosen = selected[static_cast<std::size_t>(song)];
+    return mode == 0 || chosen == (mode == 1);
+  }
+  void Refresh() { ++lines, ++pages; }
 
-TEST_F(Transport, NextAndPreviousFollowRepeat) {
-  AddSongs(3);
-  TransportNext();
-  EXPECT_EQ(0, playlist.currentSong);
-  EXPECT_EQ(0, V().active) << "ready, not started";
-  EXPECT_EQ(3, V().Source()->info[INFO_SECONDS]);
-  TransportPrevious();
-  EXPECT_EQ(2, playlist.currentSong) << "previous always wraps";
-  TransportPlay();
-  TransportNext();
-  EXPECT_EQ(0, playlist.currentSong);
-  EXPECT_EQ(0, playing) << "the list has run out";
-  repeatOn = 1;
-  playlist.currentSong = 2;
-  TransportPlay();
-  TransportNext();
-  EXPECT_EQ(0, playlist.currentSong);
-  EXPECT_EQ(1, playing);
+  int Step(bool forward) {
+    bool any = false, wrapped = false;
+    for (int song = 0; song < Count(); ++song) any = any || InMode(song);
+    if (!any) return current = -1;
+    do {
+      int& at = shuffle ? place : current;
+      at += forward ? 1 : -1;
+      if (at >= Count()) {
+        at = 0;
+        wrapped = true;
+        // The table has been built anew.
+        if (shuffle) table.assign(std::begin(shuffleTable), std::begin(shuffleTable) + Count());
+      }
+      if (at < 0) at = Count() - 1;
+      if (shuffle) current = table[static_cast<std::size_t>(place)];
+    } while (!InMode(current));
+    return forward && wrapped && !repeat ? -1 : current;
+  }
+  void Play() {
+    if (current < 0 && Count() > 0) Next(true);
+    if (current < 0) return;
+    if (playing) {
+      if (!paused) {
+        slot[0].volume = slot[0].base = 1;
+        slot[0].SetRamp(0.8f, 0.01f, true);
+      } else {
+        slot[0].FadeIn(1.3f);
+        slot[0].active = true;
+      }
+      paused = !paused;
+      return;
+    }
+    if (!InMode(current)) Next(true);
+    if (current < 0) return;
+    Voice& voice = slot[0];
+    voice.Reset();
+    voice.song = current;
+    if (voice.position != 0) {
+      voice.FadeIn(1.2f);
+    } else {
+      voice.volume = voice.base = 1;
+    }
+    voice.active = playing = true;
+  }
+  void Stop() {
+    if (!playing) return;
+    playing = false;
+    for (int i : {0, 1}) {
+      slot[std::size_t(i)].Reset();
+      slot[std::size_t(i)].SetRamp(0.9f, 0.01f, true);
+    }
+    slot[2].Reset();
+    slot[2].active = false;
+    std::rotate(slot.begin(), slot.begin() + 2, slot.end());
+    slot[0].Seek(0);
+    ++times;
+  }
+  void Next(bool forward) {
+    if (Count() == 0) return Refresh();
+    const bool was = playing;
+    Stop();
+    const int song = Step(forward);
+    if (song < 0) {
+      Stop();
+    } else if (was) {
+      Play();
+    } else {
+      slot[0].song = song;
+    }
+    Refresh();
+  }
+  void SeekTo(float seconds) {
+    const bool sounding = slot[0].active;
+    if (sounding) Stop();
+    slot[0].Seek(seconds);
+    if (sounding) Play();
+  }
+  int End(int of) {
+    if (dj) return 1;
+    if (of != 0) return 0;
+    if (Count() == 0) return Refresh(), 0;
+    if (Step(true) >= 0) {
+      slot[0].song = current;
+    } else {
+      slot[0].active = playing = false;
+      slot[0].Seek(0);
+      ++times;
+    }
+    Refresh();
+    return 1;
+  }
+};
+
+class TransportTwin : public Transport {
+ protected:
+  void SetUp() override {
+    Transport::SetUp();
+    songLines = pages = times = 0;
+    hooks.refreshSongLine = [] { ++songLines; };
+    hooks.refreshPlaylistPage = [] { ++pages; };
+    hooks.showSongTime = [](int time) { times += time == 0; };
+  }
+  // Songs that are told apart by their seconds.
+  void Add(int count, PlainTransport& plain) {
+    for (int i = 1; i <= count; ++i) {
+      const std::string path = folder.File(std::to_string(i) + ".wav");
+      test::WriteBytes(path, test::WavBytes(1, 100, 8, std::string(std::size_t(100 * i), 'x')));
+      AddSong(path.c_str());
+      plain.selected.push_back(false);
+    }
+  }
+  void Compare(const PlainTransport& plain, const std::string& where) {
+    ASSERT_EQ(plain.playing, playing != 0) << where;
+    ASSERT_EQ(plain.paused, paused != 0) << where;
+    ASSERT_EQ(plain.current, playlist.currentSong) << where;
+    ASSERT_EQ(plain.lines, songLines) << where;
+    ASSERT_EQ(plain.pages, pages) << where;
+    ASSERT_EQ(plain.times, times) << where;
+    for (int i = 0; i < 3; ++i) {
+      const PlainTransport::Voice& p = plain.slot[static_cast<std::size_t>(i)];
+      Voice& voice = V(i);
+      const VoiceRamp::Program ramp = voice.ramps[0].Get();
+      ASSERT_EQ(p.song + 1, voice.Source()->info[INFO_SECONDS]) << where << i;
+      ASSERT_EQ(p.active, voice.active != 0) << where << i;
+      ASSERT_FLOAT_EQ(p.volume, voice.volume) << where << i;
+      ASSERT_EQ(p.base, voice.baseVolume) << where << i;
+      ASSERT_EQ(p.position, voice.position) << where << i;
+      ASSERT_EQ(p.seeks, voice.seekPending != 0) << where << i;
+      ASSERT_EQ(p.ramps, ramp.kind == RampKind::kVolume) << where << i;
+      if (!p.ramps) continue;
+      ASSERT_TRUE(p.step == ramp.step && p.target == ramp.target && p.stopAtEnd == ramp.stopAtEnd)
+          << where << i;
+    }
+  }
+
+  test::TempFolder folder;
+};
+
+TEST_F(TransportTwin, ThousandsOfRandomPressesGiveThePlainTransport) {
+  constexpr const char* kNames[] = {"play",  "stop", "next", "previous", "seek",   "double press",
+                                    "ramps", "end",  "mode", "select",   "shuffle"};
+  std::mt19937 random(11);
+  const auto next = [&random](int range) {
+    return static_cast<int>(random() % static_cast<unsigned>(range));
+  };
+  PlainTransport plain;
+  for (int round = 0; round < 30000; ++round) {
+    if (round == 100) Add(5, plain);
+    const int operation = next(11);
+    switch (operation) {
+      case 0:
+        TransportPlay();
+        plain.Play();
+        break;
+      case 1:
+        TransportStop();
+        plain.Stop();
+        break;
+      case 2:
+        TransportNext();
+        plain.Next(true);
+        break;
+      case 3:
+        TransportPrevious();
+        plain.Next(false);
+        break;
+      case 4: {
+        const auto seconds = static_cast<float>(next(4));
+        const bool sounding = V().active;
+        if (sounding) TransportStop();
+        V().Seek(seconds);
+        if (sounding) TransportPlay();
+        plain.SeekTo(seconds);
+        break;
+      }
+      case 5:
+        if (plain.Count() == 0) break;
+        playlist.currentSong = plain.current = next(plain.Count());
+        TransportStop();
+        TransportPlay();
+        plain.Stop();
+        plain.Play();
+        break;
+      case 6:
+        for (int block = next(60); block > 0; --block) {
+          for (int i = 0; i < 3; ++i) {
+            V(i).StepRamps();
+            plain.slot[static_cast<std::size_t>(i)].StepRamp();
+          }
+        }
+        break;
+      case 7: {
+        const int of = next(3);
+        djMode = plain.dj = next(8) == 0;
+        ASSERT_EQ(OnMixerEvent(TheMixer, EVENT_SOURCE_END, &V(of), 0, 0, 0), plain.End(of));
+        break;
+      }
+      case 8:
+        playMode = plain.mode = next(3);
+        repeatOn = plain.repeat = next(2);
+        break;
+      case 9:
+        if (plain.Count() == 0) break;
+        for (int song = 0; song < plain.Count(); ++song) {
+          const bool chosen = next(3) == 0;
+          PlaylistReader().Entry(song)->selected = chosen;
+          plain.selected[static_cast<std::size_t>(song)] = chosen;
+        }
+        break;
+      default:
+        shuffleOn = plain.shuffle = next(2);
+        if (!plain.shuffle || plain.Count() == 0) break;
+        BuildShuffleTable();
+        plain.place = 0;
+        plain.table.assign(std::begin(shuffleTable), std::begin(shuffleTable) + plain.Count());
+        break;
+    }
+    Compare(plain, std::to_string(round) + ' ' + kNames[operation] + ' ');
+    if (HasFatalFailure()) return;
+  }
 }
 
 TEST_F(Transport, SongsFollowEachOtherAndTheListEnds) {
@@ -105,25 +295,20 @@ TEST_F(Transport, SongsFollowEachOtherAndTheListEnds) {
   EXPECT_EQ(0, playlist.currentSong);
 }
 
-TEST_F(Transport, HalvesOfASongJoinWithoutAGap) {
-  // A stream of constant rate cut at a frame border, whose reservoir the second half lacks: WAV
-  // halves show the join itself.
-  test::TempFolder folder;
-  const auto noise = test::Noise(kBlock * 5);
-  const long cut = kBlock * 2 + 1234;
-  const std::vector<std::int16_t> first(noise.begin(), noise.begin() + cut),
-      second(noise.begin() + cut, noise.end());
-  test::WriteBytes(folder.File("1.wav"), test::WavBytes(2, 44100, 16, test::Raw16(first)));
-  test::WriteBytes(folder.File("2.wav"), test::WavBytes(2, 44100, 16, test::Raw16(second)));
-  AddSong(folder.File("1.wav").c_str());
-  AddSong(folder.File("2.wav").c_str());
+TEST_F(Transport, DragOfTheTimeHoldsOffTheRenderThread) {
+  AddSongs(1);
   TransportPlay();
-  for (int block = 0; block < 5; ++block) {
-    ASSERT_EQ(1, TheMixer->RenderBlock());
-    for (int i = 0; i < kBlock; ++i)
-      ASSERT_EQ(noise[static_cast<std::size_t>(block * kBlock + i)], TheMixer->Block()[i]);
-  }
-  EXPECT_EQ(1, playlist.currentSong);
+  SeekActive = 1;
+  TheMixer->RenderBlock();
+  EXPECT_EQ(-1, shownTime);
+  OnMixerEvent(TheMixer, EVENT_POSITION, &V(), 777, 1, 0);
+  EXPECT_EQ(777, shownTime);
+  EXPECT_EQ(1, OnMixerEvent(TheMixer, EVENT_POSITION, &V(1), 888, 1, 0));
+  EXPECT_EQ(777, shownTime) << "a fading voice shows no time";
+  SeekActive = 0;
+  TheMixer->RenderBlock();
+  EXPECT_EQ(10, shownTime);
+  EXPECT_EQ(1, OnMixerEvent(TheMixer, 5, &V(), 0, 0, 0));
 }
 
 TEST_F(Transport, BadSongsAreWalkedOneAPass) {
@@ -147,38 +332,29 @@ TEST_F(Transport, PlayModesPassOverTheOthers) {
   EXPECT_EQ("1 3 1 ", Order(3, RetreatSong));
   playMode = 2;
   EXPECT_EQ("2 4 0 2 ", Order(4, AdvanceSong));
-  playMode = 1;
-  playlist.currentSong = 0;
-  TransportPlay();
-  EXPECT_EQ(1, playlist.currentSong);
-  SelectAll();
-  playMode = 2;
-  EXPECT_EQ(-1, AdvanceSong());
-  EXPECT_EQ(-1, playlist.currentSong);
   DeselectAll();
-  playMode = 1;
-  EXPECT_EQ(-1, AdvanceSong());
   repeatOn = 0;
   playMode = 0;
-  EXPECT_EQ("0 1 2 3 4 -1 1 ", Order(7, AdvanceSong));
+  EXPECT_EQ("3 4 -1 1 ", Order(4, AdvanceSong));
 }
 
-TEST_F(Transport, ShuffleIsAPermutationOfAllSongs) {
+TEST_F(Transport, ShuffleIsAPermutationAndAnotherOneEachTime) {
   for (int i = 0; i < 4000; ++i) AddSong("x.mp3");
   shuffleOn = 1;
   BuildShuffleTable();
+  std::vector<int> first;
   std::set<int> seen = {shuffleTable[0]};
-  bool mixed = false;
   for (int i = 1; i < 4000; ++i) {
-    const int song = AdvanceSong();
-    mixed = mixed || song != i;
-    EXPECT_TRUE(seen.insert(song).second);
+    first.push_back(AdvanceSong());
+    EXPECT_TRUE(seen.insert(first.back()).second);
   }
-  EXPECT_TRUE(mixed);
+  EXPECT_FALSE(std::is_sorted(first.begin(), first.end()));
   EXPECT_EQ(0, *seen.begin());
   EXPECT_EQ(3999, *seen.rbegin());
+  platform::Sleep(10);
   EXPECT_EQ(-1, AdvanceSong()) << "the table is through";
   EXPECT_EQ(shuffleTable[0], playlist.currentSong);
+  EXPECT_FALSE(std::equal(first.begin(), first.end(), std::begin(shuffleTable) + 1));
   RemoveAll();
   AddSongs(1);
   repeatOn = 1;
@@ -186,16 +362,11 @@ TEST_F(Transport, ShuffleIsAPermutationOfAllSongs) {
   EXPECT_EQ("0 0 0 ", Order(3, AdvanceSong));
 }
 
-TEST_F(Transport, EmptyAndShrunkenListsPlayNothing) {
-  TransportPlay();
-  TransportNext();
-  EXPECT_EQ(0, playing);
-  EXPECT_EQ(-1, AdvanceSong());
+TEST_F(Transport, ShrunkenListsPlayNothingThatHasGone) {
   AddSongs(3);
   playlist.currentSong = 2;
   TransportPlay();
   playlist.currentSong = 9;
-  EXPECT_EQ(0, OnMixerEvent(TheMixer, EVENT_SOURCE_END, &V(1), 0, 0, 0));
   OnMixerEvent(TheMixer, EVENT_SOURCE_END, &V(), 0, 0, 0);
   EXPECT_LT(playlist.currentSong, 3);
   RemoveAll();
@@ -203,55 +374,6 @@ TEST_F(Transport, EmptyAndShrunkenListsPlayNothing) {
   playlist.currentSong = 5;
   TransportPlay();
   EXPECT_EQ(0, playing);
-}
-
-TEST_F(Transport, DjCrossfadesByItsTable) {
-  unsigned chosen = 1;
-  AddLongSong();
-  // The new song's place is the library generator's; one that lies in the song.
-  for (unsigned seed = 1; std::srand(seed), std::rand() % 100 >= 15; ++seed) chosen = seed + 1;
-  std::srand(chosen);
-  repeatOn = 1;
-  djMode = 1;
-  TheMixer->StartThread();
-  TransportPlay();
-  DjSetMode(1);
-  platform::Sleep(40900);
-  Voice* old = &V();
-  EXPECT_EQ(0.0f, V().pan);
-  while (&V() == old) platform::Sleep(10);
-  EXPECT_EQ(old, &V(1));
-  EXPECT_NEAR(-1.0f, V().pan, 0.011f);
-  EXPECT_LT(V().volume, 0.02f);
-  EXPECT_GE(V().position, 29.9f);
-  platform::Sleep(1400);
-  EXPECT_EQ(1.0f, old->volume) << "the old song holds for a second and a half";
-  // The engine renders about a second ahead of the clock; only its own blocks count.
-  platform::Sleep(static_cast<int>(50 * kBlockMs));
-  EXPECT_TRUE(V().ramps[0].Idle());
-  EXPECT_EQ(1.0f, V().volume);
-  EXPECT_GT(old->pan, 0.2f);
-  platform::Sleep(static_cast<int>(100 * kBlockMs));
-  EXPECT_EQ(0, old->active);
-  EXPECT_EQ(1.0f, old->pan);
-  platform::Sleep(static_cast<int>(60 * kBlockMs));
-  EXPECT_EQ(0.0f, V().pan);
-}
-
-TEST_F(Transport, DjStopsAtTheListsEndAndOnDemand) {
-  AddSongs(1);
-  djMode = 1;
-  TheMixer->StartThread();
-  TransportPlay();
-  DjSetMode(1);
-  platform::Sleep(39000);
-  EXPECT_EQ(1, playing) << "a song that has ended waits in silence";
-  platform::Sleep(4000);
-  EXPECT_EQ(0, playing);
-  const unsigned start = platform::GetTickCount();
-  DjSetMode(0);
-  EXPECT_LE(platform::GetTickCount() - start, 60u);
-  DjSetMode(0);
 }
 
 }  // namespace
