@@ -2,7 +2,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include <memory>
+#include <string>
 #include <vector>
 
 #include "decoder/kernels.h"
@@ -12,15 +12,13 @@ namespace kwo {
 namespace {
 
 void DecodeSong(benchmark::State& state, const char* name) {
-  const std::string path = std::string(KWO_TEST_DATA) + "/" + name;
   std::vector<float> samples(9 * 2304);
   double seconds = 0;
-  auto source = std::make_unique<AudioSource>();
+  AudioSource source;
   for (auto _ : state) {
-    source->Open(path.c_str());
-    int got;
-    while ((got = source->Read(samples.data(), static_cast<int>(samples.size()) * 4)) > 0)
-      seconds += got / (4.0 * source->channels * source->sampleRate);
+    source.Open((std::string(KWO_TEST_DATA "/") + name).c_str());
+    for (int got; (got = source.Read(samples.data(), static_cast<int>(samples.size()) * 4)) > 0;)
+      seconds += got / (4.0 * source.channels * source.sampleRate);
   }
   state.counters["x_real_time"] = benchmark::Counter(seconds, benchmark::Counter::kIsRate);
 }
@@ -33,11 +31,11 @@ BENCHMARK_CAPTURE(DecodeSong, layer2_192, "layer2.mp2");
 void SynthesizeFrame(benchmark::State& state) {
   const DecoderKernels* kernels = AllKernels()[state.range(0)];
   if (!kernels) return state.SkipWithError("not on this machine");
-  auto history = std::make_unique<SynthesisHistory>();
-  auto weights = std::make_unique<SynthesisWeights>();
+  SynthesisHistory history = {};
+  SynthesisWeights weights = {};
   std::vector<float> subbands(36 * 32, 0.1f), pcm(1152), secants(32, 0.5f);
   for (auto _ : state)
-    kernels->synthesize(pcm.data(), subbands.data(), *history, *weights, secants.data(), 0);
+    kernels->synthesize(pcm.data(), subbands.data(), history, weights, secants.data(), 0);
 }
 BENCHMARK(SynthesizeFrame)->DenseRange(0, 2);
 

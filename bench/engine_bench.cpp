@@ -2,16 +2,13 @@
 
 #include <benchmark/benchmark.h>
 
-#include <string>
-
 #include "engine/mixer.h"
 
 namespace kwo {
 namespace {
 
 int StartAgain(Mixer*, int event, Voice* voice, int, int, int) {
-  if (event != EVENT_SOURCE_END) return 0;
-  return voice->Open((std::string(KWO_TEST_DATA) + "/joint128.mp3").c_str());
+  return event == EVENT_SOURCE_END ? voice->Open(KWO_TEST_DATA "/joint128.mp3") : 0;
 }
 
 void MixThreeSongs(benchmark::State& state) {
@@ -23,7 +20,6 @@ void MixThreeSongs(benchmark::State& state) {
   mixer.pan = 0.2f;
   for (int slot = 0; slot < 3; ++slot) {
     mixer.CreateVoice(slot, 4608);
-    StartAgain(&mixer, EVENT_SOURCE_END, mixer.Slot(slot), 0, 0, 0);
     mixer.Slot(slot)->Start();
   }
   for (auto _ : state) mixer.RenderBlock();

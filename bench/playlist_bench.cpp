@@ -2,23 +2,20 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "engine/transport.h"
 #include "playlist/playlist_files.h"
+#include "tests/support.h"
 
 namespace kwo {
 namespace {
 
 constexpr int kSongs = 4000;
 
+// All of one length, so that they sort by their numbers.
 std::string NumberedName(int number) {
-  char name[32];
-  std::snprintf(name, sizeof name, "Song number %04d.mp3", number);
-  return name;
+  return "Song number " + std::to_string(10000 + number) + ".mp3";
 }
 
 void FillInReverse() {
@@ -28,20 +25,16 @@ void FillInReverse() {
 }
 
 void AddFolder(benchmark::State& state) {
-  const auto folder = std::filesystem::temp_directory_path() / "kwo-bench-songs";
-  std::filesystem::create_directory(folder);
-  for (int i = 0; i < kSongs; ++i)
-    std::ofstream(folder / NumberedName(i))
-        << std::string(1000, 'x') << "TAG" << std::string(125, 't');
-  std::string path = folder.string();
+  const test::TempFolder folder;
+  const std::string song = std::string(1000, 'x') + "TAG" + std::string(125, 't');
+  for (int i = 0; i < kSongs; ++i) test::WriteBytes(folder.File(NumberedName(i)), song);
   for (auto _ : state) {
     state.PauseTiming();
     RemoveAll();
     state.ResumeTiming();
-    benchmark::DoNotOptimize(AddPath(path.c_str()));
+    benchmark::DoNotOptimize(AddPath(folder.Path().c_str()));
   }
   if (playlist.count != kSongs) state.SkipWithError("not all songs were added");
-  std::filesystem::remove_all(folder);
 }
 BENCHMARK(AddFolder)->Unit(benchmark::kMillisecond);
 

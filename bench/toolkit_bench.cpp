@@ -1,15 +1,12 @@
 #include <benchmark/benchmark.h>
 
 #include <cstring>
-#include <memory>
 #include <vector>
 
 #include "app/application.h"
 #include "panels/panel_tools.h"
 #include "panels/visualisers.h"
-#include "platform/clock.h"
 #include "platform/headless/headless.h"
-#include "platform/threads.h"
 #include "toolkit/blits.h"
 
 namespace kwo {
@@ -17,60 +14,31 @@ namespace {
 
 constexpr int kWidth = 420, kHeight = 260;
 
-struct Pictures {
-  Pictures() : source(RowBytes(kWidth) * kHeight, 0x55), target(source.size(), 0x22) {
-    for (std::size_t i = 0; i < source.size(); ++i) source[i] = static_cast<std::uint8_t>(i * 7);
+template <typename Blit, typename... Ways>
+void MovePixels(benchmark::State& state, Blit blit, Ways... ways) {
+  std::vector<std::uint8_t> source(RowBytes(kWidth) * kHeight), target(source.size(), 0x22);
+  for (std::size_t i = 0; i < source.size(); ++i) source[i] = static_cast<std::uint8_t>(i * 7);
+  const BlitSource from = {source.data(), 0, 0, RowBytes(kWidth)};
+  const BlitTarget to = {target.data(), 0, 0, RowBytes(kWidth)};
+  for (auto _ : state) {
+    blit(from, kWidth, kHeight, to, ways...);
+    benchmark::ClobberMemory();
   }
-  BlitSource Source() const { return {source.data(), 0, 0, RowBytes(kWidth)}; }
-  BlitTarget Target() { return {target.data(), 0, 0, RowBytes(kWidth)}; }
-  std::vector<std::uint8_t> source, target;
-};
-
-void SetBytes(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * 3 * kWidth * kHeight);
 }
 
-void PlainMemcpy(benchmark::State& state) {
-  Pictures p;
-  for (auto _ : state) {
-    std::memcpy(p.target.data(), p.source.data(), p.source.size());
-    benchmark::ClobberMemory();
-  }
-  SetBytes(state);
+void CopyMemory(const BlitSource& from, int width, int height, const BlitTarget& to) {
+  std::memcpy(to.bits, from.bits, RowBytes(width) * height);
 }
-BENCHMARK(PlainMemcpy);
+BENCHMARK_CAPTURE(MovePixels, plain, CopyMemory)->Name("PlainMemcpy");
+BENCHMARK_CAPTURE(MovePixels, copy, BlitCopy)->Name("Copy");
+BENCHMARK_CAPTURE(MovePixels, bright, BlitBright, -40)->Name("Bright");
 
-void Copy(benchmark::State& state) {
-  Pictures p;
-  for (auto _ : state) {
-    BlitCopy(p.Source(), kWidth, kHeight, p.Target());
-    benchmark::ClobberMemory();
-  }
-  SetBytes(state);
-}
-BENCHMARK(Copy);
-
-void Bright(benchmark::State& state) {
-  Pictures p;
-  for (auto _ : state) {
-    BlitBright(p.Source(), kWidth, kHeight, p.Target(), -40);
-    benchmark::ClobberMemory();
-  }
-  SetBytes(state);
-}
-BENCHMARK(Bright);
-
-// By blend mode; with brightness and key, without either.
+// By blend mode; without brightness and key, with both.
 void Blended(benchmark::State& state) {
-  Pictures p;
-  const int brightness = state.range(1) ? 40 : 0;
-  const std::uint32_t key = state.range(1) ? 0x090009 : 0xFFFFFFFF;
-  for (auto _ : state) {
-    BlitBlend(p.Source(), kWidth, kHeight, p.Target(), brightness, static_cast<int>(state.range(0)),
-              key);
-    benchmark::ClobberMemory();
-  }
-  SetBytes(state);
+  const bool both = state.range(1);
+  MovePixels(state, BlitBlend, both ? 40 : 0, static_cast<int>(state.range(0)),
+             both ? 0x090009 : 0xFFFFFFFF);
 }
 BENCHMARK(Blended)->ArgsProduct({{0, 1, 2, 3}, {0, 1}});
 
@@ -78,10 +46,7 @@ BENCHMARK(Blended)->ArgsProduct({{0, 1, 2, 3}, {0, 1}});
 void Frame(benchmark::State& state) {
   headless::SetExecutablePath(KWO_SOURCE "/kwo");
   headless::UseRegistryFile("");
-  if (!StartUp()) {
-    state.SkipWithError("no skin");
-    return;
-  }
+  if (!StartUp()) return state.SkipWithError("no skin");
   TheSkinHost->StopRedraw();
   for (auto _ : state) TheSkinHost->RedrawFrame();
 }

@@ -154,6 +154,22 @@ class Pages : public Program {
   Picture frame{W, H, 0};
 };
 
+TEST_F(Pages, WindowHasShapeAndFrameOfItsBackground) {
+  Run([](const Hands&) {
+    Picture background = Load("background.bmp");
+    const std::vector<std::uint8_t> shown = headless::WindowPixels();
+    for (int y = 0; y < background.height; ++y) {
+      for (int x = 0; x < background.width; ++x) {
+        const std::uint32_t expected = background.At(x, y);
+        const std::uint8_t* p = shown.data() + 4 * (y * background.width + x);
+        ASSERT_EQ(expected == kKey ? 0 : 255, p[3]) << x << ',' << y;
+        if (expected == kKey || Group(GROUP_INTERFACE).Contains(x, y)) continue;
+        ASSERT_EQ(expected, static_cast<std::uint32_t>(p[0] | p[1] << 8 | p[2] << 16));
+      }
+    }
+  });
+}
+
 TEST_F(Pages, MainPageShowsTimeNameAndFacts) {
   Run([this](const Hands& hands) {
     hands.Drop(Songs(1));

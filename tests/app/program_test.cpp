@@ -10,55 +10,6 @@
 namespace kwo::test {
 namespace {
 
-TEST_F(Program, WindowHasShapeAndFrameOfItsBackground) {
-  Run([](const Hands&) {
-    SkinBitmap picture;
-    ASSERT_TRUE(
-        picture.LoadFromFile((std::string(KWO_SOURCE) + "/skin/default/background.bmp").c_str()));
-    const std::vector<std::uint8_t> pixels = headless::WindowPixels();
-    for (int y = 0; y < picture.height; ++y) {
-      for (int x = 0; x < picture.width; ++x) {
-        const std::uint8_t* p = picture.bits + (picture.height - 1 - y) * picture.stride + 3 * x;
-        const std::uint8_t* shown = pixels.data() + 4 * (y * picture.width + x);
-        const bool key = p[0] == 9 && p[1] == 0 && p[2] == 9;
-        ASSERT_EQ(key ? 0 : 255, shown[3]);
-        if (key || Group(GROUP_INTERFACE).Contains(x, y)) continue;
-        ASSERT_TRUE(shown[0] == p[2] && shown[1] == p[1] && shown[2] == p[0]) << x << ',' << y;
-      }
-    }
-  });
-}
-
-TEST_F(Program, TransportButtonsPlayPauseStepAndStop) {
-  Run([this](const Hands& hands) {
-    hands.Drop(Songs(3));
-    EXPECT_EQ(0, playing);
-    EXPECT_EQ("song2.mp3", headless::Window().caption) << "each song of a drop is stepped to";
-    Press(hands, WIDGET_PREVIOUS);
-    headless::ClearPlayedSound();
-    Press(hands, WIDGET_PLAY);
-    EXPECT_EQ(1, playing);
-    EXPECT_GT(Time(), 20);
-    EXPECT_GT(headless::PlayedSound().size(), 20000u);
-    Press(hands, WIDGET_PLAY);
-    EXPECT_EQ(1, paused);
-    hands.Wait(2000);
-    const int rested = Time();
-    hands.Wait(1000);
-    EXPECT_EQ(rested, Time());
-    Press(hands, WIDGET_PLAY, kRight);
-    EXPECT_EQ(0, paused);
-    Press(hands, WIDGET_NEXT);
-    EXPECT_EQ("song2.mp3", headless::Window().caption);
-    Press(hands, WIDGET_PREVIOUS);
-    EXPECT_EQ("song1.mp3", headless::Window().caption);
-    Press(hands, WIDGET_STOP);
-    EXPECT_EQ(0, playing);
-    hands.Wait(3000);
-    EXPECT_EQ(0, TheMixer->Slot(0)->active);
-  });
-}
-
 TEST_F(Program, PagesSlideInAndOutUnderTheirButtons) {
   // The page of a widget; -1 for the band's, and for what has no place of its own.
   const auto pageOf = [](int index) {

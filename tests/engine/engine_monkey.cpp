@@ -17,20 +17,6 @@ namespace {
 std::mt19937 chance;
 std::vector<std::string> songs;
 
-std::string Repeated(const std::string& bytes, int times) {
-  std::string result;
-  for (int i = 0; i < times; ++i) result += bytes;
-  return result;
-}
-
-// Every thousandth byte or so is another one, and the end is missing.
-std::string Damaged(std::string bytes) {
-  for (std::size_t i = 0; i < bytes.size(); i += 1 + static_cast<std::size_t>(Below(2000)))
-    bytes[i] = static_cast<char>(chance());
-  bytes.resize(bytes.size() - static_cast<std::size_t>(Below(400)));
-  return bytes;
-}
-
 // Some songs end every few blocks; others are long enough for the DJ's crossfades.
 void MakeSongs(const std::string& folder) {
   const auto add = [&](const std::string& name, const std::string& bytes) {
@@ -38,11 +24,18 @@ void MakeSongs(const std::string& folder) {
     WriteBytes(songs.back(), bytes);
   };
   for (const auto& file : std::filesystem::directory_iterator(KWO_TEST_DATA)) {
+    if (!file.is_regular_file()) continue;
     const std::string name = file.path().filename().string();
     const std::string bytes = ReadBytes(file.path().string());
+    std::string repeated;
+    while (repeated.size() < 30 * bytes.size()) repeated += bytes;
     add(name, bytes);
-    add("long-" + name, Repeated(bytes, 30));
-    add("damaged-" + name, Damaged(Repeated(bytes, 4)));
+    add("long-" + name, repeated);
+    // Every thousandth byte or so is another one, and the end is missing.
+    std::string damaged = repeated.substr(0, 4 * bytes.size() - chance() % 400);
+    for (std::size_t i = 0; i < damaged.size(); i += 1 + chance() % 2000)
+      damaged[i] = static_cast<char>(chance());
+    add("damaged-" + name, damaged);
   }
   add("loud.wav", WavBytes(2, 48000, 16, Raw16(Noise(400000))));
   add("small.wav", WavBytes(1, 8000, 8, std::string(20000, 'a')));
@@ -54,8 +47,7 @@ void MakeSongs(const std::string& folder) {
 }
 
 void AddSome() {
-  for (int i = 0; i < 1 + Below(30); ++i)
-    AddPath(songs[static_cast<std::size_t>(Below(static_cast<int>(songs.size())))].c_str());
+  for (int i = 0; i < 1 + Below(30); ++i) AddPath(songs[chance() % songs.size()].c_str());
 }
 
 void ClickSome() {
@@ -63,28 +55,28 @@ void ClickSome() {
     ClickSong(Below(playlist.count), Below(3) == 0, Below(2) == 0);
 }
 
-void ChangeOrder() {
+void ChangeModes() {
   playMode = Below(3);
   repeatOn = Below(4) > 0;
   shuffleOn = Below(2);
   if (shuffleOn) BuildShuffleTable();
+  DjSetMode(djMode = Below(2));
 }
 
 void TurnKnobs() {
-  TheMixer->volume = static_cast<float>(Below(201)) / 100;
-  TheMixer->pan = static_cast<float>(Below(201) - 100) / 100;
-  TheMixer->speed = 0.75f + static_cast<float>(Below(51)) / 100;
-}
-
-void TurnEffects() {
-  for (auto& value : TheMixer->eqValues) value = 0.5f + static_cast<float>(Below(101)) / 100;
-  TheMixer->eqSwitch = Below(2);
-  TheMixer->enhancer = Below(3);
-  TheMixer->crystalizer = Below(2);
-  TheMixer->wideStereo = Below(2);
-  TheMixer->vocalReducer = Below(2);
-  TheMixer->limiter = Below(2);
-  TheMixer->Slot(0)->ApplyMixerParameters();
+  Mixer& mixer = *TheMixer;
+  const auto near = [](float middle, int hundredths) {
+    return middle + static_cast<float>(Below(2 * hundredths + 1) - hundredths) / 100;
+  };
+  mixer.volume = near(1, 100);
+  mixer.pan = near(0, 100);
+  mixer.speed = near(1, 25);
+  for (auto& value : mixer.eqValues) value = near(1, 50);
+  for (auto* knob : {&mixer.eqSwitch, &mixer.crystalizer, &mixer.wideStereo, &mixer.vocalReducer,
+                     &mixer.limiter})
+    *knob = Below(2);
+  mixer.enhancer = Below(3);
+  mixer.Slot(0)->ApplyMixerParameters();
 }
 
 void SeekSome() {
@@ -93,18 +85,13 @@ void SeekSome() {
   TransportPlay();
 }
 
-void SwitchDj() {
-  djMode = Below(2);
-  DjSetMode(djMode);
-}
-
 constexpr void (*kActions[])() = {
-    AddSome,           AddSome,        ClickSome,        ClickSome,          ChangeOrder,
-    TurnKnobs,         TurnEffects,    SeekSome,         SortList,           RemoveSelected,
+    AddSome,           AddSome,        ClickSome,        ClickSome,          ChangeModes,
+    TurnKnobs,         TurnKnobs,      SeekSome,         SortList,           RemoveSelected,
     RemoveUnselected,  MoveSelectedUp, MoveSelectedDown, MoveSelectedPageUp, MoveSelectedPageDown,
     RemoveDeadLinks,   ClearList,      RemoveAll,        ReadAllTags,        SelectAll,
     DeselectAll,       TransportPlay,  TransportPlay,    TransportNext,      TransportNext,
-    TransportPrevious, TransportStop,  TogglePause,      SwitchDj,
+    TransportPrevious, TransportStop,  TogglePause,      ChangeModes,
 };
 
 }  // namespace
@@ -123,7 +110,7 @@ void BeginToPlay(unsigned seed, const std::string& folder) {
 }
 
 void ActAtRandom() {
-  kActions[Below(static_cast<int>(std::size(kActions)))]();
+  kActions[chance() % std::size(kActions)]();
   if (playlist.count == 0) AddSome();
   if (!playing) TransportPlay();
 }

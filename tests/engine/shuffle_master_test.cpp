@@ -95,26 +95,33 @@ TEST_F(Dj, CountsTheSecondsThatPlay) {
   EXPECT_EQ(1, paused);
 }
 
-TEST_F(Dj, FadesTheLastSongOfTheListUnlessItRepeats) {
-  for (const int repeat : {0, 1}) {
-    repeatOn = repeat;
+TEST_F(Dj, FadesTheLastSongUnlessTheListRepeats) {
+  // With no song in the play mode nothing more happens, and the old song plays on.
+  struct Case {
+    int repeat, mode, song, playing, fresh, before, refreshes, fade;
+  };
+  for (const Case& c :
+       {Case{0, 0, 0, 0, 0, 0, 1, 90}, {1, 0, 0, 1, 1, 1, 1, 0}, {1, 1, -1, 1, 0, 1, 0, 0}}) {
+    playMode = 0;
     playlist.currentSong = 2;
     TransportPlay();
     Voice &old = V(0), &before = V(1);
     before.Start();
+    repeatOn = c.repeat;
+    playMode = c.mode;
     DjSetMode(1);
     refreshes = 0;
     platform::Sleep(41100);
     DjSetMode(0);
     Expect(old, 1, "rotated in any case");
-    EXPECT_EQ(0, playlist.currentSong);
-    EXPECT_EQ(repeat, playing);
-    EXPECT_EQ(repeat, V(0).active);
-    EXPECT_EQ(repeat, before.active);
-    EXPECT_EQ(1, refreshes);
+    EXPECT_EQ(c.song, playlist.currentSong);
+    EXPECT_EQ(c.playing, playing);
+    EXPECT_EQ(c.fresh, V(0).active);
+    EXPECT_EQ(c.before, before.active);
+    EXPECT_EQ(c.refreshes, refreshes);
     EXPECT_EQ(1, old.active);
-    EXPECT_EQ(repeat ? 0 : 90, Blocks(old, 0));
-    EXPECT_EQ(repeat, old.active);
+    EXPECT_EQ(c.fade, Blocks(old, 0));
+    EXPECT_EQ(c.fade == 0, old.active != 0);
     TransportStop();
   }
 }

@@ -3,6 +3,7 @@
 // printed, and should stand still.
 // usage: engine_soak HOURS [SEED]
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -11,14 +12,11 @@
 
 #include "engine/transport.h"
 #include "platform/clock.h"
-#include "platform/headless/headless.h"
 #include "tests/engine/engine_monkey.h"
 #include "tests/support.h"
 #include "tools/tool_engine.h"
 
 namespace {
-
-using namespace kwo;
 
 constexpr int kBlockMilliseconds = 52;
 constexpr int kBlocksPerAction = 30;
@@ -31,15 +29,10 @@ int ResidentKiB() {
   return 0;
 }
 
-bool MixIsSound() {
-  for (int i = 0; i < TheMixer->blockSize; ++i)
-    if (!std::isfinite(TheMixer->MixBuffer()[i])) return false;
-  return true;
-}
-
 }  // namespace
 
 int main(int count, char** arguments) {
+  using namespace kwo;
   const double hours = count > 1 ? std::atof(arguments[1]) : 0.1;
   const unsigned seed = count > 2 ? static_cast<unsigned>(std::atoi(arguments[2])) : 1;
   const test::TempFolder folder;
@@ -51,7 +44,8 @@ int main(int count, char** arguments) {
     if (test::Below(kBlocksPerAction) == 0) test::ActAtRandom();
     if (TheMixer->RenderBlock()) {
       ++heard;
-      if (!MixIsSound()) {
+      const float* mix = TheMixer->MixBuffer();
+      if (!std::all_of(mix, mix + TheMixer->blockSize, [](float v) { return std::isfinite(v); })) {
         std::printf("engine_soak: block %ld has a value that is no sound\n", block);
         return 1;
       }

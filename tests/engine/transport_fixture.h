@@ -45,10 +45,6 @@ class Transport : public testing::Test {
   void AddSongs(int count) {
     for (int i = 0; i < count; ++i) AddSong(test::DataFile("joint128.mp3").c_str());
   }
-  void Select(std::initializer_list<int> songs) {
-    const PlaylistReader reader;
-    for (int song : songs) reader.Entry(song)->selected = 1;
-  }
   Voice& V(int slot = 0) { return *TheMixer->Slot(slot); }
   // Renders without the thread, so that the test sees every block.
   int RenderUntilSilent(int limit = 1000) {

@@ -18,59 +18,41 @@ class Presets : public testing::Test {
   void SetUp() override {
     std::snprintf(AppDir, sizeof AppDir, "%s\\",
                   platform::FromMachinePath(folder.Path().c_str()).c_str());
-    file = folder.File("EQ.SET");
   }
   test::TempFolder folder;
-  std::string file;
+  const std::string file = folder.File("EQ.SET");
 };
 
-TEST_F(Presets, WithoutAFileAllAreFlatUserPresets) {
+TEST_F(Presets, FileHoldsAllNamesThenAllValuesAndOutlivesAFailedSave) {
   LoadEqPresets();
-  for (int i = 0; i < kPresets; ++i) {
-    EXPECT_STREQ("User Preset", EqPresetNames[i]);
-    for (float value : EqPresetValues[i]) EXPECT_EQ(1.0f, value);
-  }
-}
-
-TEST_F(Presets, SavedFileReadsBackBitForBit) {
-  LoadEqPresets();
+  SaveEqPresets();
+  std::string flat;
+  for (int i = 0; i < 64; ++i) flat += "User Preset" + std::string(53, '\0');
+  for (int i = 0; i < 64 * 17; ++i) flat += test::LittleEndian(0x3F800000, 4);  // 1.0
+  EXPECT_EQ(flat, test::ReadBytes(file));
   std::strcpy(EqPresetNames[63], "\xed\x95\x9c");
   EqPresetValues[5][16] = 1.4499999f;
+  std::filesystem::create_directory(test::SavedBeside(file));
   SaveEqPresets();
-  const std::string saved = test::ReadBytes(file);
-  EXPECT_EQ(8448u, saved.size());
+  EXPECT_EQ(flat, test::ReadBytes(file));
+  std::filesystem::remove(test::SavedBeside(file));
+  SaveEqPresets();
   LoadEqPresets();
+  EXPECT_STREQ("\xed\x95\x9c", EqPresetNames[63]);
   EXPECT_EQ(1.4499999f, EqPresetValues[5][16]);
-  SaveEqPresets();
-  EXPECT_EQ(saved, test::ReadBytes(file));
 }
 
-TEST_F(Presets, ShortFileOverwritesAsMuchAsItHolds) {
-  test::WriteBytes(file, std::string(4096, 'n'));
-  LoadEqPresets();
-  EXPECT_EQ(std::string(63, 'n'), EqPresetNames[0]);
-  EXPECT_EQ(1.0f, EqPresetValues[63][16]);
+TEST_F(Presets, FileGivesAsMuchAsItHoldsAndWhatIsNoNameOrCurveIsMended) {
   test::WriteBytes(file, "mine");
   LoadEqPresets();
   EXPECT_STREQ("mine Preset", EqPresetNames[0]);
-}
-
-TEST_F(Presets, ValuesThatAreNoCurvesBecomeNeutral) {
-  std::string bytes(4096, '\0');
-  for (float value : {1.7f, -3.0f, NAN, INFINITY, 1e30f})
-    bytes += std::string(reinterpret_cast<const char*>(&value), sizeof value);
-  test::WriteBytes(file, bytes);
+  const float kWritten[] = {1.7f, -3.0f, 10.0f, 10.01f, -10.01f, NAN, -INFINITY};
+  const float kExpected[] = {1.7f, -3.0f, 10.0f, 1, 1, 1, 1, 1};  // one more than the file has
+  const std::string values(reinterpret_cast<const char*>(kWritten), sizeof kWritten);
+  test::WriteBytes(file, std::string(4096, 'n') + values);
   LoadEqPresets();
-  const float expected[] = {1.7f, -3.0f, 1, 1, 1};
-  for (int i = 0; i < 5; ++i) EXPECT_EQ(expected[i], EqPresetValues[0][i]);
-}
-
-TEST_F(Presets, FailedSaveLeavesTheOldFile) {
-  test::WriteBytes(file, "old");
-  std::filesystem::create_directory(test::SavedBeside(file));
-  LoadEqPresets();
-  SaveEqPresets();
-  EXPECT_EQ("old", test::ReadBytes(file));
+  for (int i : {0, 63}) EXPECT_EQ(std::string(63, 'n'), EqPresetNames[i]);
+  for (int i = 0; i < 8; ++i) EXPECT_EQ(kExpected[i], EqPresetValues[0][i]);
 }
 
 }  // namespace

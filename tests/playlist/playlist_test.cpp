@@ -230,62 +230,71 @@ TEST_F(List, ThousandsOfRandomOperationsGiveThePlainList) {
   }
   const std::string here = platform::FromMachinePath((folder.Path() + "/").c_str());
   std::mt19937 random(5);
-  const auto next = [&random](unsigned range) { return static_cast<int>(random() % range); };
+  const auto next = [&random](int range) {
+    return static_cast<int>(random() % static_cast<unsigned>(std::max(range, 1)));
+  };
   PlainList plain;
+  const auto add = [&] {
+    if (plain.Count() == 40) return;
+    const std::string& name = names[random() % 26];
+    EXPECT_EQ(1, AddSong((here + name).c_str()));
+    plain.songs.push_back({name, false});
+  };
+  const auto click = [&] {
+    if (plain.Count() == 0) return;
+    const int index = next(plain.Count());
+    const bool shift = next(3) == 0, control = next(2);
+    ClickSong(index, shift, control);
+    plain.Click(index, shift, control);
+  };
+  const auto clear = [&] {
+    const bool all = next(2);
+    (all ? RemoveAll : ClearList)();
+    plain.songs.clear();
+    plain.current = -1;
+    if (all) plain.anchor = -1;
+    ++plain.stops;
+    plain.songLines += all, plain.pages += all;
+  };
+  const auto mark = [&] {
+    const bool all = next(2);
+    (all ? SelectAll : DeselectAll)();
+    for (auto& song : plain.songs) song.selected = all;
+  };
+  const auto look = [&] {
+    playlist.currentSong = plain.current = next(plain.Count() + 1) - 1;
+    playlist.visibleRows = plain.rows = 1 + next(10);
+    playlist.topIndex = plain.top = next(plain.Count());
+  };
+  using Chosen = bool (*)(const PlainList::Song&);
+  const auto remove = [&](void (*operation)(), Chosen chosen) {
+    if (next(4) != 0) return;  // or the list would never be long
+    operation();
+    plain.Remove(chosen);
+  };
+  const std::pair<const char*, std::function<void()>> kOperations[] = {
+      {"add", add},
+      {"add", add},
+      {"add", add},
+      {"add", add},
+      {"click", click},
+      {"click", click},
+      {"click", click},
+      {"look", look},
+      {"mark", mark},
+      {"up", [&] { MoveSelectedUp(), plain.MoveOne(-1); }},
+      {"down", [&] { MoveSelectedDown(), plain.MoveOne(1); }},
+      {"page up", [&] { MoveSelectedPageUp(), plain.MovePage(-1); }},
+      {"page down", [&] { MoveSelectedPageDown(), plain.MovePage(1); }},
+      {"sort", [&] { BuildDisplayNames(), SortList(), plain.Sort(); }},
+      {"selected", [&] { remove(RemoveSelected, [](const auto& song) { return song.selected; }); }},
+      {"others", [&] { remove(RemoveUnselected, [](const auto& s) { return !s.selected; }); }},
+      {"dead", [&] { remove(RemoveDeadLinks, [](const auto& s) { return s.name[0] % 2 == 0; }); }},
+      {"clear", [&] { next(20) == 0 ? clear() : add(); }},
+  };
   for (int round = 0; round < 20000; ++round) {
-    const int operation = next(20);
-    const bool sound = plain.Count() > 0;
-    if (operation < 5 && plain.Count() < 40) {
-      const std::string& name = names[static_cast<std::size_t>(next(26))];
-      EXPECT_EQ(1, AddSong((here + name).c_str()));
-      plain.songs.push_back({name, false});
-    } else if (operation < 10 && sound) {
-      const int index = next(static_cast<unsigned>(plain.Count()));
-      const bool shift = next(3) == 0, control = next(2);
-      ClickSong(index, shift, control);
-      plain.Click(index, shift, control);
-    } else if (operation == 10 && sound) {
-      playlist.currentSong = plain.current = next(static_cast<unsigned>(plain.Count()));
-      playlist.visibleRows = plain.rows = 1 + next(10);
-      playlist.topIndex = plain.top = next(static_cast<unsigned>(plain.Count()));
-    } else if (operation == 11) {
-      MoveSelectedUp();
-      plain.MoveOne(-1);
-    } else if (operation == 12) {
-      MoveSelectedDown();
-      plain.MoveOne(1);
-    } else if (operation == 13) {
-      MoveSelectedPageUp();
-      plain.MovePage(-1);
-    } else if (operation == 14) {
-      MoveSelectedPageDown();
-      plain.MovePage(1);
-    } else if (operation == 15) {
-      BuildDisplayNames();
-      SortList();
-      plain.Sort();
-    } else if (operation == 16) {
-      const bool all = next(2);
-      (all ? SelectAll : DeselectAll)();
-      for (auto& song : plain.songs) song.selected = all;
-    } else if (operation == 17 && next(4) == 0) {
-      RemoveSelected();
-      plain.Remove([](const auto& song) { return song.selected; });
-    } else if (operation == 18 && next(4) == 0) {
-      RemoveUnselected();
-      plain.Remove([](const auto& song) { return !song.selected; });
-    } else if (operation == 19 && next(4) == 0) {
-      RemoveDeadLinks();
-      plain.Remove([](const auto& song) { return song.name[0] % 2 == 0; });
-    } else if (operation == 19 && next(20) == 0) {
-      const bool all = next(2);
-      (all ? RemoveAll : ClearList)();
-      plain.songs.clear();
-      plain.current = -1;
-      if (all) plain.anchor = -1;
-      ++plain.stops;
-      plain.songLines += all, plain.pages += all;
-    }
+    const auto& [operation, act] = kOperations[random() % std::size(kOperations)];
+    act();
     const PlaylistReader reader;
     ASSERT_EQ(plain.Count(), playlist.count) << round << ' ' << operation;
     for (int i = 0; i < plain.Count(); ++i) {

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstring>
-#include <random>
+#include <tuple>
 
 #include "tests/support.h"
 #include "toolkit/bmp_reader.h"
@@ -13,190 +11,86 @@
 namespace kwo {
 namespace {
 
-// One pixel through the blit's steps, as a loop that knows nothing of rows or vectors would take
-// it.
-void BlendPixel(const std::uint8_t* source, std::uint8_t* target, int brightness, int mode,
-                std::uint32_t key) {
-  const auto joined = static_cast<std::uint32_t>(source[2] | source[1] << 8 | source[0] << 16);
-  if (joined == key) return;
-  for (int i = 0; i < 3; ++i) {
-    const int s = std::clamp(source[i] + brightness, 0, 255), d = target[i];
-    const int blended = mode == 1   ? std::min(d + s, 255)
-                        : mode == 2 ? std::max(d - s, 0)
-                        : mode == 3 ? (d + s) / 2
-                                    : s;
-    target[i] = static_cast<std::uint8_t>(blended);
-  }
+// The pixel at a place counted from the top, 0x00BBGGRR.
+std::uint32_t PixelAt(const SkinBitmap& bitmap, int x, int y) {
+  const std::uint8_t* p = bitmap.bits + (bitmap.height - 1 - y) * bitmap.stride + 3 * x;
+  return static_cast<std::uint32_t>(p[2] | p[1] << 8 | p[0] << 16);
 }
 
-void FillWithNoise(SkinBitmap& bitmap, unsigned seed, std::uint32_t key) {
-  std::mt19937 random(seed);
-  for (int row = 0; row < bitmap.height; ++row) {
-    for (int x = 0; x < bitmap.width; ++x) {
-      std::uint8_t* pixel = bitmap.bits + row * bitmap.stride + 3 * x;
-      for (int i = 0; i < 3; ++i) pixel[i] = static_cast<std::uint8_t>(random());
-      // Whole keys, and colours that share one or two of the key's bytes.
-      const unsigned shared = random() % 8;
-      for (unsigned i = 0; i < 3; ++i)
-        if (shared == 7 || shared == i) pixel[i] = static_cast<std::uint8_t>(key >> (16 - 8 * i));
-    }
-  }
-}
-
-std::vector<std::uint8_t> Bytes(const SkinBitmap& bitmap) {
-  return {bitmap.bits, bitmap.bits + bitmap.stride * bitmap.height};
-}
-
-TEST(Blits, EveryKindMatchesThePixelByPixelReckoning) {
-  constexpr std::uint32_t kKey = 0x123456;
-  const int brightnesses[] = {0, 1, -20, 100, -255, -260, 300, 255};
-  SkinBitmap source, target;
-  ASSERT_TRUE(source.CreateBlank(71, 9, 0));
-  FillWithNoise(source, 1, kKey);
-  for (std::uint32_t key : {kKey, kNoKey}) {
-    for (int mode = 0; mode < 5; ++mode) {
-      for (int brightness : brightnesses) {
-        for (int width : {0, 1, 15, 16, 17, 50, 64}) {
-          ASSERT_TRUE(target.CreateBlank(90, 12, 0));
-          FillWithNoise(target, 2, kKey);
-          std::vector<std::uint8_t> expected = Bytes(target);
-          for (int row = 0; row < 7; ++row)
-            for (int x = 0; x < width; ++x)
-              BlendPixel(source.bits + (1 + row) * source.stride + 3 * (5 + x),
-                         expected.data() + (2 + row) * target.stride + 3 * (9 + x), brightness,
-                         mode, key);
-          if (mode != 0 || (brightness && key <= 0xFFFFFF)) {
-            BlitBlend(source.Source(5, 1), width, 7, target.Target(9, 2), brightness, mode, key);
-          } else if (brightness) {
-            BlitBright(source.Source(5, 1), width, 7, target.Target(9, 2), brightness);
-          } else if (key <= 0xFFFFFF) {
-            BlitKeyed(source.Source(5, 1), width, 7, target.Target(9, 2), key);
-          } else {
-            BlitCopy(source.Source(5, 1), width, 7, target.Target(9, 2));
-          }
-          ASSERT_EQ(expected, Bytes(target)) << mode << " " << brightness << " " << width;
-        }
-      }
-    }
-  }
-}
-
-TEST(SkinBitmap, RowsBeginAtMultiplesOfFourBytes) {
-  const std::pair<int, int> kWidthsAndStrides[] = {{1, 4}, {4, 12}, {5, 16}};
-  for (auto [width, stride] : kWidthsAndStrides) {
+TEST(SkinBitmap, RowsBeginAtMultiplesOfFourBytesAndWithoutASizeThereAreNone) {
+  for (auto [width, height, stride] :
+       {std::tuple{1, 2, 4}, {4, 1, 12}, {5, 2, 16}, {8192, 1, 24576}, {8193, 1, 0}, {0, 0, 0}}) {
     SkinBitmap bitmap;
-    ASSERT_EQ(1, bitmap.CreateBlank(width, 2, 0));
+    EXPECT_EQ(stride ? 1 : 0, bitmap.CreateBlank(width, height, 0));
     EXPECT_EQ(stride, bitmap.stride);
+    EXPECT_EQ(stride ? width : 0, bitmap.width);
+    bitmap.FillSolid(0xFF);
+    bitmap.FillAndText("text", nullptr, 0, 0, 0, 0);
+    bitmap.PresentToWindow(0, 0, 10, 10);
   }
-}
-
-TEST(SkinBitmap, BitmapWithoutSizeStaysEmptyAndUsable) {
-  SkinBitmap bitmap;
-  EXPECT_EQ(0, bitmap.CreateBlank(0, 0, 0));
-  EXPECT_EQ(0, bitmap.CreateBlank(kMaxBmpSide + 1, 1, 0));
-  bitmap.FillSolid(0xFF);
-  bitmap.FillAndText("text", nullptr, 0, 0, 0, 0);
-  bitmap.PresentToWindow(0, 0, 10, 10);
-  EXPECT_EQ(0, bitmap.width);
-}
-
-TEST(SkinBitmap, ColourIsStoredBlueFirstAndMatchesItsOwnKey) {
-  SkinBitmap source, target;
-  source.CreateBlank(1, 1, 0x0000FF);
-  target.CreateBlank(1, 1, 0x112233);
-  EXPECT_EQ(255, source.bits[2]);
-  EXPECT_EQ(0, source.bits[0]);
-  BlitKeyed(source.Source(0, 0), 1, 1, target.Target(0, 0), 0x0000FF);
-  EXPECT_EQ(0x33, target.bits[2]);
 }
 
 TEST(SkinBitmap, RectanglesAreCountedFromTheTopAndCut) {
   SkinBitmap source, target;
-  source.CreateBlank(4, 4, 0);
+  source.CreateBlank(4, 4, 0x445566);
   target.CreateBlank(4, 4, 0);
-  source.FillRectangle(-1, 0, 3, 1, 0xFFFFFF);
-  EXPECT_EQ(255, source.bits[3 * source.stride]) << "the top line is the last row";
-  target.CopyFrom(&source, 1, -5, 100, 100);
-  EXPECT_EQ(255, target.bits[3 * target.stride + 3]);
-  EXPECT_EQ(0, target.bits[3 * target.stride]);
+  source.FillRectangle(-1, 0, 3, 1, 0x112233);
+  target.CopyFrom(&source, 1, -5, 100, 6);
   target.CopyFrom(nullptr, 0, 0, 4, 4);
-}
-
-TEST(SkinBitmap, TextFillsTheLineUnlessTheFillIsNone) {
-  platform::Font* font = platform::CreateFont("any", 12);
-  SkinBitmap bitmap;
-  bitmap.CreateBlank(60, 12, 0x010203);
-  bitmap.FillAndText("", font, 0xFFFFFF, 0x000000, 0, 0);
-  EXPECT_EQ(0, *std::max_element(bitmap.bits, bitmap.bits + bitmap.stride * 12));
-  bitmap.FillAndText("KWO \xed\x95\x9c long text beyond the edge", font, 0xFFFFFF, kNoKey, 0, 0);
-  EXPECT_EQ(255, *std::max_element(bitmap.bits, bitmap.bits + bitmap.stride * 12));
-  platform::DeleteFont(font);
-}
-
-// A BMP file of the given kind whose pixel (x, y) from the top has blue x, green y, red 7.
-std::string BmpFile(int width, int height, int bits, bool topDown, std::uint32_t compression = 0) {
-  const int stride = (width * bits / 8 + 3) / 4 * 4;
-  const std::string palette = bits == 8 ? std::string(1024, '\0') : "";
-  const std::string masks = compression == 3
-                                ? test::LittleEndian(0xFF0000, 4) + test::LittleEndian(0xFF00, 4) +
-                                      test::LittleEndian(0xFF, 4)
-                                : "";
-  const auto start = static_cast<std::uint32_t>(54 + palette.size() + masks.size());
-  std::string file =
-      "BM" + std::string(8, '\0') + test::LittleEndian(start, 4) + test::LittleEndian(40, 4) +
-      test::LittleEndian(static_cast<std::uint32_t>(width), 4) +
-      test::LittleEndian(static_cast<std::uint32_t>(topDown ? -height : height), 4) +
-      test::LittleEndian(1, 2) + test::LittleEndian(static_cast<std::uint32_t>(bits), 2) +
-      test::LittleEndian(compression, 4) + std::string(20, '\0');
-  std::string colors = palette;
-  for (std::size_t i = 0; i < colors.size() / 4; ++i) {
-    colors[4 * i] = static_cast<char>(i % 16);
-    colors[4 * i + 1] = static_cast<char>(i / 16);
-    colors[4 * i + 2] = 7;
-  }
-  file += masks + colors;
-  for (int line = 0; line < height; ++line) {
-    const int y = topDown ? line : height - 1 - line;
-    std::string row;
-    for (int x = 0; x < width; ++x) {
-      if (bits == 8) {
-        row += static_cast<char>(16 * y + x);
-      } else {
-        row += {static_cast<char>(x), static_cast<char>(y), 7};
-        if (bits == 32) row += '\x55';
-      }
+  for (int y = 0; y < 4; ++y)
+    for (int x = 0; x < 4; ++x) {
+      EXPECT_EQ(y == 0 && x < 2 ? 0x112233u : 0x445566u, PixelAt(source, x, y));
+      EXPECT_EQ(y == 0 && x > 0 ? PixelAt(source, x, y) : 0, PixelAt(target, x, y));
     }
-    row.resize(static_cast<std::size_t>(stride));
-    file += row;
-  }
-  return file;
 }
 
-TEST(BmpReader, ReadsEveryKindFromEitherEnd) {
-  test::TempFolder folder;
+// A BMP file of 5 by 3 whose pixel (x, y) from the top has blue x, green y, red 7.
+std::string BmpFile(int bits, bool topDown, int compression = 0) {
+  const auto number = [](std::size_t value, int size = 4) {
+    return test::LittleEndian(static_cast<std::uint32_t>(value), size);
+  };
+  const auto pixel = [](int x, int y) {
+    return std::string{static_cast<char>(x), static_cast<char>(y), 7, '\x55'};
+  };
+  std::string colors, rows;
+  if (compression == 3) colors = number(0xFF0000) + number(0xFF00) + number(0xFF);
+  for (int i = 0; bits == 8 && i < 256; ++i) colors += pixel(i % 16, i / 16);
+  for (int line = 0; line < 3; ++line) {
+    const int y = topDown ? line : 2 - line;
+    for (int x = 0; x < 5; ++x)
+      rows += bits == 8 ? number(16 * y + x, 1) : pixel(x, y).substr(0, bits / 8);
+    while (rows.size() % 4) rows += '\0';
+  }
+  return "BM" + std::string(8, '\0') + number(54 + colors.size()) + number(40) + number(5) +
+         number(topDown ? -3 : 3) + number(1, 2) + number(bits, 2) + number(compression) +
+         std::string(20, '\0') + colors + rows;
+}
+
+// The picture of such a file.
+struct LoadedBmp : SkinBitmap {
+  LoadedBmp(const std::string& bytes) {
+    test::TempFolder folder;
+    test::WriteBytes(folder.File("a.bmp"), bytes);
+    EXPECT_EQ(1, LoadFromFile(folder.File("a.bmp").c_str()));
+  }
+};
+
+TEST(BmpReader, EveryKindIsReadFromEitherEndAndKept) {
   for (int bits : {8, 24, 32}) {
     for (bool topDown : {false, true}) {
-      const std::string path = folder.File(std::to_string(bits) + (topDown ? "t" : "b"));
-      test::WriteBytes(path, BmpFile(5, 3, bits, topDown, bits == 32 && topDown ? 3 : 0));
-      SkinBitmap bitmap;
-      ASSERT_EQ(1, bitmap.LoadFromFile(path.c_str())) << bits;
-      EXPECT_EQ(5, bitmap.width);
-      EXPECT_EQ(3, bitmap.height);
+      LoadedBmp bitmap(BmpFile(bits, topDown, bits == 32 && topDown ? 3 : 0));
+      EXPECT_EQ(1, bitmap.LoadFromFile("none")) << "a bitmap that holds a picture keeps it";
+      EXPECT_STREQ("none", bitmap.fileName);
       EXPECT_EQ(bits == 8 ? 15u : 0u, bitmap.indices.size());
-      for (int y = 0; y < 3; ++y) {
-        for (int x = 0; x < 5; ++x) {
-          const std::uint8_t* pixel = bitmap.bits + (2 - y) * bitmap.stride + 3 * x;
-          EXPECT_EQ(x, pixel[0]);
-          EXPECT_EQ(y, pixel[1]);
-          EXPECT_EQ(7, pixel[2]);
-        }
-      }
+      ASSERT_TRUE(bitmap.width == 5 && bitmap.height == 3);
+      for (int y = 0; y < 3; ++y)
+        for (int x = 0; x < 5; ++x) EXPECT_EQ(x << 16 | y << 8 | 7u, PixelAt(bitmap, x, y));
     }
   }
 }
 
 TEST(BmpReader, LyingHeadersAndShortFilesAreRefused) {
-  const std::string sound = BmpFile(5, 3, 24, false);
+  const std::string sound = BmpFile(24, false);
   BmpPicture picture;
   ASSERT_TRUE(ReadBmpHeaders(sound, picture));
   for (std::size_t length = 0; length < sound.size(); ++length)
@@ -212,72 +106,46 @@ TEST(BmpReader, LyingHeadersAndShortFilesAreRefused) {
   }
 }
 
-TEST(SkinBitmap, BitmapThatHoldsAPictureKeepsIt) {
-  test::TempFolder folder;
-  test::WriteBytes(folder.File("a.bmp"), BmpFile(5, 3, 24, false));
-  SkinBitmap bitmap;
-  bitmap.CreateBlank(2, 2, 0);
-  EXPECT_EQ(1, bitmap.LoadFromFile(folder.File("a.bmp").c_str()));
-  EXPECT_EQ(2, bitmap.width);
-  EXPECT_NE(nullptr, std::strstr(bitmap.fileName, "a.bmp"));
-  SkinBitmap absent;
-  EXPECT_EQ(0, absent.LoadFromFile(folder.File("none.bmp").c_str()));
+TEST(SkinDescription, StatementsAmongFreeTextReplaceTheDefaults) {
+  const std::pair<const char*, std::vector<long>> kTextsAndResults[] = {
+      {"a skin for\tevenings COLOR FONT 1 2 3 COLOR TRANSPARENT 255 256 511\n"
+       "color FONT 9 9 9 COLOR NOTHING 5 6 7 EFFECT TOGB SUB\nEFFECT MAGB AVE EFFECT BK 1 "
+       "EFFECT PLGB ODD EFFECT ELSE ADD WINDOW 34\n30 420 -260 COLOR SELECTEDSONG 4 5 6 trailing",
+       {0x030201, 0xFF00FF, 0x060504, 0xFF0000, 2, 3, 0, 0, 1, 34, 30, 420, -260}},
+      // The token that stopped the numbers is read as any other.
+      {"COLOR FONT 1 2 EFFECT TOGB ADD EFFECT MIGB AVE WINDOW 1 2 3 x WINDOW",
+       {0x00FF00, 0xFFFF00, 0x64FF64, 0xFF0000, 1, 0, 0, 3, 0, 5, 6, 7, 8}},
+      {"", {0x00FF00, 0xFFFF00, 0x64FF64, 0xFF0000, 0, 0, 0, 0, 0, 5, 6, 7, 8}},
+  };
+  for (const auto& [text, expected] : kTextsAndResults) {
+    platform::Rectangle window{5, 6, 7, 8};
+    ParseSkinDescription(text, window);
+    EXPECT_EQ(expected, (std::vector<long>{FontColor, TransparentColor, SelectedSongColor,
+                                           CurrentSongColor, TopEffect, MainEffect, PlaylistEffect,
+                                           MixerEffect, BackgroundEffect, window.x, window.y,
+                                           window.width, window.height}));
+  }
 }
 
-TEST(SkinDescription, ReadsStatementsAmongFreeText) {
-  platform::Rectangle window{1, 2, 3, 4};
-  ParseSkinDescription(
-      "a skin for\tevenings COLOR FONT 1 2 3 COLOR TRANSPARENT 255 256 511\n"
-      "color FONT 9 9 9 COLOR NOTHING 5 6 7 EFFECT TOGB SUB\nEFFECT MAGB AVE EFFECT BK 1 "
-      "EFFECT PLGB ODD EFFECT ELSE ADD WINDOW 34\n30 420 -260 COLOR SELECTEDSONG 4 5 6 trailing",
-      window);
-  EXPECT_EQ(0x030201u, FontColor);
-  EXPECT_EQ(0xFF00FFu, TransparentColor);
-  EXPECT_EQ(0x060504u, SelectedSongColor);
-  EXPECT_EQ(0xFF0000u, CurrentSongColor);
-  EXPECT_EQ(2, TopEffect);
-  EXPECT_EQ(3, MainEffect);
-  EXPECT_EQ(0, PlaylistEffect);
-  EXPECT_EQ(1, BackgroundEffect);
-  EXPECT_EQ(34, window.x);
-  EXPECT_EQ(-260, window.height);
-}
-
-TEST(SkinDescription, WhatIsMissingOrBrokenKeepsItsDefault) {
-  platform::Rectangle window{1, 2, 3, 4};
-  ParseSkinDescription("COLOR FONT 1 2 EFFECT TOGB ADD WINDOW 1 2 3 x WINDOW", window);
-  EXPECT_EQ(0x00FF00u, FontColor);
-  EXPECT_EQ(1, TopEffect) << "the token that stopped the numbers is read as any other";
-  EXPECT_EQ(4, window.height);
-  ParseSkinDescription("", window);
-  EXPECT_EQ(0xFFFF00u, TransparentColor);
-  EXPECT_EQ(0, TopEffect);
+// The shape's runs, each as x,y+width.
+std::string Shape(const SkinBitmap& bitmap, std::uint32_t transparent) {
+  std::string runs;
+  for (const platform::Rectangle& run : FindShape(bitmap, transparent))
+    runs += std::to_string(run.x) + ',' + std::to_string(run.y) + '+' + std::to_string(run.width) +
+            (run.height == 1 ? " " : "? ");
+  return runs;
 }
 
 TEST(WindowShape, IsTheUnionOfTheRunsThatAreNotKey) {
   SkinBitmap bitmap;
   bitmap.CreateBlank(6, 3, 0x00FFFF);  // 0x00RRGGBB: FFFF00
+  EXPECT_EQ("", Shape(bitmap, 0xFFFF00));
   bitmap.FillRectangle(1, 0, 2, 1, 0);
   bitmap.FillRectangle(5, 0, 1, 1, 0);
   bitmap.FillRectangle(0, 2, 6, 1, 0);
-  const std::vector<platform::Rectangle> runs = FindShape(bitmap, 0xFFFF00);
-  ASSERT_EQ(3u, runs.size());
-  EXPECT_TRUE(runs[0].x == 1 && runs[0].y == 0 && runs[0].width == 2);
-  EXPECT_TRUE(runs[1].x == 5 && runs[1].y == 0 && runs[1].width == 1);
-  EXPECT_TRUE(runs[2].x == 0 && runs[2].y == 2 && runs[2].width == 6);
-  bitmap.FillSolid(0x00FFFF);
-  EXPECT_TRUE(FindShape(bitmap, 0xFFFF00).empty());
-}
-
-TEST(WindowShape, EightBitBackgroundComparesItsIndices) {
-  test::TempFolder folder;
-  test::WriteBytes(folder.File("b.bmp"), BmpFile(5, 3, 8, false));
-  SkinBitmap bitmap;
-  bitmap.LoadFromFile(folder.File("b.bmp").c_str());
-  const std::vector<platform::Rectangle> runs = FindShape(bitmap, 0x12);
-  ASSERT_EQ(4u, runs.size()) << "index 18 stands at (2, 1) alone";
-  EXPECT_EQ(2, runs[1].width);
-  EXPECT_EQ(3, runs[2].x);
+  EXPECT_EQ("1,0+2 5,0+1 0,2+6 ", Shape(bitmap, 0xFFFF00));
+  // Of an 8-bit picture the indices count; 0x12 stands at (2, 1) alone.
+  EXPECT_EQ("0,0+5 0,1+2 3,1+2 0,2+5 ", Shape(LoadedBmp(BmpFile(8, false)), 0x12));
 }
 
 }  // namespace
