@@ -2,197 +2,120 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstring>
+#include <random>
 
 #include "decoder/file_input_stream.h"
+#include "tests/decoder/bytes_stream.h"
 #include "tests/support.h"
 
 namespace kwo {
 namespace {
 
-// A stream over a string, which counts what reaches the raw operations.
-class MemoryStream : public InputStream {
- public:
-  MemoryStream(std::string bytes, int streamFlags) : bytes_(std::move(bytes)) {
-    BeginStream(streamFlags, 0, static_cast<std::int64_t>(bytes_.size()));
-  }
-  ~MemoryStream() override { Shutdown(); }
-
-  int RawRead(void* buffer, int count) override {
-    ++rawReads;
-    const int got = std::clamp(static_cast<int>(bytes_.size()) - at_, 0, count);
-    std::memcpy(buffer, bytes_.data() + at_, static_cast<std::size_t>(got));
-    at_ += got;
-    return got;
-  }
-  int RawPeek(void* buffer, int count) override {
-    const int got = RawRead(buffer, count);
-    at_ -= got;
-    return got;
-  }
-  int RawWrite(const void* buffer, int count) override {
-    const int taken = std::min(count, writeLimit);
-    if (at_ + taken > static_cast<int>(bytes_.size()))
-      bytes_.resize(static_cast<std::size_t>(at_ + taken));
-    bytes_.replace(static_cast<std::size_t>(at_), static_cast<std::size_t>(taken),
-                   static_cast<const char*>(buffer), static_cast<std::size_t>(taken));
-    at_ += taken;
-    return taken;
-  }
-  std::int64_t RawSeek(std::int64_t target) override {
-    ++rawSeeks;
-    at_ = static_cast<int>(target);
-    return target;
-  }
-  const std::string& Bytes() const { return bytes_; }
-
-  int rawReads = 0;
-  int rawSeeks = 0;
-  int writeLimit = 1 << 20;
-
- private:
-  std::string bytes_;
-  int at_ = 0;
-};
-
-constexpr int kReader = STREAM_READABLE | STREAM_SEEKABLE;
-constexpr int kEditor = kReader | STREAM_WRITABLE | STREAM_RESIZABLE;
-
-std::string ReadAll(InputStream& stream, int piece) {
-  std::string all(1000, 0);
-  int got, total = 0;
-  while ((got = stream.Read(all.data() + total, piece)) > 0) total += got;
-  return all.substr(0, static_cast<std::size_t>(total));
-}
+using test::BytesStream;
+using test::kEditor;
 
 TEST(InputStream, ClosedOrUnfitOperationsGiveZeroAndChangeNothing) {
-  MemoryStream reader("abc", STREAM_READABLE);
+  BytesStream reader("abc", STREAM_READABLE);
   char byte;
   EXPECT_EQ(0, reader.Write("x", 1));
   EXPECT_EQ(0, reader.Seek(2));
   EXPECT_EQ(1, reader.Control(CTL_WRITE_AT_END));
-  EXPECT_EQ(0, reader.Read(&byte, 0));
-  EXPECT_EQ(0, reader.Read(&byte, -5));
+  for (int count : {0, -5}) EXPECT_EQ(0, reader.Read(&byte, count));
   EXPECT_EQ(0, reader.Control(CTL_READ_SHORT));
-  EXPECT_EQ(0, reader.Control(52));
-  EXPECT_EQ(0, reader.Control(-1));
-  EXPECT_EQ(0, reader.Shutdown());
-  EXPECT_EQ(0, reader.Shutdown());
+  for (int unknown : {-1, 52}) EXPECT_EQ(0, reader.Control(unknown));
+  for (int times : {1, 2}) EXPECT_EQ(0, reader.Shutdown()) << times;
   EXPECT_EQ(0, reader.Read(&byte, 1));
   EXPECT_EQ(1, reader.Control(CTL_READ_AT_END));
 }
 
-TEST(InputStream, ShortReadIsNotedAndFilled) {
-  MemoryStream stream("abc", kReader);
-  EXPECT_EQ(-1, stream.Control(CTL_SET_FILL, nullptr, 0x141));
-  char bytes[6] = {};
-  EXPECT_EQ(3, stream.Read(bytes, 5));
-  EXPECT_STREQ("abcAA", bytes);
-  EXPECT_EQ(1, stream.Control(CTL_TAKE_READ_SHORT));
-  EXPECT_EQ(0, stream.Control(CTL_READ_SHORT));
-  EXPECT_EQ(1, stream.Control(CTL_READ_AT_END));
-  EXPECT_EQ(0, stream.Control(CTL_REMAINING));
-}
-
-TEST(InputStream, BufferedReadsGiveTheSameBytesAsPlainOnes) {
-  std::string text;
-  for (int i = 0; i < 700; ++i) text += static_cast<char>(i * 7);
-  for (int size : {0, 1, 8, 9, 64, 1000}) {
-    for (int piece : {1, 3, 64, 100, 900}) {
-      MemoryStream stream(text, kReader);
-      ASSERT_EQ(1, stream.Control(CTL_SET_READ_BUFFER, nullptr, size));
-      EXPECT_EQ(size, stream.Control(CTL_READ_BUFFER_SIZE));
-      EXPECT_EQ(text, ReadAll(stream, piece)) << size << ' ' << piece;
-      EXPECT_EQ(700, stream.Control(CTL_READ_POSITION));
+// A plain string and a place in it are what a stream shall be, whatever its buffer.
+TEST(InputStream, AnyRowOfOperationsDoesTheSameWithAnyBuffer) {
+  for (int size : {0, 1, 8, 9, 64}) {
+    std::mt19937 random(5);
+    std::string whole = "0123456789abcdefghij";
+    std::size_t at = 0;
+    BytesStream stream(whole, kEditor);
+    ASSERT_EQ(1, stream.Control(CTL_SET_READ_BUFFER, nullptr, size));
+    ASSERT_EQ(size, stream.Control(CTL_READ_BUFFER_SIZE));
+    ASSERT_EQ(-1, stream.Control(CTL_SET_FILL, nullptr, 0x141));
+    for (int i = 0; i < 3000; ++i) {
+      const int count = static_cast<int>(1 + random() % 24);
+      const std::string there = whole.substr(at, count);
+      const auto operation = random() % 5;
+      if (operation < 2) {
+        char bytes[24];
+        const int got = operation ? stream.Read(bytes, count) : stream.Peek(bytes, count);
+        ASSERT_EQ(there + std::string(count - got, 'A'), std::string(bytes, count));
+        ASSERT_EQ(got < count, stream.Control(CTL_TAKE_READ_SHORT));
+        at += operation ? got : 0;
+      } else if (operation == 2) {
+        const std::string bytes(count, static_cast<char>(random()));
+        ASSERT_EQ(count, stream.Write(bytes.data(), count));
+        whole.replace(at, count, bytes);
+        at += count;
+      } else if (operation == 3) {
+        at = random() % (whole.size() + 1);
+        ASSERT_EQ(at, stream.Seek(at));
+      } else {
+        ASSERT_EQ(1, stream.Control(CTL_SYNC));
+        ASSERT_EQ(whole, stream.bytes);
+      }
+      ASSERT_EQ(at, stream.Control(CTL_READ_POSITION));
+      ASSERT_EQ(whole.size() - at, stream.Control(CTL_REMAINING));
+      ASSERT_EQ(whole.size() == at, stream.Control(CTL_READ_AT_END));
     }
+    stream.Shutdown();
+    EXPECT_EQ(whole, stream.bytes) << size;
   }
 }
 
-TEST(InputStream, SeekInsideTheBufferTouchesNoFile) {
-  MemoryStream stream("0123456789abcdef", kReader);
+TEST(InputStream, SeekInsideTheBufferReadsNothingAnew) {
+  BytesStream stream("0123456789abcdef");
   stream.Control(CTL_SET_READ_BUFFER, nullptr, 12);
   EXPECT_EQ('0', stream.ReadByte());
-  stream.rawSeeks = 0;
-  EXPECT_EQ(1, stream.Seek(1));
-  EXPECT_EQ(9, stream.Seek(9));
-  EXPECT_EQ('9', stream.ReadByte());
-  EXPECT_EQ(0, stream.rawSeeks);
+  for (int place : {1, 11}) EXPECT_EQ(place, stream.Seek(place));
+  EXPECT_EQ('b', stream.ReadByte());
+  EXPECT_EQ(12, stream.bytesRead);
   EXPECT_EQ(16, stream.Seek(99));
   EXPECT_EQ(0, stream.Seek(-4));
-  EXPECT_EQ('0', stream.ReadByte());
-}
-
-TEST(InputStream, PeekLeavesThePosition) {
-  for (int flags : {kReader, int{STREAM_READABLE}}) {
-    for (int size : {0, 6}) {
-      MemoryStream stream("abcdef", flags);
-      stream.Control(CTL_SET_READ_BUFFER, nullptr, size);
-      stream.ReadByte();
-      char bytes[4] = {};
-      EXPECT_EQ(3, stream.Peek(bytes, 3));
-      EXPECT_STREQ("bcd", bytes);
-      EXPECT_EQ('b', stream.ReadByte());
-    }
-  }
 }
 
 TEST(InputStream, SkipsInPiecesAndCopiesToTheTee) {
-  std::string text(600, 'x');
-  text += "end";
-  MemoryStream stream(text, kReader), copy("", kEditor);
+  const std::string text = std::string(600, 'x') + "end";
+  BytesStream stream(text), copy("", kEditor);
   stream.Control(CTL_SET_TEE, &copy);
   EXPECT_EQ(600, stream.Read(nullptr, 600));
   EXPECT_EQ(3, stream.Read(nullptr, 500));
-  EXPECT_EQ(text, copy.Bytes());
+  EXPECT_EQ(text, copy.bytes);
   stream.Seek(5);
   EXPECT_EQ(5, copy.Control(CTL_READ_POSITION));
 }
 
-TEST(InputStream, BufferedWritesReachTheStreamWhole) {
-  for (int size : {0, 4, 64}) {
-    MemoryStream stream("..........", kEditor);
-    stream.Control(CTL_SET_BUFFER, nullptr, size);
-    stream.Seek(2);
-    EXPECT_EQ(3, stream.Write("abc", 3));
-    EXPECT_EQ(9, stream.Write("defghijkl", 9));
-    EXPECT_EQ(14, stream.Control(CTL_LENGTH));
-    stream.Seek(3);
-    EXPECT_EQ('b', stream.ReadByte());
-    stream.Write("Z", 1);
-    EXPECT_EQ(1, stream.Control(CTL_SYNC));
-    EXPECT_EQ("..abZdefghijkl", stream.Bytes()) << size;
-  }
-}
-
 TEST(InputStream, ForwardWriterKeepsWhatDidNotFit) {
-  MemoryStream stream("", STREAM_WRITABLE);
+  BytesStream stream("", STREAM_WRITABLE);
   stream.Control(CTL_SET_BUFFER, nullptr, 4);
   EXPECT_EQ(6, stream.Write("abcdef", 6));
-  EXPECT_EQ("abcd", stream.Bytes());
+  EXPECT_EQ("abcd", stream.bytes);
   stream.writeLimit = 1;
-  EXPECT_EQ(0, stream.Control(CTL_FLUSH));
-  EXPECT_EQ(1, stream.Control(CTL_FLUSH));
-  EXPECT_EQ("abcdef", stream.Bytes());
+  for (int done : {0, 1}) EXPECT_EQ(done, stream.Control(CTL_FLUSH));
+  EXPECT_EQ("abcdef", stream.bytes);
   EXPECT_EQ(6, stream.Control(CTL_WRITE_POSITION));
 }
 
 TEST(InputStream, WritesBitsInBothOrders) {
-  MemoryStream stream(std::string(4, 0), kEditor);
-  stream.Control(CTL_SET_WRITE_BIT_ORDER, nullptr, 1);
-  EXPECT_EQ(1, stream.WriteBits(5, 3));
-  EXPECT_EQ(1, stream.WriteBits(0x1ff, 9));
-  stream.FinishBits();
-  EXPECT_EQ(2, stream.Control(CTL_READ_POSITION));
-  stream.Control(CTL_SET_WRITE_BIT_ORDER, nullptr, 0);
-  stream.WriteBits(5, 3);
-  EXPECT_EQ(std::string("\xBF\xF0\x05\0", 4), stream.Bytes());
-  MemoryStream forward("", STREAM_WRITABLE);
-  forward.Control(CTL_SET_WRITE_BIT_ORDER, nullptr, 1);
-  forward.Control(CTL_SET_PAD_BITS, nullptr, 1);
-  forward.WriteBits(0, 3);
-  forward.FinishBits();
-  EXPECT_EQ("\x1f", forward.Bytes());
+  for (int flags : {kEditor, int{STREAM_WRITABLE}}) {
+    // What a forward writer pads with is what the other finds in its place.
+    BytesStream stream(flags == kEditor ? "\xff\xff\xff\xff" : "", flags);
+    stream.Control(CTL_SET_PAD_BITS, nullptr, 1);
+    for (int order : {1, 0}) {
+      stream.Control(CTL_SET_WRITE_BIT_ORDER, nullptr, order);
+      EXPECT_EQ(1, stream.WriteBits(5, 3));
+      EXPECT_EQ(1, stream.WriteBits(0x1fe, 9));
+      EXPECT_EQ(1, stream.FinishBits());
+    }
+    EXPECT_EQ(4, stream.Control(CTL_WRITE_POSITION));
+    EXPECT_EQ("\xbf\xef\xf5\xff", stream.bytes);
+  }
 }
 
 TEST(FileInputStream, OpensByItsModes) {
@@ -200,7 +123,6 @@ TEST(FileInputStream, OpensByItsModes) {
   const std::string path = folder.File("song");
   FileInputStream file;
   EXPECT_EQ(-1, file.Open(path.c_str(), 2));
-  EXPECT_EQ(0, file.Flags());
   EXPECT_EQ(0, file.Open(path.c_str(), 3 | 3 << 2));
   EXPECT_EQ(5, file.Write("hello", 5));
   EXPECT_EQ(-1, file.Open(path.c_str(), 3 | 3 << 2)) << "exclusive creation";
@@ -208,9 +130,18 @@ TEST(FileInputStream, OpensByItsModes) {
   file.Write("!", 1);
   EXPECT_EQ(0, file.Open(path.c_str(), 2)) << "an open file is closed first";
   EXPECT_EQ(6, file.Control(CTL_LENGTH));
-  EXPECT_EQ("hello!", ReadAll(file, 4));
+  EXPECT_EQ("hello!", test::ReadAll(file, 4));
   EXPECT_EQ(0, file.Control(CTL_SET_TRUNCATE_ON_CLOSE, nullptr, 1));
   EXPECT_EQ(0, file.Control(CTL_TRUNCATE_ON_CLOSE)) << "only where writing extends the stream";
+  for (int size : {0, 6}) {
+    char bytes[4] = {};
+    EXPECT_EQ(0, file.Open(path.c_str(), 0));
+    file.Control(CTL_SET_READ_BUFFER, nullptr, size);
+    EXPECT_EQ('h', file.ReadByte());
+    EXPECT_EQ(3, file.Peek(bytes, 3));
+    EXPECT_STREQ("ell", bytes);
+    EXPECT_EQ("ello!", test::ReadAll(file, 5)) << "a forward peek leaves the position";
+  }
   EXPECT_EQ(0, file.Open(path.c_str(), 3));
   file.Control(CTL_SET_TRUNCATE_ON_CLOSE, nullptr, 1);
   file.Seek(2);
