@@ -29,7 +29,7 @@ const char kScriptCommands[] =
     "  drop PATH...       shiftdrop PATH...\n"
     "  type TEXT          backspace           caret POSITION\n"
     "  shift on|off       control on|off      tray left|right\n"
-    "  minimise  restore  deactivate  activate  close\n"
+    "  minimise  restore  deactivate  activate  close          sound on|off\n"
     "A path or file name with blanks stands in double quotes.\n";
 
 // The form has a letter for each argument: t a time, x a coordinate, n a number, b "on" or "off",
@@ -109,6 +109,7 @@ constexpr ScriptCommand kCommands[] = {
        headless::PressTray(s.numbers[0] ? kRight : kLeft);
        h.Wait(kTouchMilliseconds);
      }>},
+    {"sound", "b", Do<[](With, Step s) { headless::SetWaveDevicePresent(s.numbers[0]); }>},
     {"minimise", "", Do<[](With, Step) { headless::MinimiseByUser(); }>},
     {"restore", "", Do<[](With, Step) { headless::RestoreByUser(); }>},
     {"deactivate", "", Do<[](With, Step) { headless::SetWindowActive(false); }>},

@@ -189,9 +189,6 @@ TEST(MpegDecoder, SettingsReachTheSound) {
   Song neutral(DataFile("joint128.mp3"));
   neutral.decoder->SetEqualiserSwitch(1);
   EXPECT_EQ(plain, neutral.ReadAll());
-  Song enhanced(DataFile("joint128.mp3"));
-  enhanced.decoder->SetEnhancer(2);
-  EXPECT_NE(plain, enhanced.ReadAll());
   // Above the bass, what both channels have in common goes.
   auto middle = [&](int reducer) {
     Song song(DataFile("joint128.mp3"));
@@ -206,11 +203,6 @@ TEST(MpegDecoder, SettingsReachTheSound) {
     return energy(values);
   };
   EXPECT_LT(middle(1), 0.1 * middle(0));
-  Song crystal(DataFile("joint128.mp3"));
-  crystal.decoder->SetCrystalizer(1);
-  const double gain = energy(crystal.ReadAll()) / energy(plain);
-  EXPECT_GT(gain, 1.1) << "the lines below the first butterfly, most of a bass, stay";
-  EXPECT_LT(gain, 1.38 * 1.38);
   Song layer2(DataFile("layer2.mp2"));
   const auto before = Song(DataFile("layer2.mp2")).ReadAll();
   layer2.decoder->Control(CTL_LINE_GAINS, gains.data());
