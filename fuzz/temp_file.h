@@ -1,40 +1,22 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
-#include <random>
 #include <string>
 
-#include "platform/files.h"
+#include "tests/support.h"
 
 namespace kwo::fuzz {
 
-/// A file of its own for each process, for readers that want one; removed with the object.
-class TempFile {
- public:
-  explicit TempFile(const char* ending) {
-    std::random_device random;
-    path_ =
-        (std::filesystem::temp_directory_path() / ("kwo-fuzz-" + std::to_string(random()) + ending))
-            .string();
-  }
-  ~TempFile() {
-    std::error_code ignored;
-    std::filesystem::remove(path_, ignored);
-  }
-  TempFile(const TempFile&) = delete;
-  TempFile& operator=(const TempFile&) = delete;
-
-  const char* Fill(const std::uint8_t* data, std::size_t size) {
-    const int file = platform::OpenFile(path_.c_str(), platform::FileAccess::kWrite,
-                                        platform::FileCreate::kTruncate);
-    platform::WriteFile(file, data, static_cast<int>(size));
-    platform::CloseFile(file);
-    return path_.c_str();
+/// A file in a folder of its own for each process, for readers that want one.
+struct TempFile {
+  explicit TempFile(const char* name) : path(folder.File(name)) {}
+  const char* Fill(const std::uint8_t* data, std::size_t size) const {
+    test::WriteBytes(path, {reinterpret_cast<const char*>(data), size});
+    return path.c_str();
   }
 
- private:
-  std::string path_;
+  test::TempFolder folder;
+  std::string path;
 };
 
 }  // namespace kwo::fuzz

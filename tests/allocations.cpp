@@ -18,6 +18,7 @@ long Allocations() {
 
 }  // namespace kwo::test
 
+// Those for arrays come to these.
 void* operator new(std::size_t size) {
   ++allocations;
   if (void* memory = std::malloc(size ? size : 1)) return memory;
@@ -29,26 +30,10 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   return std::malloc(size ? size : 1);
 }
 
-void* operator new[](std::size_t size) {
-  return operator new(size);
-}
-
-void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
-  return operator new(size, tag);
-}
-
 void operator delete(void* memory) noexcept {
   std::free(memory);
 }
 
-void operator delete[](void* memory) noexcept {
-  std::free(memory);
-}
-
 void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t) noexcept {
   std::free(memory);
 }

@@ -39,9 +39,6 @@ class DecoderProbe {
   bool MatrixOn() const { return d.matrixOn != 0; }
   void Synthesize(void* out) { d.SynthesizeFrame(out); }
   void Stereo(const GranuleInfo& record, const int* store) { d.StereoProcess(record, store); }
-  void Requantise(const GranuleInfo& record, const int* store) {
-    d.Requantise(record, d.spectrum[record.channel], store);
-  }
   void Enhance() { d.EnhanceTreble(); }
   void ReduceVocals() { d.ReduceVocals(); }
   void Hybrid(const GranuleInfo& record, int channel) { d.HybridSynthesis(record, channel, 0); }
