@@ -3,39 +3,33 @@
 #include "playlist/playlist.h"
 
 #include <cstdlib>
-#include <cstring>
 
 #include "fuzz/temp_file.h"
 #include "playlist/playlist_files.h"
 
 namespace {
 
-std::string ListText() {
-  std::string text;
-  const kwo::PlaylistReader reader;
-  for (int i = 0; i < kwo::playlist.count; ++i) {
-    const kwo::PlaylistEntry& entry = *reader.Entry(i);
-    text += std::string(entry.path) + (entry.selected ? "+\n" : "-\n");
-  }
-  return text;
+// The list as a file.
+std::string Saved(const kwo::fuzz::TempFile& file) {
+  kwo::SavePlaylistFile(file.path.c_str());
+  return kwo::test::ReadBytes(file.path);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static kwo::fuzz::TempFile file(".pla"), saved(".pla");
+  static const kwo::fuzz::TempFile file("read.pla"), saved("saved.pla");
   kwo::RemoveAll();
   // Names stay inside the folder: a walk of the whole disk finds nothing.
   std::string text(reinterpret_cast<const char*>(data), size);
   for (std::size_t i = 0; i < text.size(); ++i)
     if (text[i] == '/' || text[i] == '\\' || (text[i] == '.' && i > 0 && text[i - 1] == '.'))
       text[i] = '_';
-  kwo::LoadPlaylistFile(file.Fill(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
-  const std::string before = ListText();
-  const char* path = saved.Fill(data, 0);
-  kwo::SavePlaylistFile(path);
+  kwo::test::WriteBytes(file.path, text);
+  kwo::LoadPlaylistFile(file.path.c_str());
+  const std::string before = Saved(saved);
   kwo::RemoveAll();
-  kwo::LoadPlaylistFile(path);
-  if (ListText() != before) std::abort();
+  kwo::LoadPlaylistFile(saved.path.c_str());
+  if (Saved(saved) != before) std::abort();
   return 0;
 }

@@ -8,7 +8,7 @@
 #include "platform/headless/headless.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static kwo::fuzz::TempFile file(".settings");
+  static kwo::fuzz::TempFile file("fuzz.settings");
   const std::string path = file.Fill(data, size);
   kwo::headless::UseRegistryFile(path);
   kwo::GetSettingInt("SliderVol", 100, 0);

@@ -4,7 +4,7 @@
 #include "playlist/playlist.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static kwo::fuzz::TempFile file(".mp3");
+  static kwo::fuzz::TempFile file("fuzz.mp3");
   kwo::RemoveAll();
   kwo::AddSong(file.Fill(data, size));
   kwo::AddSong("other.mp3");

@@ -4,7 +4,7 @@
 #include "fuzz/temp_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static kwo::fuzz::TempFile file(".wav");
+  static kwo::fuzz::TempFile file("fuzz.wav");
   if (size < 1) return 0;
   kwo::Mixer mixer;
   mixer.Init(4608, 44100, 2, nullptr);

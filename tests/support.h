@@ -51,7 +51,7 @@ inline std::string DataFile(const std::string& name) {
   return std::string(KWO_TEST_DATA) + "/" + name;
 }
 
-inline std::string LittleEndian(std::uint32_t value, int size) {
+inline std::string LittleEndian(std::uint64_t value, int size) {
   std::string bytes;
   for (int i = 0; i < size; ++i) bytes += static_cast<char>(value >> 8 * i);
   return bytes;
@@ -60,14 +60,11 @@ inline std::string LittleEndian(std::uint32_t value, int size) {
 /// A RIFF WAVE file of the given raw samples; `between` stands in front of the data chunk.
 inline std::string WavBytes(int channels, int rate, int bits, const std::string& samples,
                             const std::string& between = "") {
-  const auto size = static_cast<std::uint32_t>(samples.size());
-  const auto frame = static_cast<std::uint32_t>(channels * bits / 8);
-  return "RIFF" + LittleEndian(36 + size, 4) + "WAVEfmt " + LittleEndian(16, 4) +
-         LittleEndian(1, 2) + LittleEndian(static_cast<std::uint32_t>(channels), 2) +
-         LittleEndian(static_cast<std::uint32_t>(rate), 4) +
-         LittleEndian(static_cast<std::uint32_t>(rate) * frame, 4) + LittleEndian(frame, 2) +
-         LittleEndian(static_cast<std::uint32_t>(bits), 2) + between + "data" +
-         LittleEndian(size, 4) + samples;
+  const int frame = channels * bits / 8;
+  return "RIFF" + LittleEndian(36 + samples.size(), 4) + "WAVEfmt " + LittleEndian(16, 4) +
+         LittleEndian(1, 2) + LittleEndian(channels, 2) + LittleEndian(rate, 4) +
+         LittleEndian(rate * frame, 4) + LittleEndian(frame, 2) + LittleEndian(bits, 2) + between +
+         "data" + LittleEndian(samples.size(), 4) + samples;
 }
 
 inline std::string Raw16(const std::vector<std::int16_t>& values) {

@@ -124,12 +124,12 @@ TEST_F(Program, RowsSelectPlayAndFollow) {
     hands.Drop(Songs(30));
     OpenPage(hands, PAGE_PLAYLIST);
     Press(hands, WIDGET_ROW + 2);
-    headless::SetKey(platform::Key::kShift, true);
-    Press(hands, WIDGET_ROW + 4);
-    headless::SetKey(platform::Key::kShift, false);
-    headless::SetKey(platform::Key::kControl, true);
-    Press(hands, WIDGET_ROW + 3);
-    headless::SetKey(platform::Key::kControl, false);
+    for (const auto& [key, row] :
+         {std::pair{platform::Key::kShift, 4}, {platform::Key::kControl, 3}}) {
+      headless::SetKey(key, true);
+      Press(hands, WIDGET_ROW + row);
+      headless::SetKey(key, false);
+    }
     EXPECT_EQ("0 1 *2 3 *4 5 ", Names().substr(0, 14));
     Press(hands, WIDGET_ITEM_DOWN);
     EXPECT_EQ("0 1 3 *2 5 *4 ", Names().substr(0, 14));
@@ -359,34 +359,35 @@ TEST_F(Program, WindowMinimisesHidesAndQuitsOnDemand) {
 }
 
 TEST_F(Program, TrayMenuOpensHelpInTheBrowser) {
+  const auto command = [](const char* fileClass, const std::string& value) {
+    headless::SetClassRegistry(std::string(fileClass) + "\\shell\\open\\command", value);
+  };
   headless::SetClassRegistry(".html", "page");
-  headless::SetClassRegistry("page\\shell\\open\\command", "\"web view\" \"%1\" -new");
-  Run([](const Hands& hands) {
-    headless::AnswerMenu("Help");
-    headless::PressTray(kRight);
-    hands.Wait(200);
-    EXPECT_EQ((std::vector<std::string>{"Tavarine", "Help", "-", "Exit"}), headless::LastMenu());
-    ASSERT_FALSE(headless::CommandLines().empty());
-    EXPECT_EQ("\"web view\" " + std::string(AppDir) + "help\\index.htm -new",
-              headless::CommandLines().back());
-    headless::AnswerMenu("Tavarine");
-    headless::PressTray(kRight);
-    hands.Wait(200);
-    EXPECT_EQ("\"web view\" " + std::string(AppDir) + "help\\tavarine.htm -new",
-              headless::CommandLines().back());
-    headless::SetClassRegistry("page\\shell\\open\\command", "");
-    headless::SetClassRegistry("http\\shell\\open\\command", "view");
-    EXPECT_EQ(0, OpenInBrowser("here"));
-    EXPECT_EQ("view here", headless::CommandLines().back());
-    headless::SetClassRegistry("page\\shell\\open\\command", std::string(520, 'x'));
-    EXPECT_EQ(0, OpenInBrowser("there"));
-    EXPECT_EQ("view there", headless::CommandLines().back()) << "half a command is none";
-    headless::SetClassRegistry("page\\shell\\open\\command", "");
-    headless::SetClassRegistry("http\\shell\\open\\command", "");
+  command("page", "\"web view\" \"%1\" -new");
+  Run([&](const Hands& hands) {
+    const auto choose = [&](const char* item) {
+      headless::AnswerMenu(item);
+      headless::PressTray(kRight);
+      hands.Wait(500);
+    };
+    for (const auto& [item, page] :
+         {std::pair{"Help", "help\\index.htm"}, {"Tavarine", "help\\tavarine.htm"}}) {
+      choose(item);
+      EXPECT_EQ((std::vector<std::string>{"Tavarine", "Help", "-", "Exit"}), headless::LastMenu());
+      ASSERT_FALSE(headless::CommandLines().empty());
+      EXPECT_EQ("\"web view\" " + (AppDir + std::string(page)) + " -new",
+                headless::CommandLines().back());
+    }
+    command("http", "view");
+    for (const std::string& broken : {std::string(), std::string(520, 'x')}) {
+      command("page", broken);  // half a command is none
+      EXPECT_EQ(0, OpenInBrowser("here" + broken));
+      EXPECT_EQ("view here" + broken, headless::CommandLines().back());
+    }
+    command("page", "");
+    command("http", "");
     EXPECT_EQ(static_cast<int>(0x80070002), OpenInBrowser("here"));
-    headless::AnswerMenu("Exit");
-    headless::PressTray(kRight);
-    hands.Wait(500);
+    choose("Exit");
     EXPECT_EQ(0, AppReady);
   });
 }

@@ -136,27 +136,6 @@ TEST(Synthesis, ChannelsMixAsTheirMatrixSays) {
   }
 }
 
-TEST(Synthesis, BandGainsFoldToTheRate) {
-  for (int decimation = 0; decimation < 3; ++decimation) {
-    auto decoder = std::make_unique<MpegDecoder>();
-    DecoderProbe probe(*decoder);
-    probe.SetUpSynthesis(1, 0, decimation);
-    float plain[kFrameSamples], changed[kFrameSamples];
-    probe.Subbands(0)[0] = 1.0f;
-    probe.Synthesize(plain);
-    probe.SetUpSynthesis(1, 0, decimation);
-    float gains[32];
-    std::fill_n(gains, 32, 1.0f);
-    gains[0] = 3.0f;
-    decoder->Control(CTL_SUBBAND_GAINS, gains);
-    probe.Subbands(0)[0] = 1.0f;
-    probe.Synthesize(changed);
-    const double expected = 1.0 + 2.0 / (1 << decimation);
-    for (int i = 0; i < kFrameSamples >> decimation; ++i)
-      ASSERT_NEAR(expected * plain[i], changed[i], 0.02);
-  }
-}
-
 // The standard's 36 windowed values of one block, 2.4.3.4.10.
 std::vector<double> StandardImdct(const double* lines, int blockType) {
   std::vector<double> result(36);

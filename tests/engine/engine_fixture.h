@@ -16,6 +16,7 @@ constexpr int kBlock = 4608;
 
 struct Event {
   int code, a;
+  bool operator==(const Event&) const = default;
 };
 inline std::vector<Event> events;
 inline std::string nextSong;

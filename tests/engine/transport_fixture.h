@@ -46,17 +46,6 @@ class Transport : public testing::Test {
     for (int i = 0; i < count; ++i) AddSong(test::DataFile("joint128.mp3").c_str());
   }
   Voice& V(int slot = 0) { return *TheMixer->Slot(slot); }
-  // Renders without the thread, so that the test sees every block.
-  int RenderUntilSilent(int limit = 1000) {
-    int blocks = 0;
-    while (blocks < limit && TheMixer->RenderBlock()) ++blocks;
-    return blocks;
-  }
-  std::string Order(int steps, int (*step)()) {
-    std::string order;
-    for (int i = 0; i < steps; ++i) order += std::to_string(step()) + " ";
-    return order;
-  }
 };
 
 }  // namespace kwo

@@ -61,36 +61,30 @@ class Plain {
       if (bits[i] > amount) bits[i] = static_cast<std::uint8_t>(bits[i] - amount);
   }
 
-  void Smoke(const Sound& sound) {
+  // Smoke, glow and bands are columns under the wave, whose colours change from row to row.
+  void Columns(const Sound& sound, int number) {
     const auto level = Levels(sound, 65535 / H);
-    Fade(mid, 40);
-    const int k = H / 8;
-    for (int i = 0, r = H - k - 1; i < mid + k; ++i, --r)
-      std::copy_n(bits.begin() + r * stride, stride, bits.begin() + (r + k) * stride);
-    smoke.Drift();
-    const int step = std::max(160 / mid, 2);
-    for (int x = 0; x < W; ++x) {
-      int a = smoke.color[0], b = smoke.color[1], c = smoke.color[2];
-      for (int row = level[std::size_t(x)]; row >= 0; --row) {
-        Put(row, x, a, b, c);
-        for (int* value : {&a, &b, &c}) *value = std::max(*value - step, 0);
-      }
+    if (number == 0) {
+      Fade(mid, 40);
+      const int k = H / 8;
+      for (int i = 0, r = H - k - 1; i < mid + k; ++i, --r)
+        std::copy_n(bits.begin() + r * stride, stride, bits.begin() + (r + k) * stride);
+    } else {
+      Fade(0, 8);
     }
-  }
-  void GlowOrBands(const Sound& sound, bool banded) {
-    const auto level = Levels(sound, 65535 / H);
-    Fade(0, 8);
-    Drifter& drifter = banded ? bands : glow;
+    Drifter& drifter = columns[number];
     drifter.Drift();
-    const int step = std::max(banded ? 160 / mid * 2 : 160 / mid, 2);
+    const int step = std::max(number == 2 ? 160 / mid * 2 : 160 / mid, 2);
     for (int x = 0; x < W; ++x) {
       int color[3] = {drifter.color[0], drifter.color[1], drifter.color[2]};
       for (int row = level[std::size_t(x)]; row >= 0; --row) {
         Put(row, x, color[0], color[1], color[2]);
-        bool passed = false;
-        for (int& value : color) passed = (value += step) > 200 || passed;
+        for (int& value : color) value += number == 0 ? -step : step;
+        const bool passed = *std::max_element(color, color + 3) > 200;
         for (int i = 0; i < 3; ++i)
-          color[i] = !banded ? std::min(color[i], 200) : passed ? drifter.color[i] : color[i];
+          color[i] = number == 2 && passed ? drifter.color[i]
+                     : number == 2         ? color[i]
+                                           : std::clamp(color[i], 0, number == 0 ? 255 : 200);
       }
     }
   }
@@ -181,9 +175,9 @@ class Plain {
   std::vector<std::uint8_t> bits;
 
  private:
-  Drifter smoke{{140, 150, 160}, {3, 7, 11}, {160, 160, 160}, {251, 251, 251}, {3, 7, 11}};
-  Drifter glow{{40, 50, 60}, {3, 7, 11}, {20, 20, 20}, {101, 101, 101}, {3, 7, 11}};
-  Drifter bands{{40, 50, 60}, {3, 5, 7}, {20, 20, 20}, {101, 101, 101}, {3, 7, 11}};
+  Drifter columns[3] = {{{140, 150, 160}, {3, 7, 11}, {160, 160, 160}, {251, 251, 251}, {3, 7, 11}},
+                        {{40, 50, 60}, {3, 7, 11}, {20, 20, 20}, {101, 101, 101}, {3, 7, 11}},
+                        {{40, 50, 60}, {3, 5, 7}, {20, 20, 20}, {101, 101, 101}, {3, 7, 11}}};
   Drifter walk{{40, 50, 60}, {5, 7, 3}, {160, 120, 20}, {241, 241, 181}, {5, 7, 3}};
   Drifter raster{{40, 50, 60}, {3, 7, 11}, {120, 120, 120}, {241, 241, 241}, {3, 5, 7}};
   int g = 100, gStep = 4;
@@ -216,13 +210,9 @@ void CompareAll() {
         EXPECT_EQ(1, kVisualiserTable[number](bitmap, sound.data(), count));
         switch (number) {
           case 0:
-            plain.Smoke(sound);
-            break;
           case 1:
-            plain.GlowOrBands(sound, false);
-            break;
           case 2:
-            plain.GlowOrBands(sound, true);
+            plain.Columns(sound, number);
             break;
           case 3:
             plain.Split(sound);
