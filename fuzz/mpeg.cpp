@@ -13,31 +13,18 @@ void Act(kwo::MpegDecoder& decoder, unsigned byte) {
   static unsigned char buffer[30000];
   float values[kwo::kLines];
   for (float& value : values) value = static_cast<float>(byte) / 64;
-  switch (byte % 8) {
-    case 0:
-      decoder.Seek(static_cast<std::int64_t>(byte) * 20011);
-      break;
-    case 1:
-      decoder.Peek(buffer, static_cast<int>(byte) * 50);
-      break;
-    case 2:
-      decoder.SetEnhancer(byte >> 3 & 3);
-      decoder.SetVocalReducer(byte >> 5 & 1);
-      break;
-    case 3:
-      decoder.SetWideStereo(byte >> 3 & 1);
-      decoder.SetCrystalizer(byte >> 4 & 1);
-      break;
-    case 4:
-      decoder.SetLineGains(values);
-      decoder.SetEqualiserSwitch(byte >> 3 & 1);
-      break;
-    case 5:
-      decoder.Control(kwo::CTL_OUTPUT_MATRIX + (byte >> 3) % 3, values);
-      break;
-    default:
-      decoder.Read(buffer, static_cast<int>(byte) * 100);
-  }
+  const unsigned act = byte % 8;
+  const int bit = byte >> 3 & 1;
+  if (act == 0) decoder.Seek(static_cast<std::int64_t>(byte) * 20011);
+  if (act == 1) decoder.Peek(buffer, static_cast<int>(byte) * 50);
+  if (act == 2) decoder.SetEnhancer(byte >> 3 & 3);
+  if (act == 2) decoder.SetVocalReducer(byte >> 5 & 1);
+  if (act == 3) decoder.SetWideStereo(bit);
+  if (act == 3) decoder.SetCrystalizer(byte >> 4 & 1);
+  if (act == 4) decoder.SetLineGains(values);
+  if (act == 4) decoder.SetEqualiserSwitch(bit);
+  if (act == 5) decoder.Control(kwo::CTL_OUTPUT_MATRIX + (byte >> 3) % 3, values);
+  if (act >= 6) decoder.Read(buffer, static_cast<int>(byte) * 100);
 }
 
 }  // namespace

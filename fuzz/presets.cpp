@@ -12,10 +12,8 @@
 // EQ.SET of any bytes: names that end, and values that a curve can be drawn from.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static kwo::fuzz::TempFile file("EQ.SET");
-  // The file's name is that of the presets behind the program's folder.
-  const std::string path = file.Fill(data, size);
-  std::snprintf(kwo::AppDir, sizeof kwo::AppDir, "%s",
-                path.substr(0, path.size() - std::strlen("EQ.SET")).c_str());
+  file.Fill(data, size);
+  std::snprintf(kwo::AppDir, sizeof kwo::AppDir, "%s/", file.folder.Path().c_str());
   kwo::LoadEqPresets();
   for (int preset = 0; preset < kwo::kPresets; ++preset) {
     if (std::strlen(kwo::EqPresetNames[preset]) >= kwo::kPresetNameSize) std::abort();

@@ -67,6 +67,12 @@ inline std::string WavBytes(int channels, int rate, int bits, const std::string&
          "data" + LittleEndian(samples.size(), 4) + samples;
 }
 
+/// An ID3v1 tag.
+inline std::string Tag(std::string title, std::string artist, std::string album) {
+  for (auto* field : {&title, &artist, &album}) field->resize(30);
+  return "TAG" + title + artist + album + std::string(35, 0);
+}
+
 inline std::string Raw16(const std::vector<std::int16_t>& values) {
   return {reinterpret_cast<const char*>(values.data()), values.size() * 2};
 }

@@ -231,11 +231,6 @@ TEST_F(Presses, ThumbIsDraggedWithinItsTrack) {
 TEST_F(Presses, EveryMenuItemDoesWhatItSays) {
   Run([this](const Hands& hands) {
     const std::vector<std::string> songs = Songs(3);
-    const auto tag = [&](int song, std::string title, std::string artist, std::string album) {
-      for (auto* field : {&title, &artist, &album}) field->resize(30);
-      const std::string path = folder.File("song" + std::to_string(song) + ".mp3");
-      WriteBytes(path, ReadBytes(path) + "TAG" + title + artist + album + std::string(35, 0));
-    };
     const auto menu = [&](int button, const char* item) {
       return ChangesOfMenu(hands, button, item);
     };
@@ -249,7 +244,8 @@ TEST_F(Presses, EveryMenuItemDoesWhatItSays) {
     EXPECT_EQ("list=*0 *1 *2 ", menu(WIDGET_FUNCTION, "Select All"));
     EXPECT_EQ("list=0 1 2 ", menu(WIDGET_FUNCTION, "Deselect All"));
     Press(hands, WIDGET_NEXT);
-    tag(0, "Dawn", "Ann", "Light");
+    const std::string first = folder.File("song0.mp3");
+    WriteBytes(first, ReadBytes(first) + Tag("Dawn", "Ann", "Light"));
     menu(WIDGET_FUNCTION, "Select All");
     EXPECT_EQ("list=0 1 2 ", menu(WIDGET_FUNCTION, "Read Tag Information"));
     const struct {

@@ -1,5 +1,7 @@
 // The program's pages, as a user presses and drags them.
 
+#include <array>
+
 #include "app/shell_services.h"
 #include "engine/transport.h"
 #include "panels/equaliser_presets.h"
@@ -11,7 +13,7 @@ namespace kwo::test {
 namespace {
 
 TEST_F(Program, PagesSlideInAndOutUnderTheirButtons) {
-  // The page of a widget; -1 for the band's, and for what has no place of its own.
+  // The page of a widget.
   const auto pageOf = [](int index) {
     if (index >= 300) return PAGE_WINDOW;
     if (index >= WIDGET_MIXER_BOX) return PAGE_MIXER;
@@ -228,8 +230,11 @@ TEST_F(Program, BothButtonsAtOnceLeaveThePointerShown) {
 TEST_F(Program, DisplayModesAndVisualisersGoRound) {
   Run([](const Hands& hands) {
     const platform::Point mode = Middle(WIDGET_DISPLAY_MODE);
-    const Widget& before = *Find(WIDGET_VISUALISER);
-    const int y = before.y, width = before.width, height = before.height;
+    const auto place = [] {
+      const Widget& widget = *Find(WIDGET_VISUALISER);
+      return std::array<int, 4>{widget.x, widget.y, widget.width, widget.height};
+    };
+    const auto before = place();
     hands.Press(mode.x, mode.y);
     EXPECT_EQ(BLEND_COPY, Find(WIDGET_VISUALISER)->blendMode);
     hands.Press(mode.x, mode.y);
@@ -250,9 +255,7 @@ TEST_F(Program, DisplayModesAndVisualisersGoRound) {
     hands.Wait(1500);
     EXPECT_EQ(0, MainDisplayMode);
     EXPECT_EQ(PAGE_MAIN, TheSkinHost->currentTile);
-    EXPECT_EQ(y, Find(WIDGET_VISUALISER)->y);
-    EXPECT_EQ(width, Find(WIDGET_VISUALISER)->width);
-    EXPECT_EQ(height, Find(WIDGET_VISUALISER)->height);
+    EXPECT_EQ(before, place());
   });
 }
 

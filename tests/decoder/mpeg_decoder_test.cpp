@@ -49,15 +49,9 @@ TEST(MpegDecoder, ReckonsLengthAndFramePlaces) {
   EXPECT_EQ(9216000, song.decoder->Seek(9216000));
   EXPECT_EQ(417959, song.file.Control(CTL_READ_POSITION));
   EXPECT_EQ(88197120, song.decoder->Seek(99999999));
-  const StreamInfo& info = song.decoder->Info();
-  EXPECT_EQ(1, info.mpegVersion);
-  EXPECT_EQ(3, info.layerNumber);
-  EXPECT_EQ(128000, info.bitRate);
-  EXPECT_EQ(2, info.channelCount);
-  EXPECT_EQ(44100, info.sampleRateHz);
 }
 
-TEST(MpegDecoder, FindsTheFirstHeaderBehindATag) {
+TEST(MpegDecoder, FindsTheFirstHeaderBehindATagOrDoesNotOpen) {
   // Free format and Layer I without CRC are passed over.
   const std::pair<std::string, int> kFronts[] = {{std::string(32768 - 4, 'x'), 0},
                                                  {std::string(32768 - 3, 'x'), -1},
@@ -66,6 +60,11 @@ TEST(MpegDecoder, FindsTheFirstHeaderBehindATag) {
                                                  {"\xff\xff\x90" + std::string(40000, 0), -1}};
   for (const auto& [front, result] : kFronts)
     EXPECT_EQ(result, Song(File(front + SilentFrames(5)).path).result) << front.size();
+  for (const std::string& hopeless : {std::string(), std::string(100000, 0), std::string("\xff")})
+    EXPECT_EQ(-1, Song(File(hopeless).path).result);
+  const test::TempFolder folder;
+  for (const std::string& path : {folder.Path(), folder.File("absent.mp3")})
+    EXPECT_EQ(-1, Song(path).result);
 }
 
 TEST(MpegDecoder, SkipsFramesOfAnotherKindAsNoise) {
@@ -190,16 +189,6 @@ TEST(MpegDecoder, SettingsReachTheSound) {
   const auto before = Song(DataFile("layer2.mp2")).ReadAll();
   layer2.decoder->Control(CTL_LINE_GAINS, gains.data());
   EXPECT_NEAR(0.25, energy(layer2.ReadAll()) / energy(before), 0.02);
-}
-
-TEST(MpegDecoder, HopelessFilesDoNotOpen) {
-  test::TempFolder folder;
-  EXPECT_EQ(-1, Song(folder.Path()).result);
-  EXPECT_EQ(-1, Song(folder.File("absent.mp3")).result);
-  for (const std::string& bytes : {std::string(), std::string(100000, 0), std::string(1, '\xff')}) {
-    File file(bytes);
-    EXPECT_EQ(-1, Song(file.path).result);
-  }
 }
 
 TEST(MpegDecoder, SparseFileOfThreeGigabytesKeepsItsLength) {
