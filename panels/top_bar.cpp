@@ -10,6 +10,9 @@
 #include "toolkit/skin_description.h"
 
 namespace kwo {
+
+EventWatcher eventWatcher = nullptr;
+
 namespace {
 
 constexpr int kEmptyPageMilliseconds = 1000;
@@ -166,6 +169,7 @@ void HideCurrentPage(int wait) {
 }
 
 void DispatchEvent(unsigned event, Widget* widget, float a, float b) {
+  if (eventWatcher) eventWatcher(event, widget, a, b);
   if (!TopBarHandler(event, widget, a, b)) kPages[CurrentPage].handle(event, widget, a, b);
 }
 

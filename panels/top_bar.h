@@ -18,6 +18,11 @@ void HideCurrentPage(int wait);
 /// kTick.
 void DispatchEvent(unsigned event, Widget* widget, float a, float b);
 
+/// Told of each event before it is handed on, for those who watch the program; empty otherwise.
+/// Set before the program starts.
+using EventWatcher = void (*)(unsigned event, const Widget* widget, float a, float b);
+extern EventWatcher eventWatcher;
+
 /// 1 if the event was the top bar's own.
 int TopBarHandler(unsigned event, Widget* widget, float a, float b);
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <unistd.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -39,11 +37,6 @@ inline std::string ReadBytes(const std::string& path) {
 
 inline void WriteBytes(const std::string& path, const std::string& bytes) {
   std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<long>(bytes.size()));
-}
-
-/// Where a save of `path` writes before it renames; a folder there makes the save fail.
-inline std::string SavedBeside(const std::string& path) {
-  return path + '.' + std::to_string(getpid()) + ".new";
 }
 
 /// A song of tests/data.

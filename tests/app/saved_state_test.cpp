@@ -192,12 +192,11 @@ TEST_F(Program, SettingsBeyondTheirRangesDoNoHarm) {
 }
 
 TEST_F(Program, SavedSongBeyondTheListFallsBackToTheFirst) {
-  constexpr std::pair<int, int> kCases[] = {{5, 0}, {2, 2}, {3, 0}};
   Run([this](const Hands& hands) { hands.Drop(Songs(3)); });
-  for (const auto& c : kCases) {
-    GetSettingInt("PlaylistCurrentSong", c.first, 1);
+  for (auto [saved, song] : {std::pair{5, 0}, {2, 2}, {3, 0}}) {
+    GetSettingInt("PlaylistCurrentSong", saved, 1);
     ClearList();
-    Run([&](const Hands&) { EXPECT_EQ(c.second, playlist.currentSong) << c.first; });
+    Run([=](const Hands&) { EXPECT_EQ(song, playlist.currentSong) << saved; });
   }
 }
 

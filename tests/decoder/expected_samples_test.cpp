@@ -12,19 +12,14 @@
 namespace kwo {
 namespace {
 
-std::vector<float> ExpectedSamples(std::filesystem::path song) {
-  const std::string bytes = test::ReadBytes(song.replace_extension("f32"));
-  std::vector<float> values(bytes.size() / sizeof(float));
-  std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char*>(values.data()));
-  return values;
-}
-
 TEST(ExpectedSamples, EveryKindOfStreamDecodesToItsOwn) {
   int streams = 0;
   for (const auto& file : std::filesystem::directory_iterator(test::DataFile("random"))) {
     if (file.path().extension() == ".f32") continue;
     ++streams;
-    const auto expected = ExpectedSamples(file.path());
+    const std::string bytes = test::ReadBytes(std::filesystem::path(file).replace_extension("f32"));
+    std::vector<float> expected(bytes.size() / sizeof(float));
+    std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char*>(expected.data()));
     const auto got = OpenedSong(file.path()).ReadAll();
     ASSERT_GE(got.size(), expected.size()) << file.path();
     double squares = 0, largest = 0;

@@ -59,8 +59,7 @@ void MakeSongs(const std::string& folder) {
     add("damaged-" + name, damaged);
   }
   add("loud.wav", test::WavBytes(2, 48000, 16, test::Raw16(test::Noise(400000))));
-  add("small.wav", test::WavBytes(1, 8000, 8, std::string(20000, 'a')));
-  add("fast.wav", test::WavBytes(2, 65535, 16, test::Raw16(test::Noise(300000))));
+  add("fast.wav", test::WavBytes(1, 65535, 8, std::string(200000, 'a')));
   add("cut.wav", test::WavBytes(2, 44100, 16, "").substr(0, 30));
   add("empty.mp3", "");
   add("noise.mp3", test::Raw16(test::Noise(200000, 7)));
@@ -142,7 +141,6 @@ bool RotationsKeepTheVoices() {
 }
 
 bool Stress(int actions) {
-  if (!RotationsKeepTheVoices()) return false;
   TheMixer->StartThread();
   std::size_t played = 0;
   for (int i = 0; i < actions; ++i) {
@@ -196,7 +194,8 @@ int main(int count, char** arguments) {
   const test::TempFolder folder;
   if (!tools::MakeEngine()) return 1;
   BeginToPlay(folder.Path());
-  const bool sound = soaks ? Soak(amount) : Stress(static_cast<int>(amount));
+  const bool sound =
+      soaks ? Soak(amount) : RotationsKeepTheVoices() && Stress(static_cast<int>(amount));
   tools::StopEngine();
   return sound ? 0 : 1;
 }

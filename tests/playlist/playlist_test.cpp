@@ -1,8 +1,6 @@
 #include "playlist/playlist.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -376,6 +374,11 @@ TEST_F(List, ReadsPlaylistFilesOfEveryHand) {
       ".mp3\nselected x\nADD g.mp3";
   EXPECT_EQ(4, LoadPlaylistFile(Song("x.pla", text).c_str()));
   EXPECT_EQ("a b.mp3 [c.mp3] [d.mp2] g.mp3", Look());
+  SavePlaylistFile(Song("saved.pla").c_str());
+  EXPECT_EQ(
+      "VERSION 10\r\nADD a b.mp3\r\nADD c.mp3\r\nSELECTED\r\nADD d.mp2\r\nSELECTED\r\n"
+      "ADD g.mp3\r\n",
+      test::ReadBytes(folder.File("saved.pla")));
   EXPECT_EQ(1, LoadPlaylistFile(Song("y.pla", std::string("ADD h.mp3\0ADD i.mp3", 19)).c_str()));
   EXPECT_EQ(0, LoadPlaylistFile(Song("z.pla", "").c_str()));
   EXPECT_EQ(0, LoadPlaylistFile("absent.pla"));
@@ -387,19 +390,6 @@ TEST_F(List, PlaylistFilesThatNameEachOtherEnd) {
   Song("b.pla", "ADD two.mp3\nADD " + a + "\n");
   EXPECT_EQ(2, AddPath(a.c_str()));
   EXPECT_EQ("one.mp3 two.mp3", Look());
-}
-
-TEST_F(List, FailedSaveLeavesTheOldFile) {
-  const std::string path = Song("HISTORY.PLA", "ADD old.mp3\r\n");
-  Add({"new.mp3"});
-  const std::string beside = test::SavedBeside(folder.File("HISTORY.PLA"));
-  std::filesystem::create_directory(beside);
-  SavePlaylistFile(path.c_str());
-  EXPECT_EQ("ADD old.mp3\r\n", test::ReadBytes(folder.File("HISTORY.PLA")));
-  std::filesystem::remove(beside);
-  std::filesystem::permissions(folder.File("HISTORY.PLA"), std::filesystem::perms::owner_read);
-  SavePlaylistFile(path.c_str());
-  EXPECT_EQ("VERSION 10\r\nADD new.mp3\r\n", test::ReadBytes(folder.File("HISTORY.PLA")));
 }
 
 TEST_F(List, DialogsOpenWhereTheLastOneChose) {
@@ -418,40 +408,6 @@ TEST_F(List, DialogsOpenWhereTheLastOneChose) {
   EXPECT_EQ(0, AddPath((shown + "list.m3u").c_str()));
   EXPECT_EQ(platform::CanonicalPath(shown.c_str()) + "\\", platform::CurrentFolder());
   platform::SetCurrentFolder(here.c_str());
-}
-
-TEST_F(List, SaveGoesThroughALinkAndKeepsThePermissions) {
-  const std::string real = folder.File("real.pla"), link = folder.File("HISTORY.PLA");
-  test::WriteBytes(real, "");
-  std::filesystem::permissions(real, std::filesystem::perms(0464));
-  std::filesystem::create_symlink(real, link);
-  Add({"a.mp3"});
-  SavePlaylistFile(platform::FromMachinePath(link.c_str()).c_str());
-  EXPECT_TRUE(std::filesystem::is_symlink(link));
-  EXPECT_EQ("VERSION 10\r\nADD a.mp3\r\n", test::ReadBytes(real));
-  EXPECT_EQ(std::filesystem::perms(0664), std::filesystem::status(real).permissions());
-}
-
-TEST_F(List, SavedFileStaysItsOwnersAndAnUnreadableOneStays) {
-  // Root, who may read and save everything, takes the part of another for a while.
-  const uid_t we = geteuid(), owner = we == 0 ? 65534 : we;
-  const std::string file = folder.File("HISTORY.PLA");
-  const std::string history = Song("HISTORY.PLA", "ADD old.mp3\r\n");
-  ASSERT_EQ(0, chown(file.c_str(), owner, static_cast<gid_t>(-1)));
-  SavePlaylistFile(history.c_str());
-  struct stat status;
-  ASSERT_EQ(0, stat(file.c_str(), &status));
-  EXPECT_EQ(owner, status.st_uid);
-
-  std::filesystem::permissions(folder.Path(), std::filesystem::perms::all);
-  std::filesystem::permissions(file, std::filesystem::perms::none);
-  Add({"new.mp3"});
-  ASSERT_EQ(0, seteuid(owner));
-  SavePlaylistFile(history.c_str());
-  ASSERT_EQ(0, seteuid(we));
-  std::filesystem::permissions(file + ".old", std::filesystem::perms::owner_read);
-  EXPECT_EQ("VERSION 10\r\n", test::ReadBytes(file + ".old"));
-  EXPECT_EQ("VERSION 10\r\nADD new.mp3\r\n", test::ReadBytes(file));
 }
 
 }  // namespace

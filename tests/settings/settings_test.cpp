@@ -57,7 +57,6 @@ TEST_F(Settings, RestartFindsTheLastFlushAndNoHarmInBrokenFiles) {
   }
   const std::string path = folder.File("settings"), odd = "a=b%c\n\\ \xff\x01";
   test::WriteBytes(path, "junk\n=\nSoftware\\KWO\\A=dword:zz\nSoftware\\KWO\\B=string:%4\nX=");
-  test::WriteBytes(test::SavedBeside(path), "left by a crash");
   headless::UseRegistryFile(path);
   EXPECT_EQ(0, GetSettingInt("A", 9, 0));
   EXPECT_STREQ("%4", GetSettingString("B", "", 0));
