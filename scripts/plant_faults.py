@@ -12,9 +12,11 @@ else is ever touched.  A suite that takes far too long has noticed, too.
 A survivor is a question: can a user notice it?  If so, a test is missing.
 """
 import argparse
+import os
 import pathlib
 import random
 import re
+import signal
 import subprocess
 import sys
 import time
@@ -100,8 +102,8 @@ def fail(message):
     sys.exit(f"plant_faults.py: {message}")
 
 
-def run(command, seconds=None):
-    return subprocess.run(command, cwd=COPY, capture_output=True, text=True, timeout=seconds)
+def run(command):
+    return subprocess.run(command, cwd=COPY, capture_output=True, text=True)
 
 
 def build():
@@ -129,10 +131,19 @@ def copy_tree():
 
 def suite_notices(limit):
     command = [SUITE, "--gtest_fail_fast", "--gtest_brief=1"]
+    suite = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                             start_new_session=True)
     try:
-        return run(command, limit).returncode != 0
+        return suite.wait(limit) != 0
     except subprocess.TimeoutExpired:
         return True
+    finally:
+        # Nothing that hangs may live on, nor what it has started.
+        try:
+            os.killpg(suite.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+        suite.wait()
 
 
 def plant(path, fault, limit):
