@@ -193,10 +193,12 @@ TEST_F(Program, SettingsBeyondTheirRangesDoNoHarm) {
 
 TEST_F(Program, SavedSongBeyondTheListFallsBackToTheFirst) {
   Run([this](const Hands& hands) { hands.Drop(Songs(3)); });
-  for (auto [saved, song] : {std::pair{5, 0}, {2, 2}, {3, 0}}) {
-    GetSettingInt("PlaylistCurrentSong", saved, 1);
+  for (auto [stored, first] : {std::pair{5, 0}, {2, 2}, {3, 0}}) {
+    GetSettingInt("PlaylistCurrentSong", stored, 1);
     ClearList();
-    Run([=](const Hands&) { EXPECT_EQ(song, playlist.currentSong) << saved; });
+    Run([saved = stored, song = first](const Hands&) {
+      EXPECT_EQ(song, playlist.currentSong) << saved;
+    });
   }
 }
 
