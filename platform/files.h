@@ -42,9 +42,19 @@ bool ReadWholeFile(const char* path, std::string& contents, std::size_t limit);
 /// Writes `contents` beside `path` and renames it into place: after a crash, a full disk or a kill
 /// the file holds the old contents or the new ones, whole, also when another process saves it at
 /// the same moment.  It keeps its owner and its permissions but for read-only, and a link to it
-/// stays a link.  An old file that can't be read, so that nobody knows what is lost with it, stays
-/// beside the new one as `path`.old.  False leaves the old file as it was.
+/// stays a link.  What is no file there or can't be read, so that nobody knows what is lost with
+/// it, stays beside the new one as NAME-OLD.EXT, or NAME-OLD-2.EXT to NAME-OLD-9.EXT.  False leaves
+/// the old file as it was.
 bool ReplaceFile(const char* path, std::string_view contents);
+
+/// Removes from a folder, given with its trailing backslash, what saves that were killed have left.
+void RemoveAbandonedFiles(const char* folder);
+
+/// Sixteen letters and digits that nobody can guess.
+std::string RandomName();
+
+/// When a file was written, in nanoseconds; -1 if there is none.
+std::int64_t FileTime(const char* path);
 
 constexpr int kAttributeHidden = 0x02;  ///< the name begins with a dot
 constexpr int kAttributeFolder = 0x10;
@@ -61,6 +71,7 @@ std::vector<std::string> ListFolder(const char* path);
 std::string CanonicalPath(const char* path);
 
 bool FolderExists(const char* path);
+/// Also makes the folders that it lies in.
 bool MakeFolder(const char* path);
 
 /// The current folder, with a trailing backslash.
@@ -72,6 +83,6 @@ std::string ExecutablePath();
 
 /// Between the system's paths and the machine's.
 std::string ToMachinePath(const char* path);
-std::string FromMachinePath(const char* path);
+std::string FromMachinePath(std::string path);
 
 }  // namespace kwo::platform

@@ -9,8 +9,9 @@ enum MessageId : int {
   kMessageActivate = 6,  ///< low word of `wParam` 0: another program's window is active now
   kMessagePaint = 15,    ///< the whole window is to be presented
   kMessageQuit = 18,
-  kMessageShowWindow = 24,  ///< `wParam`: 1 shown, 0 hidden
-  kMessageCommand = 273,    ///< low word of `wParam` a menu command, or high word an edit's notice
+  kMessageShowWindow = 24,      ///< `wParam`: 1 shown, 0 hidden
+  kMessageDisplayChange = 126,  ///< the screens or their density are others now
+  kMessageCommand = 273,  ///< low word of `wParam` a menu command, or high word an edit's notice
   kMessageSysCommand = 274,
   kMessageTimer = 275,  ///< `wParam`: the timer's id; one at most waits in the queue
   kMessageMouseMove = 512,
@@ -20,10 +21,12 @@ enum MessageId : int {
   kMessageRightDown = 516,
   kMessageRightUp = 517,
   kMessageRightDouble = 518,
+  kMessageWheel = 522,      ///< `wParam`: kWheelNotch for each notch, above 0 away from the user
   kMessageDropFiles = 563,  ///< `wParam`: what `TakeDroppedFiles` takes
   kMessageTray = 0x8064,    ///< `lParam`: kMessageLeftDown or kMessageRightDown on the tray icon
 };
 
+constexpr int kWheelNotch = 120;
 constexpr int kSizeRestored = 0;
 constexpr int kSizeMinimised = 1;
 constexpr int kSystemMinimise = 0xF020;

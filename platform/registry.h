@@ -18,7 +18,7 @@ bool WriteRegistry(const char* key, const char* name, RegistryType type, const v
                    std::size_t size);
 
 /// Carries all values set so far to where they last, in one step: what is found after a crash is
-/// the values of the last flush, whole.  Silent where that can't be written.
-void FlushRegistry();
+/// the values of the last flush, whole.  False where that can't be written.
+bool FlushRegistry();
 
 }  // namespace kwo::platform

@@ -24,4 +24,8 @@ struct TextTarget {
 void DrawTextLine(const TextTarget& target, const char* text, const Font& font, std::uint32_t color,
                   int x, int y);
 
+/// Pixels that a line of text takes from its start to where the next letter would stand.  Any
+/// thread.
+int TextWidth(const char* text, const Font& font);
+
 }  // namespace kwo::platform

@@ -19,6 +19,7 @@ struct Size {
 };
 struct Rectangle {
   int x, y, width, height;
+  bool operator==(const Rectangle&) const = default;
   bool Contains(Point point) const {
     return x <= point.x && point.x < x + width && y <= point.y && point.y < y + height;
   }
@@ -70,6 +71,11 @@ void ShowPointer(bool show);
 Point PointerPosition();  ///< on the screen
 void SetPointerPosition(Point place);
 Size ScreenSize();
+/// All screens with their places on the desktop, at least one; the first is that of `ScreenSize`.
+std::vector<Rectangle> Screens();
+/// Whether the screens or their density are others than in the last run, and notes them for the
+/// next: to be asked once, at the start.  While the program runs, kMessageDisplayChange tells.
+bool ScreensAreNew();
 
 enum class Key { kShift, kControl };
 bool KeyDown(Key key);

@@ -44,8 +44,8 @@ const char* GetSettingString(const char* name, const char* fallback, int force) 
   return fallback;
 }
 
-void FlushSettings() {
-  platform::FlushRegistry();
+bool FlushSettings() {
+  return platform::FlushRegistry();
 }
 
 }  // namespace kwo

@@ -11,7 +11,7 @@ int GetSettingInt(const char* name, int fallback, int force);
 /// next call.  A stored text of more than 263 characters counts as absent.
 const char* GetSettingString(const char* name, const char* fallback, int force);
 
-/// Carries all settings to where they last, in one step.
-void FlushSettings();
+/// Carries all settings to where they last, in one step; false where they can't be written.
+bool FlushSettings();
 
 }  // namespace kwo

@@ -2,15 +2,13 @@
 
 #include <cstdlib>
 
+#include "platform/desktop/config_folder.h"
 #include "platform/files.h"
 #include "platform/posix/registry_store.h"
 
 namespace kwo::platform {
-namespace {
 
-// The settings file of the desktop's conventions; empty, which keeps the values in memory, for a
-// user without a home.
-std::string StorePath() {
+std::string ConfigFolder() {
   const char* config = std::getenv("XDG_CONFIG_HOME");
   const char* home = std::getenv("HOME");
   std::string folder;
@@ -24,7 +22,15 @@ std::string StorePath() {
   MakeFolder(folder.c_str());
   folder += "/kwo";
   MakeFolder(folder.c_str());
-  return folder + "/settings";
+  return folder;
+}
+
+namespace {
+
+// Empty, which keeps the values in memory, where there is no folder.
+std::string StorePath() {
+  const std::string folder = ConfigFolder();
+  return folder.empty() ? folder : folder + "/settings";
 }
 
 RegistryStore& Store() {
@@ -49,8 +55,8 @@ bool WriteRegistry(const char* key, const char* name, RegistryType type, const v
   return true;
 }
 
-void FlushRegistry() {
-  Store().Flush();
+bool FlushRegistry() {
+  return Store().Flush();
 }
 
 }  // namespace kwo::platform

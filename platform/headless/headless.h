@@ -65,6 +65,8 @@ enum class Button { kLeft, kRight };
 void MovePointer(platform::Point place);
 void PressButton(Button button);
 void ReleaseButton(Button button);
+/// platform::kWheelNotch for each notch, above 0 away from the user.
+void TurnWheel(int way);
 void SetKey(platform::Key key, bool down);
 /// Types into the edit, if it has the focus; 8 deletes the byte before the caret, and `MoveCaret`
 /// puts the caret elsewhere.
@@ -114,6 +116,8 @@ std::vector<std::string> LastMenu();
 std::vector<std::string> CommandLines();
 
 void SetScreenSize(platform::Size size);
+/// Several screens, of which the first is the main one.  A program that runs is told.
+void SetScreens(const std::vector<platform::Rectangle>& screens);
 void SetWindowPossible(bool possible);
 void SetTrayPresent(bool present);
 /// What `ReadClassRegistry` finds; an empty value removes the key.

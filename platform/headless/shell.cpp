@@ -6,6 +6,7 @@
 
 #include "platform/files.h"
 #include "platform/headless/headless.h"
+#include "platform/posix/dropped_songs.h"
 #include "platform/posix/executable.h"
 
 namespace kwo {
@@ -133,8 +134,10 @@ std::vector<std::string> LastMenu() {
 }
 
 void DropFiles(const std::vector<std::string>& paths) {
+  std::vector<std::string> songs = platform::DroppedSongs(paths);
+  if (songs.empty()) return;
   std::lock_guard guard(lock);
-  drops[++lastDrop] = paths;
+  drops[++lastDrop] = std::move(songs);
   platform::PostMessage({platform::kMessageDropFiles, lastDrop, 0});
 }
 

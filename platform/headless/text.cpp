@@ -180,6 +180,12 @@ void DrawTextLine(const TextTarget& target, const char* text, const Font& font, 
   }
 }
 
+int TextWidth(const char* text, const Font&) {
+  int letters = 0;
+  for (; *text; ++text) letters += !IsContinuation(*text);
+  return letters * kAdvance;
+}
+
 }  // namespace kwo::platform
 
 namespace kwo::headless {

@@ -45,7 +45,7 @@ struct Desktop {
   std::vector<Rectangle> shape;
   std::vector<std::uint8_t> pixels;
   std::map<int, Timer> timers;
-  platform::Size screen{1280, 800};
+  std::vector<Rectangle> screens{{0, 0, 1280, 800}};
   Point pointer{640, 400};
   int pointerHides = 0;
   int buttonsHeld = 0;
@@ -74,6 +74,15 @@ bool OnScreen() {
 
 Point LocalPointer() {
   return {desktop.pointer.x - desktop.window.place.x, desktop.pointer.y - desktop.window.place.y};
+}
+
+// The place itself, or the nearest on the main screen.
+Point OnAScreen(Point place) {
+  for (const Rectangle& screen : desktop.screens)
+    if (screen.Contains(place)) return place;
+  const Rectangle& first = desktop.screens[0];
+  return {std::clamp(place.x, first.x, first.x + first.width - 1),
+          std::clamp(place.y, first.y, first.y + first.height - 1)};
 }
 
 // The composing thread may be at work on the next frame.
@@ -245,7 +254,12 @@ void SetPointerPosition(Point place) {
 
 Size ScreenSize() {
   std::lock_guard guard(lock);
-  return desktop.screen;
+  return {desktop.screens[0].width, desktop.screens[0].height};
+}
+
+std::vector<Rectangle> Screens() {
+  std::lock_guard guard(lock);
+  return desktop.screens;
 }
 
 bool KeyDown(Key key) {
@@ -324,8 +338,7 @@ void CollectTimers(std::vector<int>& ids) {
 
 void MovePointer(Point place) {
   std::lock_guard guard(lock);
-  desktop.pointer = {std::clamp(place.x, 0, desktop.screen.width - 1),
-                     std::clamp(place.y, 0, desktop.screen.height - 1)};
+  desktop.pointer = OnAScreen(place);
   if (!OnScreen()) return;
   const bool followed = desktop.window.captured && desktop.buttonsHeld > 0;
   if (followed || InShape(LocalPointer()))
@@ -335,8 +348,10 @@ void MovePointer(Point place) {
 void PressButton(Button button) {
   const std::int64_t now = Now();
   std::lock_guard guard(lock);
+  // The window that has taken one button gets the others, too.
+  const bool grabbed = desktop.window.captured && desktop.buttonsHeld > 0;
   ++desktop.buttonsHeld;
-  if (!OnScreen() || !InShape(LocalPointer())) {
+  if (!OnScreen() || !(grabbed || InShape(LocalPointer()))) {
     if (desktop.active) {
       desktop.active = false;
       GiveFocusToEdit(false);
@@ -366,6 +381,12 @@ void ReleaseButton(Button button) {
   platform::PostMessage(
       {button == Button::kLeft ? platform::kMessageLeftUp : platform::kMessageRightUp, 0,
        platform::PackPlace(LocalPointer())});
+}
+
+void TurnWheel(int way) {
+  std::lock_guard guard(lock);
+  if (OnScreen() && InShape(LocalPointer()))
+    platform::PostMessage({platform::kMessageWheel, way, platform::PackPlace(LocalPointer())});
 }
 
 void SetKey(platform::Key key, bool down) {
@@ -447,8 +468,13 @@ Point PointerPlace() {
 }
 
 void SetScreenSize(platform::Size size) {
+  SetScreens({{0, 0, size.width, size.height}});
+}
+
+void SetScreens(const std::vector<Rectangle>& screens) {
   std::lock_guard guard(lock);
-  desktop.screen = size;
+  desktop.screens = screens;
+  if (desktop.window.exists) platform::PostMessage({platform::kMessageDisplayChange, 0, 0});
 }
 
 void SetWindowPossible(bool possible) {

@@ -42,14 +42,6 @@ int MoveAll(int count, Transfer transfer) {
   return moved;
 }
 
-// True also for a file that does not exist.
-bool CanBeRead(const std::string& machinePath) {
-  const int file = open(machinePath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (file < 0) return errno == ENOENT;
-  close(file);
-  return true;
-}
-
 }  // namespace
 
 std::string ToMachinePath(const char* path) {
@@ -58,10 +50,9 @@ std::string ToMachinePath(const char* path) {
   return machine;
 }
 
-std::string FromMachinePath(const char* path) {
-  std::string ours(path);
-  std::replace(ours.begin(), ours.end(), '/', '\\');
-  return ours;
+std::string FromMachinePath(std::string path) {
+  std::replace(path.begin(), path.end(), '/', '\\');
+  return path;
 }
 
 int OpenFile(const char* path, FileAccess access, FileCreate create) {
@@ -121,33 +112,6 @@ bool ReadWholeFile(const char* path, std::string& contents, std::size_t limit) {
   return contents.size() <= limit;
 }
 
-bool ReplaceFile(const char* path, std::string_view contents) {
-  // A link to the file stays one.
-  const std::string target = ToMachinePath(CanonicalPath(path).c_str());
-  // A name of this process alone: two players may end at the same moment.
-  const std::string beside = target + '.' + std::to_string(getpid()) + ".new";
-  int file = open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  if (file < 0) return false;
-  struct stat old;
-  if (stat(target.c_str(), &old) == 0) {
-    // What root saves for once stays the user's.
-    [[maybe_unused]] const int given = fchown(file, old.st_uid, old.st_gid);
-    fchmod(file, (old.st_mode & 0777) | S_IRUSR | S_IWUSR);
-  }
-  const int size = static_cast<int>(contents.size());
-  bool whole = WriteFile(file, contents.data(), size) == size;
-  // The rename must not reach the disk before the contents do.
-  whole = fsync(file) == 0 && whole;
-  whole = close(file) == 0 && whole;
-  const std::string aside = target + ".old";
-  const bool setAside = whole && !CanBeRead(target);
-  if (setAside) whole = rename(target.c_str(), aside.c_str()) == 0;
-  if (whole && rename(beside.c_str(), target.c_str()) == 0) return true;
-  if (whole && setAside) rename(aside.c_str(), target.c_str());
-  unlink(beside.c_str());
-  return false;
-}
-
 int FileAttributes(const char* path) {
   const std::string machine = ToMachinePath(path);
   struct stat status;
@@ -192,7 +156,11 @@ bool FolderExists(const char* path) {
 }
 
 bool MakeFolder(const char* path) {
-  return mkdir(ToMachinePath(path).c_str(), S_IRWXU) == 0 || FolderExists(path);
+  const std::string machine = ToMachinePath(path);
+  for (std::size_t slash = machine.find('/', 1); slash != std::string::npos;
+       slash = machine.find('/', slash + 1))
+    mkdir(machine.substr(0, slash).c_str(), S_IRWXU);
+  return mkdir(machine.c_str(), S_IRWXU) == 0 || FolderExists(path);
 }
 
 std::string CurrentFolder() {

@@ -85,8 +85,8 @@ void RegistryStore::Write(const char* key, const char* name, RegistryType type, 
   changed_ = true;
 }
 
-void RegistryStore::Flush() {
-  if (path_.empty() || !changed_) return;
+bool RegistryStore::Flush() {
+  if (path_.empty() || !changed_) return true;
   std::string contents;
   for (const auto& [name, value] : values_) {
     contents += Escape(name) + '=';
@@ -101,7 +101,8 @@ void RegistryStore::Flush() {
     }
     contents += '\n';
   }
-  if (ReplaceFile(path_.c_str(), contents)) changed_ = false;
+  changed_ = !ReplaceFile(path_.c_str(), contents);
+  return !changed_;
 }
 
 }  // namespace kwo::platform

@@ -19,8 +19,8 @@ class RegistryStore {
   bool Read(const char* key, const char* name, std::string& bytes) const;
   void Write(const char* key, const char* name, RegistryType type, std::string bytes);
 
-  /// Replaces the file in one step if a value has changed.
-  void Flush();
+  /// Replaces the file in one step if a value has changed; false if that fails.
+  bool Flush();
 
  private:
   struct Value {

@@ -4,6 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/kept_file.h"
+#include "platform/owned_file.h"
+#include "platform/posix/dropped_songs.h"
 #include "tests/support.h"
 
 namespace kwo::platform {
@@ -15,6 +18,11 @@ class ReplacedFile : public testing::Test {
  protected:
   ReplacedFile() { test::WriteBytes(file, "old"); }
 
+  std::string Bytes(const std::string& name) const { return test::ReadBytes(folder.File(name)); }
+  std::ptrdiff_t Files() const {
+    return std::distance(std::filesystem::directory_iterator(folder.Path()), {});
+  }
+
   test::TempFolder folder;
   const std::string file = folder.File("HISTORY.PLA");
   // Root, who may read and save everything, takes the part of another.
@@ -22,15 +30,16 @@ class ReplacedFile : public testing::Test {
 };
 
 TEST_F(ReplacedFile, StaysAsItWasWhereTheNewOneCannotBeWritten) {
-  // Where the new one is written before it is renamed.
-  const std::string beside = file + '.' + std::to_string(getpid()) + ".new";
-  std::filesystem::create_directory(beside);
+  std::filesystem::permissions(folder.Path(), perms(0555));
+  ASSERT_EQ(0, seteuid(owner));
   EXPECT_FALSE(ReplaceFile(file.c_str(), "new"));
+  ASSERT_EQ(0, seteuid(we));
   EXPECT_EQ("old", test::ReadBytes(file));
-  std::filesystem::remove(beside);
+  std::filesystem::permissions(folder.Path(), perms::owner_all);
   std::filesystem::permissions(file, perms::owner_read);
   EXPECT_TRUE(ReplaceFile(file.c_str(), "new"));
   EXPECT_EQ("new", test::ReadBytes(file));
+  EXPECT_EQ(1, Files()) << "nothing is left over";
 }
 
 TEST_F(ReplacedFile, StaysBehindItsLinkWithItsPermissionsAndItsOwner) {
@@ -38,7 +47,7 @@ TEST_F(ReplacedFile, StaysBehindItsLinkWithItsPermissionsAndItsOwner) {
   std::filesystem::create_symlink(file, link);
   std::filesystem::permissions(file, perms(0464));
   ASSERT_EQ(0, chown(file.c_str(), owner, static_cast<gid_t>(-1)));
-  EXPECT_TRUE(ReplaceFile(FromMachinePath(link.c_str()).c_str(), "new"));
+  EXPECT_TRUE(ReplaceFile(FromMachinePath(link).c_str(), "new"));
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ("new", test::ReadBytes(file));
   struct stat status;
@@ -54,9 +63,121 @@ TEST_F(ReplacedFile, StaysBesideTheNewOneIfItCannotBeRead) {
   ASSERT_EQ(0, seteuid(owner));
   EXPECT_TRUE(ReplaceFile(file.c_str(), "new"));
   ASSERT_EQ(0, seteuid(we));
-  std::filesystem::permissions(file + ".old", perms::owner_read);
-  EXPECT_EQ("old", test::ReadBytes(file + ".old"));
-  EXPECT_EQ("new", test::ReadBytes(file));
+  std::filesystem::permissions(folder.File("HISTORY-OLD.PLA"), perms::owner_read);
+  EXPECT_EQ("old", Bytes("HISTORY-OLD.PLA"));
+  EXPECT_EQ("new", Bytes("HISTORY.PLA"));
+}
+
+TEST_F(ReplacedFile, FolderOrPipeInItsPlaceHarmsNothingAndIsKept) {
+  const auto replaces = [this](const char* text) {
+    EXPECT_TRUE(ReplaceFile(file.c_str(), text)) << text;
+    EXPECT_EQ(text, test::ReadBytes(file));
+    std::filesystem::remove(file);
+  };
+  std::filesystem::remove(file);
+  std::filesystem::create_directory(file);
+  test::WriteBytes(file + "/song", "a");
+  replaces("for a folder");
+  EXPECT_EQ("a", Bytes("HISTORY-OLD.PLA/song"));
+  ASSERT_EQ(0, mkfifo(file.c_str(), 0666));
+  replaces("for a pipe");
+  EXPECT_TRUE(std::filesystem::is_fifo(folder.File("HISTORY-OLD-2.PLA")));
+  std::filesystem::create_symlink(folder.File("nowhere"), file);
+  replaces("for a dead link");
+}
+
+TEST_F(ReplacedFile, WrittenByAnotherIsSetAside) {
+  KeptFile kept;
+  kept.Note(file.c_str());
+  const auto replaces = [&](const char* text) {
+    EXPECT_TRUE(kept.Replace(file.c_str(), text));
+    EXPECT_EQ(text, test::ReadBytes(file));
+  };
+  replaces("ours");
+  replaces("ours again");
+  EXPECT_EQ(1, Files());
+  for (int other = 1; other <= 10; ++other) {
+    test::WriteBytes(file, "another's " + std::to_string(other));
+    replaces("ours");
+  }
+  EXPECT_EQ("another's 1", Bytes("HISTORY-OLD.PLA"));
+  EXPECT_EQ("another's 2", Bytes("HISTORY-OLD-2.PLA"));
+  EXPECT_EQ("another's 10", Bytes("HISTORY-OLD-9.PLA")) << "the last name is used again";
+  EXPECT_EQ(10, Files());
+  KeptFile late;
+  late.Note(folder.File("EQ.SET").c_str());
+  test::WriteBytes(folder.File("EQ.SET"), "come since");
+  EXPECT_TRUE(late.Replace(folder.File("EQ.SET").c_str(), "ours"));
+  EXPECT_EQ("come since", Bytes("EQ-OLD.SET"));
+}
+
+TEST_F(ReplacedFile, OfALivingOwnerIsNotTaken) {
+  const std::string path = folder.File("RUNNING");
+  OwnedFile taken;
+  {
+    OwnedFile owned;
+    owned.Begin(path);
+    for (const char* text : {"one", "two"}) {
+      EXPECT_TRUE(owned.Replace(text));
+      EXPECT_EQ(text, test::ReadBytes(path));
+      EXPECT_FALSE(taken.Adopt(path));
+    }
+  }
+  std::filesystem::create_symlink(path, folder.File("link"));
+  EXPECT_FALSE(taken.Adopt(folder.File("link")));
+  EXPECT_FALSE(taken.Adopt(folder.File("none")));
+  EXPECT_TRUE(taken.Adopt(path));
+  taken.Remove();
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(ReplacedFile, AbandonedNewOnesAreRemoved) {
+  const std::string left = file + '.' + RandomName() + ".new";
+  OwnedFile living;
+  living.Begin(file + '.' + RandomName() + ".new");
+  EXPECT_TRUE(living.Replace("under way"));
+  test::WriteBytes(left, "half");
+  test::WriteBytes(folder.File("song.new"), "the user's");
+  RemoveAbandonedFiles((folder.Path() + "/").c_str());
+  EXPECT_FALSE(std::filesystem::exists(left));
+  EXPECT_EQ(3, Files());
+}
+
+TEST(Files, FolderIsMadeWithThoseThatItLiesIn) {
+  const test::TempFolder folder;
+  EXPECT_TRUE(MakeFolder(folder.File("a/b/c").c_str()));
+  EXPECT_TRUE(MakeFolder(folder.File("a/b/c").c_str()));
+  EXPECT_TRUE(std::filesystem::is_directory(folder.File("a/b/c")));
+  test::WriteBytes(folder.File("file"), "");
+  EXPECT_FALSE(MakeFolder(folder.File("file/d").c_str()));
+}
+
+TEST(DroppedSongs, AreNoneWithoutASong) {
+  const test::TempFolder folder;
+  const auto path = [&](const std::string& name) { return FromMachinePath(folder.File(name)); };
+  const auto taken = [&](const std::string& name) { return !DroppedSongs({path(name)}).empty(); };
+  for (const char* name : {"gone.mp3", "B.Mp2", "list.pla"}) EXPECT_TRUE(taken(name)) << name;
+  for (const char* name : {"list.m3u", "cover.png", "song.wav", "mp3"}) EXPECT_FALSE(taken(name));
+  EXPECT_FALSE(taken(std::string(250, 'x') + ".mp3")) << "nobody could open it";
+  EXPECT_FALSE(taken(std::string("a\0.mp3", 6)));
+  EXPECT_TRUE(DroppedSongs({}).empty());
+  EXPECT_EQ(2u, DroppedSongs({path("cover.png"), path("a.mp3")}).size()) << "the rest does no harm";
+
+  std::filesystem::create_directories(folder.File("album/deep/er"));
+  std::filesystem::create_directories(folder.File("album/.hidden"));
+  test::WriteBytes(folder.File("album/deep/er/cover.png"), "");
+  test::WriteBytes(folder.File("album/.hidden/a.mp3"), "");
+  std::filesystem::create_directory_symlink("..", folder.File("album/deep/back"));
+  EXPECT_FALSE(taken("album"));
+  test::WriteBytes(folder.File("album/deep/er/a.MP3"), "");
+  EXPECT_TRUE(taken("album"));
+  EXPECT_FALSE(taken("album/.hidden"));
+
+  std::filesystem::create_directory(folder.File("many"));
+  for (int i = 0; i < 10000; ++i) test::WriteBytes(folder.File("many/" + std::to_string(i)), "");
+  EXPECT_FALSE(taken("many"));
+  test::WriteBytes(folder.File("many/one more"), "");
+  EXPECT_TRUE(taken("many")) << "the look has an end";
 }
 
 }  // namespace

@@ -9,11 +9,13 @@
 #include <QPainter>
 #include <QScreen>
 #include <QStringDecoder>
+#include <QWheelEvent>
 #include <algorithm>
 #include <mutex>
 
 #include "platform/desktop/main_loop.h"
 #include "platform/files.h"
+#include "platform/posix/dropped_songs.h"
 #include "platform/shared.h"
 
 namespace kwo::platform {
@@ -63,17 +65,18 @@ void AddChangedRows(int first, int end) {
   } while (!changedRows.compare_exchange_weak(old, merged));
 }
 
-// The paths of a drop, with their bytes as they stand: a file's name need not be text.
-std::vector<std::string> DroppedPaths(const QMimeData& data) {
+// The songs of a drop, with their bytes as they stand: a file's name need not be text.
+std::vector<std::string> DroppedFiles(const QMimeData& data) {
   std::vector<std::string> paths;
   for (const QByteArray& line : data.data("text/uri-list").split('\n')) {
     QByteArray path = line.trimmed();
     if (!path.startsWith("file:")) continue;
     path.remove(0, 5);
     if (path.startsWith("//")) path.remove(0, path.indexOf('/', 2));
-    paths.push_back(FromMachinePath(QByteArray::fromPercentEncoding(path).constData()));
+    const QByteArray bytes = QByteArray::fromPercentEncoding(path);
+    if (bytes.startsWith('/')) paths.push_back(FromMachinePath(bytes.toStdString()));
   }
-  return paths;
+  return DroppedSongs(std::move(paths));
 }
 
 }  // namespace
@@ -129,7 +132,7 @@ MainWindow::MainWindow(WindowProcedure newProcedure, void* newOwner)
   setAttribute(Qt::WA_NoSystemBackground);
   setMouseTracking(true);
   setAcceptDrops(true);
-  setFocusPolicy(Qt::ClickFocus);
+  setFocusPolicy(Qt::NoFocus);
   setWindowTitle("KWO");
 }
 
@@ -139,6 +142,29 @@ void MainWindow::Resize(Size newSize) {
   front.fill(Qt::black);
   setFixedSize(std::max(1, size.width) * scale, std::max(1, size.height) * scale);
   presentTarget = this;
+}
+
+void MainWindow::Shape(const std::vector<Rectangle>& runs) {
+  shape = runs;
+  if (runs.empty()) {
+    clearMask();
+    return;
+  }
+  std::vector<QRect> rectangles;
+  rectangles.reserve(runs.size());
+  for (const Rectangle& run : runs)
+    rectangles.emplace_back(run.x * scale, run.y * scale, run.width * scale, run.height * scale);
+  QRegion region;
+  region.setRects(rectangles.data(), static_cast<int>(rectangles.size()));
+  setMask(region);
+}
+
+void MainWindow::Rescale() {
+  const int now = ScreenScale();
+  if (now == scale) return;
+  scale = now;
+  setFixedSize(std::max(1, size.width) * scale, std::max(1, size.height) * scale);
+  Shape(shape);
 }
 
 void MainWindow::PutCaption() {
@@ -190,6 +216,12 @@ void MainWindow::mouseMoveEvent(QMouseEvent* event) {
     PostMessage({kMessageMouseMove, 0, PackPlace(place)});
 }
 
+void MainWindow::wheelEvent(QWheelEvent* event) {
+  const QPointF place = event->position() / scale;
+  PostMessage({kMessageWheel, event->angleDelta().y(),
+               PackPlace({static_cast<int>(place.x()), static_cast<int>(place.y())})});
+}
+
 void MainWindow::changeEvent(QEvent* event) {
   QWidget::changeEvent(event);
   if (event->type() != QEvent::WindowStateChange || isMinimized() == show.minimised) return;
@@ -211,15 +243,17 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  if (!event->mimeData()->hasUrls()) return;
+  if (DroppedFiles(*event->mimeData()).empty()) return;
   event->setDropAction(Qt::CopyAction);
   event->accept();
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
+  std::vector<std::string> files = DroppedFiles(*event->mimeData());
+  if (files.empty()) return;
   event->setDropAction(Qt::CopyAction);
   event->accept();
-  PostMessage({kMessageDropFiles, KeepDrop(DroppedPaths(*event->mimeData())), 0});
+  PostMessage({kMessageDropFiles, KeepDrop(std::move(files)), 0});
 }
 
 void ServeWindow() {

@@ -33,13 +33,17 @@ class MainWindow : public QWidget {
   MainWindow(WindowProcedure procedure, void* owner);
 
   void Resize(Size size);
+  void Shape(const std::vector<Rectangle>& runs);
+  /// Takes the screen's density anew.
+  void Rescale();
   void PutCaption();
 
   // Places in the window's own pixels; `scale` screen pixels make one.
-  const int scale;
+  int scale;
   const WindowProcedure procedure;
   void* const owner;
   Size size{0, 0};
+  std::vector<Rectangle> shape;
   ShowState show;
   bool topmost = false;
   bool captured = false;
@@ -55,6 +59,7 @@ class MainWindow : public QWidget {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
   void changeEvent(QEvent* event) override;
   bool event(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;

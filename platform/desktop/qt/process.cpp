@@ -141,6 +141,7 @@ void CatchSignals() {
   action.sa_flags = SA_RESTART;
   for (int signal : {SIGTERM, SIGINT, SIGHUP}) sigaction(signal, &action, nullptr);
   signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);  // a save past the limit fails as on a full disk
 }
 
 }  // namespace

@@ -80,4 +80,8 @@ void DrawTextLine(const TextTarget& target, const char* text, const Font& font, 
     StoreRow(reinterpret_cast<const std::uint32_t*>(line.constScanLine(i)), row(i), target.width);
 }
 
+int TextWidth(const char* text, const Font& font) {
+  return QFontMetrics(font.font).horizontalAdvance(FromBytes(text));
+}
+
 }  // namespace kwo::platform

@@ -7,7 +7,9 @@
 #include <QWindow>
 #include <algorithm>
 
+#include "platform/desktop/config_folder.h"
 #include "platform/desktop/qt/main_window.h"
+#include "platform/posix/screens_note.h"
 
 namespace kwo::platform {
 namespace {
@@ -24,6 +26,28 @@ void SetPointerShape() {
   }
 }
 
+void TellOfScreens() {
+  PostMessage({kMessageDisplayChange, 0, 0});
+}
+
+void WatchScreen(QScreen* screen) {
+  QObject::connect(screen, &QScreen::geometryChanged, mainWindow.get(), TellOfScreens);
+  QObject::connect(screen, &QScreen::logicalDotsPerInchChanged, mainWindow.get(), [] {
+    mainWindow->Rescale();
+    TellOfScreens();
+  });
+}
+
+void WatchScreens() {
+  for (QScreen* screen : QGuiApplication::screens()) WatchScreen(screen);
+  QObject::connect(qApp, &QGuiApplication::screenAdded, mainWindow.get(), [](QScreen* screen) {
+    WatchScreen(screen);
+    TellOfScreens();
+  });
+  QObject::connect(qApp, &QGuiApplication::screenRemoved, mainWindow.get(), TellOfScreens);
+  QObject::connect(qApp, &QGuiApplication::primaryScreenChanged, mainWindow.get(), TellOfScreens);
+}
+
 int DivideDown(int value, int by) {
   return value >= 0 ? value / by : -((by - 1 - value) / by);
 }
@@ -33,6 +57,7 @@ int DivideDown(int value, int by) {
 bool CreateMainWindow(WindowProcedure procedure, void* owner) {
   if (!qApp) return false;
   mainWindow = std::make_unique<MainWindow>(procedure, owner);
+  WatchScreens();
   mainWindow->winId();  // The native window, which is asked to stay on top before it is shown.
   return true;
 }
@@ -63,19 +88,7 @@ void ResizeWindow(Size size) {
 }
 
 void SetWindowShape(const std::vector<Rectangle>& runs) {
-  if (!mainWindow) return;
-  if (runs.empty()) {
-    mainWindow->clearMask();
-    return;
-  }
-  std::vector<QRect> rectangles;
-  rectangles.reserve(runs.size());
-  for (const Rectangle& run : runs)
-    rectangles.emplace_back(run.x * Scale(), run.y * Scale(), run.width * Scale(),
-                            run.height * Scale());
-  QRegion region;
-  region.setRects(rectangles.data(), static_cast<int>(rectangles.size()));
-  mainWindow->setMask(region);
+  if (mainWindow) mainWindow->Shape(runs);
 }
 
 void SetTopmost(bool topmost) {
@@ -132,6 +145,24 @@ void SetPointerPosition(Point place) {
 Size ScreenSize() {
   const QSize size = QGuiApplication::primaryScreen()->size();
   return {size.width() / Scale(), size.height() / Scale()};
+}
+
+std::vector<Rectangle> Screens() {
+  const int scale = Scale();
+  std::vector<Rectangle> screens;
+  for (const QScreen* screen : QGuiApplication::screens()) {
+    const QRect place = screen->geometry();
+    const Rectangle told{DivideDown(place.x(), scale), DivideDown(place.y(), scale),
+                         place.width() / scale, place.height() / scale};
+    screens.insert(screen == QGuiApplication::primaryScreen() ? screens.begin() : screens.end(),
+                   told);
+  }
+  return screens;
+}
+
+bool ScreensAreNew() {
+  const std::string folder = ConfigFolder();
+  return !folder.empty() && NoteScreens(folder + "/screens", Screens());
 }
 
 bool KeyDown(Key key) {
