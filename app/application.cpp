@@ -8,8 +8,10 @@
 #include <string>
 
 #include "app/main_events.h"
+#include "app/running_copy.h"
 #include "app/saved_state.h"
 #include "app/shell_services.h"
+#include "app/window_place.h"
 #include "engine/shuffle_master.h"
 #include "engine/transport.h"
 #include "panels/application_state.h"
@@ -46,10 +48,12 @@ constexpr int kFadePollMilliseconds = 50;
 
 // What this run has to save and has not saved for good.
 bool settingsDue = false, historyDue = false;
+platform::KeptFile keptHistory;
 
 void SetHooks() {
   hooks.refreshSongLine = RefreshSongLine;
   hooks.refreshPlaylistPage = RefreshPlaylistPage;
+  hooks.followSong = FollowSong;
   hooks.showSongTime = ShowSongTime;
   hooks.pushSamples = PushSamples;
   hooks.transportStop = TransportStop;
@@ -132,22 +136,16 @@ void BuildPages() {
   TheSkinHost->VisualiserMode = VISUALISER_ON_PAGE;
 }
 
-// A place from which nothing of the window can be seen is given up for the screen's corner.
-platform::Point Validated(platform::Point place) {
-  const platform::Size screen = platform::ScreenSize();
-  const bool seen = std::int64_t{place.x} + TheSkinHost->windowWidth >= 0 &&
-                    std::int64_t{place.y} + TheSkinHost->windowHeight >= 0 &&
-                    place.x <= screen.width && place.y <= screen.height;
-  return seen ? place : platform::Point{0, 0};
-}
-
 void RestoreWindow() {
   const platform::Point centred = CentredPlace();
   const platform::Point saved{GetSettingInt("POS_X", centred.x, 0),
                               GetSettingInt("POS_Y", centred.y, 0)};
   WindowFlags = GetSettingInt("POS_Z", 0, 0) & 7;
   if (CurrentAutoMode() > AUTO_MINIMISE) WindowFlags &= ~3;
-  platform::MoveWindow(Validated(saved));
+  const platform::Size size{TheSkinHost->windowWidth, TheSkinHost->windowHeight};
+  platform::Point place = SeenPlace(saved, size);
+  if (platform::ScreensAreNew()) place = PlaceOnScreen({place.x, place.y, size.width, size.height});
+  platform::MoveWindow(place);
   ApplyWindowFlags();
 }
 
@@ -155,22 +153,25 @@ std::string HistoryFile() {
   return std::string(AppDir) + "HISTORY.PLA";
 }
 
-void SaveHistory() {
-  SavePlaylistFile(HistoryFile().c_str());
+bool SaveHistory() {
+  return SavePlaylistFile(HistoryFile().c_str(), &keptHistory);
 }
 
-void SaveSettings() {
-  WriteSettings();
-  FlushSettings();
+bool SaveSettings() {
+  const bool presets = WriteSettings();
+  return FlushSettings() && presets;
 }
 
 // A first run finds the demo song beside the program, so that Play makes music at once.
 void RestoreList() {
   const std::string history = HistoryFile();
-  if (platform::FileAttributes(history.c_str()) < 0) {
+  keptHistory.Note(history.c_str());
+  if (const std::string* list = DeadCopyList()) {
+    AddPlaylistText(*list);
+  } else if (platform::FileAttributes(history.c_str()) < 0) {
     AddPath((std::string(AppDir) + "music").c_str());
   } else {
-    AddPath(history.c_str());
+    LoadPlaylistFile(history.c_str());
   }
   RefreshPlaylistPage();
 }
@@ -213,6 +214,8 @@ int StartUp() {
   if (!StartEngine()) return 0;
   FindAppDir();
   std::snprintf(SkinName, sizeof SkinName, "default");
+  platform::RemoveAbandonedFiles(AppDir);
+  FindDeadCopy();
   GetSettingString("Skin", SkinName, 1);
   platform::Rectangle window{0, 0, 0, 0};
   if (!ReadSkinDescription(window)) {
@@ -235,6 +238,7 @@ int StartUp() {
   SetMainSAMode(visualiser);
   const int savedSong = ReadPlaylistSettings();
   LoadEqPresets();
+  if (const std::string* presets = DeadCopyPresets()) TakePresetBytes(*presets);
   ReadMixerSettings();
   ApplyMixerPage();
   DjSetMode(djMode);
@@ -249,13 +253,16 @@ int StartUp() {
   ShowMainPage(0);
   ShowTopBar(1);
   settingsDue = historyDue = true;
+  BeginRunningCopy();
   AppReady = 1;
   return 1;
 }
 
 void SaveState() {
-  if (settingsDue) SaveSettings();
-  if (historyDue) SaveHistory();
+  if (!settingsDue && !historyDue) return;
+  const bool settings = !settingsDue || SaveSettings();
+  const bool history = !historyDue || SaveHistory();
+  EndRunningCopy(settings && history);
 }
 
 int ShutDown() {
@@ -267,8 +274,8 @@ int ShutDown() {
     HideCurrentPage(0);
     HideTopBar(1);
     WaitForFades();
-    SaveSettings();
-    settingsDue = false;
+    RefreshRunningCopy();
+    settingsDue = !SaveSettings();
     RemoveTrayIcon();
     TheSkinHost->StopRedraw();
   }
@@ -277,8 +284,8 @@ int ShutDown() {
   TheMixer = nullptr;
   delete TheSkinHost;
   TheSkinHost = nullptr;
-  if (wasUp) SaveHistory();
-  historyDue = false;
+  if (wasUp) EndRunningCopy(SaveHistory() && !settingsDue);
+  settingsDue = historyDue = false;
   return 1;
 }
 

@@ -1,7 +1,12 @@
 #include "app/main_events.h"
 
+#include <cstdlib>
+
+#include "app/running_copy.h"
 #include "app/shell_services.h"
+#include "app/window_place.h"
 #include "engine/transport.h"
+#include "panels/equaliser_curve.h"
 #include "panels/main_page.h"
 #include "panels/menus.h"
 #include "panels/panel_tools.h"
@@ -19,11 +24,14 @@ using platform::Point;
 using platform::Rectangle;
 
 enum Press : int { PRESS_NONE = 0, PRESS_HELD = 1, PRESS_CAP = 2 };
+// The pieces of a slider, as `Widget::ApplyValue` numbers them.
+enum SliderPart : int { PART_FIRST_CAP = 1, PART_SECOND_CAP = 2, PART_THUMB = 3 };
 
 int PressState;
 Widget* PressedWidget;
 int PressX, PressY;
 bool pointerHidden;  // by the drag of a thumb
+int wheelWay;        // turned since the last whole notch
 Point CursorNow, CursorBefore;
 
 Point PlaceOf(int lParam) {
@@ -75,24 +83,57 @@ struct SliderView {
 };
 
 void MoveThumb(Widget& slider, const SliderView& view, int position, int way) {
+  slider.heldPart = PART_THUMB;
   const float value =
-      slider.ApplyValue(3.0f, static_cast<float>(position) / static_cast<float>(way));
+      slider.ApplyValue(PART_THUMB, static_cast<float>(position) / static_cast<float>(way));
   DispatchEvent(view.Event(EVENT_HORIZONTAL_THUMB), &slider, value, 0);
 }
 
-void PressCap(Widget& slider, float part, unsigned event) {
-  slider.ApplyValue(part, -1.0f);
-  DispatchEvent(event, &slider, 0, 0);
-  PressState = PRESS_CAP;
+void PressCap(Widget& slider, const SliderView& view, SliderPart part) {
+  slider.heldPart = part;
+  slider.ApplyValue(static_cast<float>(part), -1.0f);
+  DispatchEvent(view.Event(part == PART_FIRST_CAP ? EVENT_HORIZONTAL_LEFT : EVENT_HORIZONTAL_RIGHT),
+                &slider, 0, 0);
+}
+
+// Shows a slider that is not held any more.
+void Rest(Widget& slider) {
+  slider.heldPart = 0;
+  slider.ApplyValue(0.0f, -1.0f);
+}
+
+void LetSliderGo() {
+  if (!PressedWidget || !PressedWidget->IsSlider()) return;
+  Rest(*PressedWidget);
+  if (PressState == PRESS_HELD) platform::ReleaseCapture();
+}
+
+// What the pages drag by themselves.
+void EndPageDrags() {
+  CancelSeek();
+  EndCurveDrag();
+}
+
+// There is no release to come for what is held: the window has gone from under the hand, or another
+// button has been pressed on nothing.
+void LetGo() {
+  LetSliderGo();
+  platform::ReleaseCapture();
+  PressState = PRESS_NONE;
+  PressedWidget = nullptr;
+  HidePointer(false);
+  EndPageDrags();
 }
 
 void PressSlider(Widget& slider, Point place) {
   const SliderView view(slider);
   const int position = view.Along(place) - view.start;
   if (position <= view.cell) {
-    PressCap(slider, 1.0f, view.Event(EVENT_HORIZONTAL_LEFT));
+    PressCap(slider, view, PART_FIRST_CAP);
+    PressState = PRESS_CAP;
   } else if (position >= view.length - view.cell) {
-    PressCap(slider, 2.0f, view.Event(EVENT_HORIZONTAL_RIGHT));
+    PressCap(slider, view, PART_SECOND_CAP);
+    PressState = PRESS_CAP;
   } else {
     HidePointer(true);
     platform::SetCapture();
@@ -102,11 +143,16 @@ void PressSlider(Widget& slider, Point place) {
 
 void OnPress(int message, Point place) {
   HidePointer(false);
+  LetSliderGo();
   PressedWidget = TheSkinHost->HitTest(place.x, place.y);
   PressX = place.x;
   PressY = place.y;
-  if (!PressedWidget) return;
+  if (!PressedWidget) {
+    if (PressState == PRESS_HELD) LetGo();
+    return;
+  }
   Widget& widget = *PressedWidget;
+  const int page = CurrentPage, subPage = MixerSubPage;
   PressState = PRESS_HELD;
   DispatchLocal(message, widget, place);
   switch (widget.kind) {
@@ -125,6 +171,7 @@ void OnPress(int message, Point place) {
       DispatchEvent(EVENT_IMAGE, &widget, 0, 0);
       break;
   }
+  if (CurrentPage != page || MixerSubPage != subPage) EndPageDrags();
 }
 
 void DragThumb(Widget& slider, Point place) {
@@ -156,7 +203,7 @@ void OnRelease(int message, Point place) {
     PressedWidget = nullptr;
   }
   if (PressState == PRESS_NONE || !PressedWidget || !PressedWidget->IsSlider()) return;
-  PressedWidget->ApplyValue(0.0f, -1.0f);
+  Rest(*PressedWidget);
   if (PressState == PRESS_CAP) return;
   const SliderView view(*PressedWidget);
   // The pointer comes back beside the slider where it was taken, and along it where it was left.
@@ -165,6 +212,36 @@ void OnRelease(int message, Point place) {
   PressedWidget = nullptr;
   platform::ReleaseCapture();
   HidePointer(false);
+}
+
+bool AnythingHeld() {
+  return PressState == PRESS_HELD || (PressedWidget && PressedWidget->heldPart != 0);
+}
+
+// A notch is so many presses and releases of a cap.
+void TurnNotch(Point place, bool away) {
+  constexpr int kSliderPresses = 5, kRowPresses = 3;
+  Widget* widget = TheSkinHost->HitTest(place.x, place.y);
+  if (!widget) return;
+  const bool row = RowOf(widget) >= 0;
+  Widget& slider = row ? *Find(WIDGET_SCROLL_BAR) : *widget;
+  if (!slider.IsSlider()) return;
+  const SliderView view(slider);
+  const bool first = view.upright == away;  // upwards is more volume, and an earlier song
+  for (int press = view.upright ? kRowPresses : kSliderPresses; press > 0; --press) {
+    PressCap(slider, view, first ? PART_FIRST_CAP : PART_SECOND_CAP);
+    Rest(slider);
+  }
+}
+
+void OnWheel(int way, Point place) {
+  if (AnythingHeld() || (way > 0) != (wheelWay > 0)) wheelWay = 0;
+  if (AnythingHeld()) return;
+  // Fine wheels take many steps to a notch.
+  wheelWay += way;
+  for (; std::abs(wheelWay) >= platform::kWheelNotch;
+       wheelWay -= way > 0 ? platform::kWheelNotch : -platform::kWheelNotch)
+    TurnNotch(place, way > 0);
 }
 
 void OnDoublePress(SkinHost& host, int message, int lParam) {
@@ -180,13 +257,16 @@ void OnDoublePress(SkinHost& host, int message, int lParam) {
 }
 
 void OnDrop(int drop) {
+  TouchList();
   if (!platform::KeyDown(platform::Key::kShift)) {
     TransportStop();
     ClearList();
     playlist.currentSong = -1;
   }
+  const int before = playlist.count;
   for (const std::string& path : platform::TakeDroppedFiles(drop))
     if (AddPath(path.c_str())) TransportNext();
+  if (shuffleOn && playlist.count != before) BuildShuffleTable();
   RefreshSongLine();
   RefreshPlaylistPage();
 }
@@ -276,6 +356,7 @@ void ResetMainEvents() {
   PressState = PRESS_NONE;
   PressedWidget = nullptr;
   pointerHidden = false;
+  wheelWay = 0;
 }
 
 void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam) {
@@ -284,6 +365,7 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
       DispatchEvent(kTick, nullptr, 0, 0);
       break;
     case platform::kMessageSize:
+      if (wParam == platform::kSizeMinimised) LetGo();
       if (AppReady) (wParam == platform::kSizeMinimised ? SlideOut : SlideIn)();
       break;
     case platform::kMessageActivate:
@@ -291,6 +373,7 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
         platform::ShowWindow(platform::WindowShow::kMinimise);
       break;
     case platform::kMessageShowWindow:
+      if (!wParam) LetGo();
       if (AppReady) (wParam ? SlideIn : SlideOut)();
       break;
     case platform::kMessageCommand:
@@ -302,7 +385,11 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
       if (wParam == platform::kSystemRestore) SlideIn();
       break;
     case platform::kMessageTimer:
-      OnAutoHideTimer(host);
+      if (wParam == kRunningCopyTimer) {
+        RefreshRunningCopy();
+      } else {
+        OnAutoHideTimer(host);
+      }
       break;
     case platform::kMessageMouseMove:
       OnMove(PlaceOf(lParam));
@@ -318,6 +405,12 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
     case platform::kMessageLeftDouble:
     case platform::kMessageRightDouble:
       OnDoublePress(host, static_cast<int>(message), lParam);
+      break;
+    case platform::kMessageDisplayChange:
+      platform::MoveWindow(PlaceOnScreen(platform::WindowRectangle()));
+      break;
+    case platform::kMessageWheel:
+      OnWheel(wParam, PlaceOf(lParam));
       break;
     case platform::kMessageDropFiles:
       OnDrop(wParam);

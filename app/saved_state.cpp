@@ -24,12 +24,37 @@ float ReadSlider(const char* name, int fallback) {
   return std::min(static_cast<float>(GetSettingInt(name, fallback, 0)), kUtmost);
 }
 
-void Write(const char* name, int value) {
-  GetSettingInt(name, value, 1);
+std::vector<Setting> PageSettings() {
+  return {{"MainDisplayMode", MainDisplayMode},
+          {"MainSAMode", MainSAMode},
+          {"PlaylistDisplayMode", playlist.displayMode},
+          {"PlaylistTopIndex", playlist.topIndex},
+          {"PlaylistCurrentSong", playlist.currentSong}};
 }
 
-void Write(const char* name, float value) {
-  GetSettingInt(name, static_cast<int>(value), 1);
+std::vector<Setting> MixerAndWindowSettings() {
+  const platform::Rectangle window = platform::WindowRectangle();
+  return {{"EffectEQCurrent", EffectEQCurrent},
+          {"EffectEQSwitch", EffectEQSwitch},
+          {"SliderVol", static_cast<int>(SliderVol)},
+          {"SliderPan", static_cast<int>(SliderPan)},
+          {"SliderSpd", static_cast<int>(SliderSpd)},
+          {"EffectCR", EffectCR},
+          {"EffectTE", EffectTE},
+          {"EffectVR", EffectVR},
+          {"EffectCE", EffectCE},
+          {"EffectLT", EffectLT},
+          {"ModeDJ", djMode},
+          {"ModePlay", playMode},
+          {"ModeRepeat", repeatOn},
+          {"ModeShuffle", shuffleOn},
+          {"POS_X", window.x},
+          {"POS_Y", window.y},
+          {"POS_Z", WindowFlags}};
+}
+
+void Write(const std::vector<Setting>& settings) {
+  for (const Setting& setting : settings) GetSettingInt(setting.name, setting.value, 1);
 }
 
 }  // namespace
@@ -62,31 +87,17 @@ void ReadMixerSettings() {
   shuffleOn = GetSettingInt("ModeShuffle", 0, 0);
 }
 
-void WriteSettings() {
-  Write("MainDisplayMode", int{MainDisplayMode});
-  Write("MainSAMode", int{MainSAMode});
-  Write("PlaylistDisplayMode", int{playlist.displayMode});
-  Write("PlaylistTopIndex", int{playlist.topIndex});
-  Write("PlaylistCurrentSong", int{playlist.currentSong});
-  SaveEqPresets();
-  Write("EffectEQCurrent", int{EffectEQCurrent});
-  Write("EffectEQSwitch", EffectEQSwitch);
-  Write("SliderVol", SliderVol);
-  Write("SliderPan", SliderPan);
-  Write("SliderSpd", SliderSpd);
-  Write("EffectCR", EffectCR);
-  Write("EffectTE", EffectTE);
-  Write("EffectVR", EffectVR);
-  Write("EffectCE", EffectCE);
-  Write("EffectLT", EffectLT);
-  Write("ModeDJ", int{djMode});
-  Write("ModePlay", int{playMode});
-  Write("ModeRepeat", int{repeatOn});
-  Write("ModeShuffle", int{shuffleOn});
-  const platform::Rectangle window = platform::WindowRectangle();
-  Write("POS_X", window.x);
-  Write("POS_Y", window.y);
-  Write("POS_Z", WindowFlags);
+bool WriteSettings() {
+  Write(PageSettings());
+  const bool saved = SaveEqPresets();
+  Write(MixerAndWindowSettings());
+  return saved;
+}
+
+std::vector<Setting> CurrentSettings() {
+  std::vector<Setting> settings = PageSettings();
+  for (const Setting& setting : MixerAndWindowSettings()) settings.push_back(setting);
+  return settings;
 }
 
 }  // namespace kwo

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 /// The settings behind the pages' variables.  Main thread.
 namespace kwo {
 
@@ -10,7 +12,14 @@ void ReadDisplaySettings(int& displayMode, int& visualiser);
 int ReadPlaylistSettings();
 void ReadMixerSettings();
 
-/// All of them, in the order of shutdown, with the presets in between.
-void WriteSettings();
+/// All of them, in the order of shutdown, with the presets in between; false if those can't be.
+bool WriteSettings();
+
+struct Setting {
+  const char* name;
+  int value;
+};
+/// All of them as they stand, in the same order.
+std::vector<Setting> CurrentSettings();
 
 }  // namespace kwo

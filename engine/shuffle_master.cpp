@@ -82,7 +82,7 @@ void CrossFade() {
   DjVolumeRamp(0, kNewVolume);
   DjPanRamp(0, kNewPan);
   DjVoice(0).Start();
-  RefreshDisplays();
+  SongChanged();
   // The new song is heard on the left beside the old one.
   if (!DjSleep(kOverlapMilliseconds)) return;
   DjVolumeRamp(1, kOldVolume);

@@ -117,7 +117,7 @@ void StepSong(int (*step)()) {
   } else {
     OpenCurrent(*TheMixer->Slot(0));
   }
-  RefreshDisplays();
+  SongChanged();
 }
 
 void ShowTimeZero(Mixer* mixer) {
@@ -144,13 +144,20 @@ int OnSourceEnd(Mixer* mixer, Voice* voice) {
     ShowTimeZero(mixer);
     playing.LowerIf(run);
   }
-  RefreshDisplays();
+  SongChanged();
   return 1;
 }
 
 }  // namespace
 
 void TransportPlay() {
+  // Whatever the current song's number has come to.
+  if (playing) {
+    TogglePause();
+    return;
+  }
+  // A number that names no song is none, whoever left it.
+  if (playlist.currentSong >= playlist.count) playlist.currentSong = -1;
   if (playlist.currentSong < 0) {
     if (playlist.count > 0) TransportNext();
     if (playlist.currentSong < 0) return;
@@ -158,12 +165,8 @@ void TransportPlay() {
   {
     const PlaylistReader reader;
     const PlaylistEntry* entry = reader.Entry(playlist.currentSong);
-    if (!entry || playlist.count <= 0) return;
-    if (!playing && !InPlayMode(*entry)) TransportNext();
-  }
-  if (playing) {
-    TogglePause();
-    return;
+    if (!entry) return;
+    if (!InPlayMode(*entry)) TransportNext();
   }
   char path[kPathSize];
   if (!CopyPath(playlist.currentSong, path)) return;

@@ -9,6 +9,7 @@
 
 #include "panels/application_state.h"
 #include "platform/files.h"
+#include "platform/kept_file.h"
 
 namespace kwo {
 
@@ -20,7 +21,10 @@ namespace {
 static_assert(std::endian::native == std::endian::little, "the file's floats are little-endian");
 
 constexpr std::size_t kFileSize = sizeof EqPresetNames + sizeof EqPresetValues;
+constexpr std::size_t kLargestFile = 1 << 20;
 constexpr float kUtmostValue = 10.0f;
+
+platform::KeptFile kept;
 
 std::string PresetFile() {
   return std::string(AppDir) + "EQ.SET";
@@ -42,20 +46,30 @@ void LoadEqPresets() {
     std::strcpy(EqPresetNames[preset], "User Preset");
     std::fill_n(EqPresetValues[preset], kPresetValues, 1.0f);
   }
-  const int file = platform::OpenFile(PresetFile().c_str(), platform::FileAccess::kRead,
-                                      platform::FileCreate::kNever);
-  if (file < 0) return;
-  platform::ReadFile(file, EqPresetNames, sizeof EqPresetNames);
-  platform::ReadFile(file, EqPresetValues, sizeof EqPresetValues);
-  platform::CloseFile(file);
+  const std::string path = PresetFile();
+  kept.Note(path.c_str());
+  std::string bytes;
+  platform::ReadWholeFile(path.c_str(), bytes, kLargestFile);
+  TakePresetBytes(bytes);
+}
+
+void TakePresetBytes(const std::string& bytes) {
+  const std::size_t names = std::min(bytes.size(), sizeof EqPresetNames);
+  std::memcpy(EqPresetNames, bytes.data(), names);
+  std::memcpy(EqPresetValues, bytes.data() + names,
+              std::min(bytes.size() - names, sizeof EqPresetValues));
   MakeSound();
 }
 
-void SaveEqPresets() {
-  std::string contents(kFileSize, '\0');
-  std::memcpy(contents.data(), EqPresetNames, sizeof EqPresetNames);
-  std::memcpy(contents.data() + sizeof EqPresetNames, EqPresetValues, sizeof EqPresetValues);
-  platform::ReplaceFile(PresetFile().c_str(), contents);
+std::string PresetBytes() {
+  std::string bytes(kFileSize, '\0');
+  std::memcpy(bytes.data(), EqPresetNames, sizeof EqPresetNames);
+  std::memcpy(bytes.data() + sizeof EqPresetNames, EqPresetValues, sizeof EqPresetValues);
+  return bytes;
+}
+
+bool SaveEqPresets() {
+  return kept.Replace(PresetFile().c_str(), PresetBytes());
 }
 
 }  // namespace kwo

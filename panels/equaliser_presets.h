@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 /// The 64 presets of the equaliser, each a name and a curve, kept in EQ.SET beside the program.
 /// Main thread.
 namespace kwo {
@@ -16,7 +18,12 @@ extern float EqPresetValues[kPresets][kPresetValues];
 
 /// Sets the defaults, and over them as much as the file holds.
 void LoadEqPresets();
-/// Writes the file in one step; a failed save leaves the old file.
-void SaveEqPresets();
+/// Writes the file in one step; false, after a failed save, leaves the old file.  One that another
+/// program has written since the load is set aside.
+bool SaveEqPresets();
+
+/// What the file holds, and the taking of as much as there is of it.
+std::string PresetBytes();
+void TakePresetBytes(const std::string& bytes);
 
 }  // namespace kwo

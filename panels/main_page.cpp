@@ -121,12 +121,16 @@ void ShowDraggedTime(float seconds) {
   OnMixerEvent(TheMixer, EVENT_POSITION, TheMixer->Slot(0), static_cast<int>(seconds * 100), 1, 0);
 }
 
-void EndSeek(int x) {
-  const platform::Rectangle window = platform::WindowRectangle();
-  platform::SetPointerPosition({window.x + SeekStartX, window.y + SeekStartY});
+void LetGoOfTime() {
   SeekActive = 0;
   platform::ReleaseCapture();
   platform::ShowPointer(true);
+}
+
+void EndSeek(int x) {
+  const platform::Rectangle window = platform::WindowRectangle();
+  platform::SetPointerPosition({window.x + SeekStartX, window.y + SeekStartY});
+  LetGoOfTime();
   const float seconds = DraggedSeconds(x);
   ShowDraggedTime(seconds);
   const bool sounding = TheMixer->Slot(0)->active;
@@ -250,6 +254,13 @@ void RefreshSongLine() {
 void PushSamples(const std::int16_t* samples, int count) {
   SkinHost* host = TheSkinHost;
   if (host && host->VisualiserMode && host->active) host->ring.Write(samples, count);
+}
+
+void CancelSeek() {
+  if (!SeekActive) return;
+  LetGoOfTime();
+  // What the drag has shown: the song's own time again.
+  ShowDraggedTime(TheMixer->Slot(0)->position);
 }
 
 void SetMainDisplayMode(int mode) {

@@ -23,6 +23,9 @@ void RefreshSongLine();
 /// Takes a played buffer for the visualiser.  Wave output's thread.
 void PushSamples(const std::int16_t* samples, int count);
 
+/// Ends a drag of the time without a seek.
+void CancelSeek();
+
 void SetMainDisplayMode(int mode);
 void SetMainSAMode(int mode);
 /// The display mode is one in which the visualiser is the window's tile on every page.

@@ -33,11 +33,13 @@ void AndRefresh() {
   RefreshPlaylistPage();
 }
 
-// The order of songs to come is made anew before the list changes.
+// The order of songs to come is made anew before the list changes, and once more for what has come.
 template <void (*dialog)(int), int clearFirst>
 void AddByDialog() {
   if (shuffleOn) BuildShuffleTable();
+  const int before = playlist.count;
   dialog(clearFirst);
+  if (shuffleOn && playlist.count != before) BuildShuffleTable();
   RefreshPlaylistPage();
 }
 

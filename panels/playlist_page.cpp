@@ -7,6 +7,7 @@
 #include "panels/main_page.h"
 #include "panels/menus.h"
 #include "panels/panel_tools.h"
+#include "platform/clock.h"
 #include "playlist/playlist.h"
 #include "toolkit/skin_description.h"
 
@@ -29,6 +30,10 @@ constexpr struct {
     {WIDGET_FUNCTION, MENU_FUNCTION}, {WIDGET_ADD, MENU_ADD}, {WIDGET_REMOVE, MENU_REMOVE}};
 
 constexpr int kMenuDrop = 3;
+constexpr unsigned kHandsMilliseconds = 30000;
+
+// When the user's hands were on the list last.
+Shared<unsigned> lastTouch;
 constexpr float kLeftButton = platform::kMessageLeftDown;
 
 void BuildRows(const Layout& layout, int top, int area) {
@@ -80,7 +85,7 @@ void RefreshRow(int row, const PlaylistReader& reader) {
   const int written = std::snprintf(text, 16, "%d. ", song + 1);
   std::snprintf(text + written, sizeof text - static_cast<std::size_t>(written), "%s", name);
   widget->SetLabelOn(text, entry && entry->selected ? SelectedSongColor : TransparentColor);
-  if (song == playlist.currentSong) {
+  if (entry && song == playlist.currentSong) {
     widget->RunProgram(kPulseSlot, kPulseProgram);
   } else {
     widget->RunProgram(kPulseSlot, kNoProgram);
@@ -102,6 +107,12 @@ void PressButton(const Widget* widget, bool left) {
   for (const auto& button : kMenuButtons)
     if (widget == Find(button.index))
       ShowPopupMenu(button.menu, {pointer.x, pointer.y + kMenuDrop});
+}
+
+bool OfList(const Widget* widget) {
+  for (int index = WIDGET_ROW; index <= WIDGET_ITEM_DOWN; ++index)
+    if (widget && widget == Find(index)) return true;
+  return false;
 }
 
 // The song that a row stands for, or -1.
@@ -140,6 +151,7 @@ int RowOf(const Widget* widget) {
 }
 
 void BuildPlaylistPage() {
+  lastTouch = platform::GetTickCount() - kHandsMilliseconds;
   const Layout layout;
   MakeImage(TileOf(PAGE_PLAYLIST), "tile-pl.bmp", GROUP_INTERFACE);
   const Widget* box = MakeGroupBox(WIDGET_PLAYLIST_BOX, "pl-groupbox.bmp", PlaylistEffect);
@@ -159,6 +171,17 @@ void HidePlaylistPage(int wait) {
   RunPlaylistPage(kLeaveProgram, wait);
 }
 
+void TouchList() {
+  lastTouch = platform::GetTickCount();
+}
+
+void FollowSong() {
+  if (!AppReady || platform::GetTickCount() - lastTouch < kHandsMilliseconds) return;
+  const int song = playlist.currentSong, rows = playlist.visibleRows;
+  if (song < 0 || song >= playlist.count) return;
+  playlist.topIndex = std::clamp<int>(playlist.topIndex, song - rows + 1, song);
+}
+
 void RefreshPlaylistPage() {
   playlist.topIndex = std::max(0, std::min<int>(playlist.topIndex, ScrollRange()));
   BuildDisplayNames();
@@ -172,6 +195,7 @@ void RefreshPlaylistPage() {
 }
 
 void PlaylistPageHandler(unsigned event, Widget* widget, float a, float b) {
+  if (event == platform::kMessageCommand || OfList(widget)) TouchList();
   switch (event) {
     case EVENT_VERTICAL_TOP:
       Scroll(playlist.topIndex - 1);

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "panels/equaliser_presets.h"
 #include "panels/mixer_page.h"
@@ -20,21 +20,43 @@ constexpr int kBusyMilliseconds = 100;
 // the main thread clears that before it looks at this, so that no tick paints over the final name.
 std::atomic<int> NameTickBusy = 0;
 
+bool IsContinuation(char byte) {
+  return (byte & 0xC0) == 0x80;
+}
+
+std::string Numbered(const std::string& name) {
+  return std::to_string(EffectEQCurrent + 1) + ". " + name;
+}
+
+// The text with its mark at the caret, from the first letter on with which the mark still stands in
+// the name's field.
+std::string MarkedText(const std::string& text, std::size_t caret) {
+  const SkinHost& host = *TheSkinHost;
+  const std::string front = text.substr(0, caret) + kCaretMark;
+  std::size_t start = 0;
+  while (host.font && start < caret &&
+         platform::TextWidth(Numbered(front.substr(start)).c_str(), *host.font) >
+             Find(WIDGET_PRESET_NAME)->width) {
+    do {
+      ++start;
+    } while (IsContinuation(front[start]));
+  }
+  return front.substr(start) + text.substr(caret);
+}
+
 // The longest front of a text that fits a preset and does not cut a character in two.
 std::size_t FittingLength(const char* text) {
   std::size_t length = std::strlen(text);
   if (length < kPresetNameSize) return length;
   length = kPresetNameSize - 1;
-  while (length > 0 && (text[length] & 0xC0) == 0x80) --length;
+  while (length > 0 && IsContinuation(text[length])) --length;
   return length;
 }
 
 }  // namespace
 
 void ShowPresetName(const char* name) {
-  char text[kInputTextSize + 32];
-  std::snprintf(text, sizeof text, "%d. %s", EffectEQCurrent + 1, name);
-  Label(WIDGET_PRESET_NAME, text);
+  Label(WIDGET_PRESET_NAME, Numbered(name).c_str());
 }
 
 void BeginNameEdit() {
@@ -62,11 +84,12 @@ void EndNameEdit() {
 void ShowNameEdit() {
   NameTickBusy = 1;
   if (TheSkinHost->InputActiveTick) {
-    char text[kInputTextSize], marked[kInputTextSize + 8];
+    char text[kInputTextSize];
     const auto length = static_cast<int>(InputText.Load(text));
-    const int caret = std::clamp(platform::EditCaret(), 0, length);
-    std::snprintf(marked, sizeof marked, "%.*s%s%s", caret, text, kCaretMark, text + caret);
-    ShowPresetName(marked);
+    // The caret is a newer one than the text, or an older: it must not part a character.
+    int caret = std::clamp(platform::EditCaret(), 0, length);
+    while (caret > 0 && IsContinuation(text[caret])) --caret;
+    ShowPresetName(MarkedText(text, static_cast<std::size_t>(caret)).c_str());
   }
   NameTickBusy = 0;
 }

@@ -9,6 +9,8 @@ namespace kwo {
 struct Hooks {
   void (*refreshSongLine)() = nullptr;
   void (*refreshPlaylistPage)() = nullptr;
+  /// The play order has moved on to another song, whose row may be out of sight.
+  void (*followSong)() = nullptr;
   /// In hundredths of a second.
   void (*showSongTime)(int hundredths) = nullptr;
   /// A block of `count` interleaved 16-bit values that has just been played.  Comes on the wave
@@ -22,5 +24,7 @@ extern Hooks hooks;
 
 /// `refreshSongLine`, then `refreshPlaylistPage`.
 void RefreshDisplays();
+/// `followSong`, then the same.
+void SongChanged();
 
 }  // namespace kwo

@@ -87,6 +87,11 @@ void RemoveWhere(Test chosen) {
   for (int i = playlist.count - 1; i >= 0; --i)
     if (chosen(*At(i))) RemoveAt(i);
   FreeRetired();
+  // The number is not followed while songs below it go: where it now names none, none is current.
+  if (playlist.currentSong >= playlist.count) {
+    playlist.currentSong = -1;
+    if (hooks.refreshSongLine) hooks.refreshSongLine();
+  }
   playlist.selectionAnchor = -1;
   RefreshPage();
 }
@@ -172,6 +177,11 @@ void BuildDisplayName(PlaylistEntry& entry, int mode) {
 void RefreshDisplays() {
   if (hooks.refreshSongLine) hooks.refreshSongLine();
   RefreshPage();
+}
+
+void SongChanged() {
+  if (hooks.followSong) hooks.followSong();
+  RefreshDisplays();
 }
 
 PlaylistReader::PlaylistReader() {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/ascii.h"
@@ -77,6 +78,10 @@ int LoadPlaylistFile(const char* path) {
   const Entering entering(path);
   std::string text;
   if (!entering || !platform::ReadWholeFile(path, text, kLargestFile)) return 0;
+  return AddPlaylistText(std::move(text));
+}
+
+int AddPlaylistText(std::string text) {
   text.resize(std::strlen(text.c_str()));
   int added = 0;
   for (std::size_t at = 0; at < text.size();) {
@@ -89,7 +94,7 @@ int LoadPlaylistFile(const char* path) {
   return added;
 }
 
-void SavePlaylistFile(const char* path) {
+std::string PlaylistText() {
   std::string text = "VERSION 10\r\n";
   const PlaylistReader reader;
   for (int i = 0; i < playlist.count; ++i) {
@@ -97,7 +102,12 @@ void SavePlaylistFile(const char* path) {
     text += std::string("ADD ") + entry.path + "\r\n";
     if (entry.selected) text += "SELECTED\r\n";
   }
-  platform::ReplaceFile(path, text);
+  return text;
+}
+
+bool SavePlaylistFile(const char* path, platform::KeptFile* kept) {
+  const std::string text = PlaylistText();
+  return kept ? kept->Replace(path, text) : platform::ReplaceFile(path, text);
 }
 
 int EnterM3uDirectory(const char* path) {

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <string>
+
+#include "platform/kept_file.h"
+
 /// From paths to songs: files, folders and playlist files.  Main thread.
 namespace kwo {
 
@@ -11,8 +15,15 @@ int AddDirectory(const char* path);
 /// Reads a PLA file: a line for each song, `ADD path`, and `SELECTED` behind a selected one.
 int LoadPlaylistFile(const char* path);
 
-/// Writes the whole list as a PLA file, in one step: a failed save leaves the old file.
-void SavePlaylistFile(const char* path);
+/// The same from its text, up to a NUL.
+int AddPlaylistText(std::string text);
+
+/// The whole list as a PLA file's text.
+std::string PlaylistText();
+
+/// Writes it in one step; false, after a failed save, leaves the old file.  With `kept`, what
+/// another program has written there since that was noted is set aside.
+bool SavePlaylistFile(const char* path, platform::KeptFile* kept = nullptr);
 
 /// Makes the folder of an M3U file current; its songs are not read.  0.
 int EnterM3uDirectory(const char* path);

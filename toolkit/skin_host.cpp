@@ -142,13 +142,21 @@ void SkinHost::HostWindowProc(void* host, const Message& message) {
     self.callback(self, static_cast<std::uint32_t>(message.id), message.wParam, message.lParam);
 }
 
+void SkinHost::EndWindowDrag() {
+  if (!windowDrag) return;
+  windowDrag = false;
+  platform::ReleaseCapture();
+}
+
 void SkinHost::HostDefaultHandler(const Message& message) {
   switch (message.id) {
     case platform::kMessageSize:
       active = message.wParam == platform::kSizeRestored;
+      if (!active) EndWindowDrag();
       break;
     case platform::kMessageShowWindow:
       active = message.wParam;
+      if (!active) EndWindowDrag();
       break;
     case platform::kMessagePaint:
       PaintWhole();
@@ -171,9 +179,7 @@ void SkinHost::HostDefaultHandler(const Message& message) {
       }
       break;
     case platform::kMessageLeftUp:
-      if (!windowDrag) break;
-      windowDrag = false;
-      platform::ReleaseCapture();
+      EndWindowDrag();
       break;
     default:
       break;

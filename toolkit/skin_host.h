@@ -118,6 +118,7 @@ class SkinHost {
   static void HostWindowProc(void* host, const platform::Message& message);
   void HostDefaultHandler(const platform::Message& message);
   static void RunRedraw(void* host);
+  void EndWindowDrag();
   void PaintWhole();
   void PaintVisualiser();
   void StepAll();

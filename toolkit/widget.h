@@ -100,6 +100,9 @@ class Widget : public MotionOwner {
   Shared<int> group;
   Shared<int> kind;
   Shared<float> value;
+  /// The piece of a slider under the user's hand, as `ApplyValue` numbers them; 0 for none.  It is
+  /// shown pressed whoever repaints the slider.
+  Shared<int> heldPart;
   Shared<int> x = kUnplaced, homeX = kUnplaced, y = kUnplaced, homeY = kUnplaced;
   Shared<int> layer;
   Shared<int> offsetX, offsetY;

@@ -98,6 +98,7 @@ int Widget::CellSize() const {
 float Widget::ApplyValue(float part, float newValue) {
   if (!image || !cap) return 0.0f;
   float result = 0.0f;
+  if (IsSlider() && part <= 0 && heldPart != 0) part = static_cast<float>(int{heldPart});
   switch (kind) {
     case BUTTON_WIDGET:
       RunProgram(kNudgeSlot, kNudgeProgram);

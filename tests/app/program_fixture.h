@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/application.h"
+#include "engine/transport.h"
 #include "panels/mixer_page.h"
 #include "panels/panel_tools.h"
 #include "platform/clock.h"
@@ -40,6 +41,7 @@ class Program : public testing::Test {
                                                 folder.File(data));
     ClearList();
     playlist.displayMode = 0;
+    paused = 0;
   }
   void TearDown() override { headless::SetExecutablePath(""); }
 

@@ -106,6 +106,9 @@ TEST_F(Program, PresetIsNamedByTyping) {
     headless::MoveCaret(4);
     headless::TypeText(std::string(100, 'x'));
     hands.Wait(200);
+    const std::string shown = Text(WIDGET_PRESET_NAME);
+    EXPECT_TRUE(shown.starts_with("1. x") && shown.ends_with("x|")) << shown;
+    EXPECT_LE(platform::TextWidth(shown.c_str(), *TheSkinHost->font), 160) << "typed in sight";
     Press(hands, WIDGET_PRESET_FORWARD);
     EXPECT_EQ(0, EffectEQCurrent) << "the press only ends the editing";
     EXPECT_EQ("1. Warm" + std::string(59, 'x'), Text(WIDGET_PRESET_NAME));
@@ -116,6 +119,12 @@ TEST_F(Program, PresetIsNamedByTyping) {
     headless::SetWindowActive(false);
     hands.Wait(200);
     EXPECT_EQ("1. Warm" + std::string(57, 'x'), Text(WIDGET_PRESET_NAME));
+    headless::SetWindowActive(true);
+    Press(hands, WIDGET_PRESET_NAME);
+    headless::TypeText(std::string(61, '\b') + "€€");
+    headless::MoveCaret(4);
+    hands.Wait(200);
+    EXPECT_EQ("1. €|€", Text(WIDGET_PRESET_NAME)) << "a stale caret parts no character";
   });
 }
 

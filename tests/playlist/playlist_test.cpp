@@ -177,6 +177,7 @@ struct PlainList {
       if (Count() <= 0) current = -1;
       ++songLines;
     }
+    if (current >= Count()) current = -1, ++songLines;
     anchor = -1;
     ++pages;
   }

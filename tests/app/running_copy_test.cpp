@@ -1,0 +1,113 @@
+// What the user has outlives a kill, a second player and a save that fails.
+
+#include "app/running_copy.h"
+
+#include <cstring>
+
+#include "panels/equaliser_presets.h"
+#include "platform/owned_file.h"
+#include "tests/app/program_fixture.h"
+
+namespace kwo::test {
+namespace {
+
+class RunningCopy : public Program {
+ protected:
+  std::vector<std::string> Copies() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path()))
+      if (entry.path().extension() == ".KWO") names.push_back(entry.path().string());
+    return names;
+  }
+  std::string Copy() const { return Copies().size() == 1 ? ReadBytes(Copies()[0]) : ""; }
+  int Start(std::function<void(const Hands&)> user) {
+    ClearList();
+    return Run(std::move(user));
+  }
+  // As if the last run had never been, but for what it has left among its copies.
+  void Forget() {
+    for (const char* file : {"HISTORY.PLA", "EQ.SET"}) std::filesystem::remove(folder.File(file));
+    headless::UseRegistryFile("");
+  }
+};
+
+TEST_F(RunningCopy, IsWhereTheNextStartGoesOnAfterAKill) {
+  std::string first, killed;
+  Start([&](const Hands& hands) {
+    first = Copy();
+    hands.Drop(Songs(3));
+    OpenPage(hands, PAGE_PLAYLIST);
+    Press(hands, WIDGET_ROW + 1);
+    SliderVol = 77;
+    std::strcpy(EqPresetNames[5], "Night");
+    EqPresetValues[5][3] = 0.75f;
+    hands.Wait(5000);
+    killed = Copy();
+  });
+  EXPECT_TRUE(Copies().empty()) << "an ordinary end needs none";
+  Forget();
+  WriteBytes(folder.File("RUNNING-1.KWO"), killed);
+  WriteBytes(folder.File("RUNNING-2.KWO"), first);
+  const auto now = std::filesystem::last_write_time(folder.File("RUNNING-1.KWO"));
+  std::filesystem::last_write_time(folder.File("RUNNING-2.KWO"), now - std::chrono::seconds(1));
+  platform::OwnedFile living;
+  living.Begin(folder.File("RUNNING-3.KWO"));
+  ASSERT_TRUE(living.Replace(first));
+  Start([&](const Hands&) {
+    EXPECT_EQ("0 *1 2 ", Names());
+    EXPECT_EQ(2, playlist.currentSong);
+    EXPECT_EQ(77, SliderVol);
+    EXPECT_STREQ("Night", EqPresetNames[5]);
+    EXPECT_EQ(0.75f, EqPresetValues[5][3]);
+    EXPECT_EQ(2u, Copies().size()) << "the living one's and its own";
+  });
+  living.Remove();
+  EXPECT_TRUE(Copies().empty());
+  Start([](const Hands&) { EXPECT_EQ("0 *1 2 ", Names()) << "by now in its own place"; });
+}
+
+TEST_F(RunningCopy, DamagedOrForeignOneChangesNothing) {
+  std::string whole;
+  Start([&](const Hands& hands) {
+    hands.Drop(Songs(2));
+    hands.Wait(5000);
+    whole = Copy();
+  });
+  for (const std::string& bytes :
+       {std::string(), std::string("KWO"), std::string("KWO 1 2 3\n"), whole + "more",
+        whole.substr(0, whole.size() / 2), std::string("KWO 18446744073709551615 1 3\nabc"),
+        std::string("KWO -1 -1 5\nabc")}) {
+    WriteBytes(folder.File("RUNNING-1.KWO"), bytes);
+    Start([&](const Hands&) { EXPECT_EQ("0 1 ", Names()) << bytes.size(); });
+    EXPECT_TRUE(Copies().empty());
+  }
+}
+
+TEST_F(RunningCopy, StaysWhereTheListCannotBeSaved) {
+  Start([this](const Hands& hands) {
+    hands.Drop(Songs(3));
+    std::filesystem::create_symlink("/proc/version", folder.File("HISTORY.PLA"));
+  });
+  EXPECT_EQ(1u, Copies().size());
+  std::filesystem::remove(folder.File("HISTORY.PLA"));
+  Start([](const Hands&) { EXPECT_EQ("0 1 2 ", Names()); });
+  EXPECT_TRUE(Copies().empty());
+}
+
+TEST_F(RunningCopy, TwoPlayersKeepTwoLists) {
+  const auto files = [&] {
+    return ReadBytes(folder.File("HISTORY-OLD.PLA")) + ReadBytes(folder.File("EQ-OLD.SET"));
+  };
+  Start([](const Hands&) {});
+  Start([](const Hands&) {});
+  EXPECT_EQ("", files()) << "one after the other";
+  Start([&](const Hands& hands) {
+    hands.Drop(Songs(1));
+    for (const char* file : {"HISTORY.PLA", "EQ.SET"}) WriteBytes(folder.File(file), file);
+  });
+  EXPECT_EQ("HISTORY.PLAEQ.SET", files());
+  EXPECT_NE(std::string::npos, ReadBytes(folder.File("HISTORY.PLA")).find("song0"));
+}
+
+}  // namespace
+}  // namespace kwo::test
