@@ -18,7 +18,11 @@ PAGES = {"main": (256, 268), "playlist": (292, 268), "mixer": (328, 268), "info"
 SUB_PAGES = {"sliders": (136, 58), "equaliser": (208, 58), "effects": (280, 58), "dj": (352, 58)}
 DIGITS = (244, 62)
 DISPLAY_MODE, VISUALISER = (124, 63), (364, 63)
-ADD = (180, 52)
+FUNCTION, ADD, REMOVE, ITEM_UP, ITEM_DOWN = ((x, 52) for x in (116, 180, 244, 308, 372))
+FIRST_ROW = (120, 100)
+VOLUME = (336, 126)
+PRESET_BACK, PRESET_NAME, PRESET_FORWARD = (99, 203), (244, 203), (389, 203)
+AUTO = (174, 105)
 
 
 def run(*command, **options):
@@ -69,7 +73,7 @@ class Player:
                 (self.folder / data).symlink_to(ROOT / data)
         self.start()
 
-    def start(self):
+    def start(self, width=488):
         environment = dict(os.environ, XDG_CONFIG_HOME=str(self.folder / "config"))
         (self.folder / "config").mkdir(exist_ok=True)
         begun = time.monotonic()
@@ -82,7 +86,7 @@ class Player:
             found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid",
                                     str(self.process.pid)], capture_output=True, text=True).stdout
             for window in found.split():  # not the tray icon's
-                if "WIDTH=488" in run("xdotool", "getwindowgeometry", "--shell", window):
+                if f"WIDTH={width}" in run("xdotool", "getwindowgeometry", "--shell", window):
                     self.window = window
         self.first_seen = time.monotonic() - begun
         self.place = geometry(self.window)

@@ -1,0 +1,180 @@
+#!/usr/bin/env python3
+"""Uses the program on a real X desktop with careless hands: a drag that the window leaves, a press in
+the middle of typing, the wheel, a second screen that comes and goes, another density.
+usage: check_hands.py PROGRAM"""
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import time
+
+import numpy
+
+import desk
+
+failures = []
+
+
+def check(what, holds, figure=""):
+    print(f"{'ok  ' if holds else 'FAIL'} {what} {figure}", flush=True)
+    if not holds:
+        failures.append(what)
+
+
+def pixels(path, width):
+    data = subprocess.run(["convert", path, "-depth", "8", "rgb:-"], check=True,
+                          capture_output=True).stdout
+    return numpy.frombuffer(data, numpy.uint8).reshape(-1, width, 3).astype(int)
+
+
+def area(x, y, width, height):
+    """Of the window's picture."""
+    player.shot(shot)
+    return pixels(shot, 488)[y:y + height, x:x + width]
+
+
+def warmth():
+    """How much more red than blue the volume's slider has at its warmest pixel: a held piece is amber."""
+    x, y = desk.VOLUME
+    strip = area(x - 100, y - 9, 200, 18)
+    return (strip[:, :, 0] - strip[:, :, 2]).max()
+
+
+def setting(name):
+    text = (player.folder / "config/kwo/settings").read_text()
+    return int(re.search(rf"{name}=dword:([0-9a-f]{{8}})", text)[1], 16)
+
+
+def restart():
+    code = player.quit()
+    player.start()
+    time.sleep(1.5)
+    return code
+
+
+def shown():
+    return subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(player.process.pid)],
+                          capture_output=True, text=True).stdout.split()
+
+
+def mouse(*command):
+    desk.run("xdotool", *command)
+    time.sleep(0.3)
+
+
+program = pathlib.Path(sys.argv[1])
+os.environ["LC_ALL"] = "C.UTF-8"  # for what xdotool types
+work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-hands-"))
+shot = work / "shot.png"
+player = desk.Player(program)
+try:
+    time.sleep(1.5)
+    # The thumb of the volume, held and let go.
+    player.open_page("mixer")
+    check("a thumb at rest looks it", warmth() < 10, warmth())
+    player.move(*desk.VOLUME)
+    mouse("mousedown", 1)
+    check("a held thumb looks held", warmth() > 40, warmth())
+    mouse("mouseup", 1)
+    check("it is at rest again when it is let go", warmth() < 10, warmth())
+    player.press((60, desk.VOLUME[1]))
+
+    # A press while a name is typed only ends the typing.
+    player.press(desk.SUB_PAGES["equaliser"], rest=1.4)
+    for press in (desk.PRESET_FORWARD, desk.PRESET_NAME):
+        player.press(desk.PRESET_NAME, rest=0.4)
+        desk.run("xdotool", "type", "--delay", "30", "x")
+        player.press(press, rest=0.5)
+        desk.run("xdotool", "type", "--delay", "30", "y")
+    player.press(desk.PRESET_NAME, rest=0.4)
+    desk.run("xdotool", "key", "--repeat", "20", "BackSpace")
+    desk.run("xdotool", "type", "--delay", "30", "€€")
+    desk.run("xdotool", "key", "Left")
+    desk.run("xdotool", "type", "--delay", "30", "ä" * 28)
+    time.sleep(0.4)
+    before = area(166, 192, 160, 20)
+    desk.run("xdotool", "key", "Left")
+    time.sleep(0.4)
+    check("the caret of a long name is in sight", (area(166, 192, 160, 20) != before).any())
+    desk.run("xdotool", "key", "Return")
+    restart()
+    check("a press while a name is typed does nothing else", setting("EFFECTEQCURRENT") == 0)
+    name = (player.folder / "EQ.SET").read_bytes()[:64].split(b"\0")[0].decode(errors="replace")
+    check("the name is what was typed", name == "€" + "ä" * 28 + "€", name)
+
+    # The wheel.
+    player.open_page("mixer")
+    player.move(*desk.VOLUME)
+    mouse("click", "--repeat", "3", "--delay", "50", 4)
+    songs = player.folder / "HISTORY.PLA"
+    player.quit()
+    check("three notches are fifteen", setting("SLIDERVOL") == 115, setting("SLIDERVOL"))
+    songs.write_bytes(b"VERSION 10\r\n" + b"".join(b"ADD \\x\\%d.mp3\r\n" % i for i in range(30)))
+    player.start()
+    time.sleep(1.5)
+    player.open_page("playlist")
+    player.move(*desk.FIRST_ROW)
+    mouse("click", "--repeat", "2", "--delay", "50", 5)
+    restart()
+    check("two notches are six rows", setting("PLAYLISTTOPINDEX") == 6)
+
+    # The window hides in a drag, and the button is let go outside.
+    player.open_page("window")
+    player.press(desk.AUTO)
+    player.open_page("mixer")
+    player.move(*desk.VOLUME)
+    mouse("mousedown", 1)
+    mouse("mousemove", 1100, 790)
+    time.sleep(1.5)
+    check("the window hides in the drag", not shown())
+    mouse("mouseup", 1)
+    mouse("mousemove", 0, 0)
+    time.sleep(1.5)
+    check("it comes back in the corner", bool(shown()))
+    player.place = (0, 0)
+    before = area(40, 118, 160, 16)
+    for x in (300, 400, 340):
+        mouse("mousemove", x, desk.VOLUME[1])
+    check("nothing is held any more", (area(40, 118, 160, 16) == before).all())
+    player.open_page("window")
+    player.press(desk.AUTO)
+    player.press(desk.AUTO)
+
+    # Two screens, of which the second goes.
+    desk.run("xrandr", "--setmonitor", "left", "640/170x800/210+0+0", "screen")
+    desk.run("xrandr", "--setmonitor", "right", "640/170x800/210+640+0", "none")
+    time.sleep(1)
+    restart()
+    frame = (244, 15)
+    player.drag(frame, (frame[0] + 750 - player.place[0], frame[1] + 100 - player.place[1]))
+    placed = desk.geometry(player.window)
+    restart()
+    check("a place on a second screen lasts", desk.geometry(player.window) == placed and
+          placed[0] > 640, placed)
+    desk.run("xrandr", "--delmonitor", "right")
+    time.sleep(1.5)
+    left = desk.geometry(player.window)
+    check("the window follows when its screen goes", left[0] + 488 <= 640, left)
+    desk.run("xrandr", "--delmonitor", "left")
+    time.sleep(1)
+    restart()
+
+    # Twice as dense.
+    player.drag(frame, (frame[0] + 700 - player.place[0], frame[1] + 450 - player.place[1]))
+    player.quit()
+    subprocess.run(["xrdb", "-merge"], input="Xft.dpi: 192\n", text=True, check=True)
+    player.start(width=976)
+    place = desk.geometry(player.window)
+    check("the window is wholly on a screen of another density",
+          0 <= place[0] <= 1280 - 976 and 0 <= place[1] <= 800 - 604, place)
+    subprocess.run(["xrdb", "-merge"], input="Xft.dpi: 96\n", text=True, check=True)
+    check("the end is in order", player.quit() == 0)
+finally:
+    if player.process.poll() is None:
+        player.process.kill()
+    player.remove()
+    subprocess.run(["rm", "-rf", work])
+print("the hands: " + (f"{len(failures)} checks failed" if failures else "all checks passed"))
+sys.exit(bool(failures))
