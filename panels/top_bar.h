@@ -18,8 +18,8 @@ void HideCurrentPage(int wait);
 /// kTick.
 void DispatchEvent(unsigned event, Widget* widget, float a, float b);
 
-/// Told of each event before it is handed on, for those who watch the program; empty otherwise.
-/// Set before the program starts.
+/// Told of each event before it is handed on, on the event's own thread: the main thread's, or the
+/// redraw thread's for kTick.  For tests, which set it before the program starts; empty otherwise.
 using EventWatcher = void (*)(unsigned event, const Widget* widget, float a, float b);
 extern EventWatcher eventWatcher;
 

@@ -67,11 +67,11 @@ def arguments(code, start, end):
     return [(a + len(code[a:b]) - len(code[a:b].lstrip()), b) for a, b in places]
 
 
-def off_by_one(number):
+def off_by(step, number):
     if "." not in number:
-        return str(int(number, 0) + 1)
+        return str(int(number, 0) + step)
     digits = len(number.split(".")[1])
-    return f"{float(number) + 10 ** -digits:.{digits}f}"
+    return f"{float(number) + step * 10 ** -digits:.{digits}f}"
 
 
 def faults(text):
@@ -80,7 +80,8 @@ def faults(text):
     for found in COMPARISON.finditer(code):
         yield found.start(), found.end(), TURNED[found.group()]
     for found in NUMBER.finditer(code):
-        yield found.start(), found.end(), off_by_one(found.group())
+        for step in (1, -1):
+            yield found.start(), found.end(), off_by(step, found.group())
     for found in CONDITION.finditer(code):
         end = closing(code, found.end())
         if end > 0 and ";" not in code[found.end():end]:
@@ -124,15 +125,16 @@ def copy_tree():
         if not target.exists() or target.read_bytes() != data:
             target.parent.mkdir(parents=True, exist_ok=True)
             target.write_bytes(data)
-    for path in COPY.glob("[!b]*/**/*"):
-        if path.is_file() and not (ROOT / path.relative_to(COPY)).exists():
+    for path in COPY.rglob("*"):
+        inside = path.relative_to(COPY)
+        if inside.parts[0] != "build" and path.is_file() and not (ROOT / inside).exists():
             path.unlink()
 
 
 def suite_notices(limit):
     command = [SUITE, "--gtest_fail_fast", "--gtest_brief=1"]
-    suite = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                             start_new_session=True)
+    suite = subprocess.Popen(command, cwd=COPY / "build", stdout=subprocess.DEVNULL,
+                             stderr=subprocess.DEVNULL, start_new_session=True)
     try:
         return suite.wait(limit) != 0
     except subprocess.TimeoutExpired:
@@ -152,7 +154,10 @@ def plant(path, fault, limit):
     text = path.read_text()
     path.write_text(text[:start] + instead + text[end:])
     try:
-        return None if build().returncode else suite_notices(limit)
+        built = build()
+        if "no work to do" in built.stdout:
+            fail(f"the suite does not contain {path.relative_to(COPY)}")
+        return None if built.returncode else suite_notices(limit)
     finally:
         path.write_text(text)
 
@@ -196,6 +201,8 @@ def main():
         was = " ".join(text[fault[0]:fault[1]].split())
         print(f"{'noticed ' if noticed else 'SURVIVES'} {name}:{line}: {was} -> "
               f"{' '.join(fault[2].split())}", flush=True)
+    if tried == 0:
+        fail("no fault compiles")
     print(f"{tried - survivors} of {tried} faults noticed")
 
 

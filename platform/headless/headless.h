@@ -82,6 +82,8 @@ void RestoreByUser();
 void CloseByUser();
 /// The item chosen in the next menu, by its text; an empty one dismisses it, as no answer does.
 void AnswerMenu(const std::string& text);
+/// How many answers named no item of their menu, or met no menu, since the last call.
+int LostMenuAnswers();
 
 // What the user sees.  Any thread.
 

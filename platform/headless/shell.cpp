@@ -1,8 +1,10 @@
 #include "platform/shell.h"
 
+#include <algorithm>
 #include <deque>
 #include <map>
 #include <mutex>
+#include <utility>
 
 #include "platform/files.h"
 #include "platform/headless/headless.h"
@@ -15,6 +17,7 @@ namespace {
 std::mutex lock;
 std::deque<headless::DialogAnswer> answers;
 std::deque<std::string> menuAnswers;
+int lostAnswers = 0;
 std::vector<std::string> lastMenu;
 std::string lastFolder;
 std::map<int, std::vector<std::string>> drops;
@@ -69,8 +72,13 @@ void TrackPopupMenu(std::span<const MenuItem> items, Point) {
   if (menuAnswers.empty()) return;
   const std::string answer = menuAnswers.front();
   menuAnswers.pop_front();
-  for (const MenuItem& item : items)
-    if (item.command && item.text == answer) PostMessage({kMessageCommand, item.command, 0});
+  const auto chosen = std::ranges::find_if(
+      items, [&answer](const MenuItem& item) { return item.command && item.text == answer; });
+  if (chosen != items.end()) {
+    PostMessage({kMessageCommand, chosen->command, 0});
+  } else {
+    lostAnswers += !answer.empty();
+  }
 }
 
 std::vector<std::string> TakeDroppedFiles(int drop) {
@@ -126,6 +134,13 @@ void SetExecutablePath(const std::string& path) {
 void AnswerMenu(const std::string& text) {
   std::lock_guard guard(lock);
   menuAnswers.push_back(text);
+}
+
+int LostMenuAnswers() {
+  std::lock_guard guard(lock);
+  const int lost = std::exchange(lostAnswers, 0) + static_cast<int>(menuAnswers.size());
+  menuAnswers.clear();
+  return lost;
 }
 
 std::vector<std::string> LastMenu() {

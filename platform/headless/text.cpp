@@ -128,6 +128,7 @@ constexpr std::uint8_t kMissing[kGlyphWidth] = {0x7f, 0x41, 0x41, 0x41, 0x7f};
 struct Drawn {
   std::string text;
   std::uint32_t color;
+  const Font* font;
 };
 std::mutex lock;
 std::map<std::tuple<const std::uint8_t*, int, int>, Drawn> drawnLines;
@@ -160,16 +161,16 @@ Font* CreateFont(const char*, int height) {
 
 // The canvases have gone before it: the next ones may lie where they lay.
 void DeleteFont(Font* font) {
-  delete font;
   std::lock_guard guard(lock);
-  drawnLines.clear();
+  std::erase_if(drawnLines, [font](const auto& line) { return line.second.font == font; });
+  delete font;
 }
 
 void DrawTextLine(const TextTarget& target, const char* text, const Font& font, std::uint32_t color,
                   int x, int y) {
   {
     std::lock_guard guard(lock);
-    drawnLines[{target.bits, y, x}] = {text, color};
+    drawnLines[{target.bits, y, x}] = {text, color, &font};
   }
   const int top = y + (font.height - kGlyphHeight) / 2;
   for (; *text && x < target.width; ++text) {

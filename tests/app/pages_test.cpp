@@ -133,8 +133,14 @@ class Pages : public Program {
     Find(WIDGET_VISUALISER)->image->FillSolid(0);
     for (int index = 0; index < SkinHost::kWidgets; ++index) {
       Widget* widget = Find(index);
-      for (int slot = 0; widget && slot < 3; ++slot) widget->RunProgram(slot, kNoProgram);
-      if (widget) widget->brightness = 0;
+      if (!widget) continue;
+      const bool leftTile = index < PAGE_COUNT && index != CurrentPage;
+      const bool pulses = leftTile || index == PageButton(CurrentPage) ||
+                          index == WIDGET_SONG_TEXT || index == WIDGET_SUB_PAGE + MixerSubPage ||
+                          index == WIDGET_ROW + playlist.currentSong - playlist.topIndex;
+      EXPECT_TRUE(pulses || widget->brightness == 0) << index;
+      for (int slot = 0; slot < 3; ++slot) widget->RunProgram(slot, kNoProgram);
+      widget->brightness = 0;
     }
     hands.Wait(200);
     frame = Load(tile);

@@ -8,6 +8,7 @@
 #include "panels/main_page.h"
 #include "panels/top_bar.h"
 #include "tests/app/program_fixture.h"
+#include "toolkit/skin_description.h"
 
 namespace kwo::test {
 namespace {
@@ -191,18 +192,32 @@ TEST_F(Presses, EveryControlChangesItsOwn) {
 TEST_F(Presses, SlidersPartIntoCapsAndThumb) {
   struct Case {
     int at, value;
+    const char* event;
   };
   Run([this](const Hands& hands) {
     OpenPage(hands, PAGE_MIXER);
     const Widget& volume = *Find(WIDGET_VOLUME);
     const int left = kPaneX + volume.x, y = Middle(WIDGET_VOLUME).y;
-    // Of 210 pixels with caps of 18, the thumb's middle goes from 27 to 183.
-    for (const Case& c : {Case{1, 99}, {18, 99}, {19, 0}, {105, 100}, {191, 198}, {192, 101}}) {
-      SliderVol = 100;
-      hands.Press(left + c.at, y);
-      EXPECT_EQ(c.value, static_cast<int>(SliderVol)) << c.at;
+    // A press, the piece's own event, and none for the release.
+    const auto press = [&](int alongX, int alongY, headless::Button button) {
+      told.clear();
+      hands.Press(alongX, alongY, button);
+      EXPECT_EQ(button == kLeft ? " 513:" : " 516:", told.substr(0, 5));
       EXPECT_TRUE(headless::Window().pointerShown);
-    }
+      return told.substr(told.rfind(' ') + 1);
+    };
+    // Of 210 pixels with caps of 18, the thumb's middle goes from 27 to 183.
+    for (const Case& c : {Case{1, 99, "40:0,0"},
+                          {18, 99, "40:0,0"},
+                          {19, 0, "42:0,0"},
+                          {105, 100, "42:0,0"},
+                          {191, 198, "42:0,0"},
+                          {192, 101, "41:0,0"}})
+      for (headless::Button button : {kLeft, kRight}) {
+        SliderVol = 100;
+        EXPECT_EQ(c.event, press(left + c.at, y, button));
+        EXPECT_EQ(c.value, static_cast<int>(SliderVol)) << c.at;
+      }
     for (const auto& [label, index, end] : {std::tuple{WIDGET_PAN_LABEL, WIDGET_PAN, "Pan = -100"},
                                             {WIDGET_SPEED_LABEL, WIDGET_SPEED, "Speed = 75"}}) {
       const platform::Point middle = Middle(index);
@@ -215,9 +230,14 @@ TEST_F(Presses, SlidersPartIntoCapsAndThumb) {
     const Widget& bar = *Find(WIDGET_SCROLL_BAR);
     const int x = Middle(WIDGET_SCROLL_BAR).x, top = kPaneY + bar.y;
     // Of 142 pixels, the thumb's middle goes from 27 to 115 for 20 places.
-    for (const Case& c : {Case{1, 9}, {18, 9}, {19, 0}, {71, 10}, {123, 19}, {124, 11}}) {
+    for (const Case& c : {Case{1, 9, "30:0,0"},
+                          {18, 9, "30:0,0"},
+                          {19, 0, "32:0,0"},
+                          {71, 10, "32:0,0"},
+                          {123, 19, "32:0,0"},
+                          {124, 11, "31:0,0"}}) {
       playlist.topIndex = 10;
-      hands.Press(x, top + c.at);
+      EXPECT_EQ(c.event, press(x, top + c.at, kLeft));
       EXPECT_EQ(c.value, playlist.topIndex) << c.at;
     }
   });
@@ -260,7 +280,10 @@ TEST_F(Presses, EveryMenuItemDoesWhatItSays) {
     headless::AnswerDialog({"", {songs[2], songs[0]}});
     EXPECT_EQ("list=2 0 , song=-1", menu(WIDGET_ADD, "Open Files"));
     headless::AnswerDialog({"", {songs[1]}});
+    shuffleOn = 1, shufflePosition = 2;
     EXPECT_EQ("list=2 0 1 ", menu(WIDGET_ADD, "Add Files"));
+    EXPECT_EQ(0, shufflePosition) << "they are shuffled in";
+    shuffleOn = 0;
     EXPECT_EQ("", menu(WIDGET_ADD, "Add Files")) << "a cancelled dialog changes nothing";
     EXPECT_EQ("list=0 1 2 ", menu(WIDGET_FUNCTION, "Sort"));
     EXPECT_EQ("list=*0 *1 *2 ", menu(WIDGET_FUNCTION, "Select All"));
@@ -301,6 +324,9 @@ TEST_F(Presses, EveryMenuItemDoesWhatItSays) {
     EXPECT_EQ("list=, song=-1", menu(WIDGET_REMOVE, "Remove Selected"));
     EXPECT_EQ("1. ------", Text(WIDGET_ROW));
     EXPECT_EQ("Brightwater Music Deck\nMade with care by Tavarine", Text(WIDGET_SONG_TEXT));
+    const auto lines = headless::TextOn(Find(WIDGET_SONG_TEXT)->image->bits);
+    EXPECT_EQ((platform::Point{0, 13}), lines[1].place) << "under the first";
+    for (const headless::TextLine& line : lines) EXPECT_EQ(FontColor, line.color);
     EXPECT_EQ("KWO", headless::Window().caption);
     std::filesystem::create_directory(folder.File("more"));
     std::filesystem::rename(folder.File("song2.mp3"), folder.File("more/song7.mp3"));

@@ -43,7 +43,10 @@ class Program : public testing::Test {
     playlist.displayMode = 0;
     paused = 0;
   }
-  void TearDown() override { headless::SetExecutablePath(""); }
+  void TearDown() override {
+    headless::SetExecutablePath("");
+    EXPECT_EQ(0, headless::LostMenuAnswers());
+  }
 
   // Runs the program from start to quit, and `user` before it once it is up.
   int Run(std::function<void(const Hands&)> user) {

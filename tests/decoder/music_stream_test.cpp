@@ -153,5 +153,14 @@ TEST(MusicStream, CutSongsNeverShriekAndDamagedOnesEnd) {
   }
 }
 
+TEST(MusicStream, JoinedSongsArePlayedWhole) {
+  const std::string song = ReadBytes(DataFile("vbr.mp3"));
+  const Samples one = Music(song).Read();
+  const Samples both = Music(song + "TAG" + std::string(125, ' ') + song).Read();
+  EXPECT_TRUE(std::equal(one.begin(), one.end() - 4000, both.begin()));
+  EXPECT_NE(both.end(), std::search(both.begin() + static_cast<long>(one.size()), both.end(),
+                                    one.end() - 20000, one.end() - 4000));
+}
+
 }  // namespace
 }  // namespace kwo

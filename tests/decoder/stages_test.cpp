@@ -1,4 +1,4 @@
-// Each stage of the decoder against a direct computation in double precision.
+// Stages of the decoder against a direct computation in double precision.
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,9 @@
 #include <memory>
 #include <numbers>
 #include <random>
+#include <set>
 
+#include "decoder/huffman_lookup.h"
 #include "tests/decoder/decoder_probe.h"
 
 namespace kwo {
@@ -59,15 +61,23 @@ TEST(Synthesis, ImpulseResponseIsTheWindowedCosineAtAllRates) {
 
 TEST(Kernels, AllGiveTheSame) {
   const auto subbands = RandomFloats(kFrameSlots * kSubbands, 3), lines = RandomFloats(kLines, 11);
-  const auto secants = RandomFloats(32, 5);
+  const auto secants = RandomFloats(32, 5), turns = RandomFloats(8, 6);
   auto weights = std::make_unique<SynthesisWeights>();
   for (auto& row : weights->front) std::fill(std::begin(row), std::end(row), 0.25f);
   for (auto& row : weights->rear) std::fill(std::begin(row), std::end(row), -0.5f);
   std::vector<float> first;
   for (auto kernels = AllKernels(); *kernels; ++kernels) {
     auto history = std::make_unique<SynthesisHistory>();
-    std::vector<float> given(kFrameSamples);
-    (*kernels)->synthesize(given.data(), subbands.data(), *history, *weights, secants.data(), 0);
+    std::vector<float> given(3 * kFrameSamples);
+    for (int decimation : {0, 1, 2})
+      (*kernels)->synthesize(given.data() + decimation * kFrameSamples, subbands.data(), *history,
+                             *weights, secants.data(), decimation);
+    std::vector<float> left = lines, right = RandomFloats(kLines, 12);
+    (*kernels)->scaleLines(left.data(), kLines - 3, 1.25);
+    (*kernels)->applyGains(left.data(), right.data(), kLines - 5);
+    (*kernels)->midSide(left.data(), right.data(), kLines - 7);
+    (*kernels)->reduceAliases(left.data(), 30, turns.data(), secants.data());
+    for (const auto* side : {&left, &right}) given.insert(given.end(), side->begin(), side->end());
     float overlap[18][kSubbands] = {}, bands[18][kSubbands];
     for (int blockType : {0, 1, 2, 3}) {
       (*kernels)->imdct(bands[0], lines.data(), overlap[0], blockType);
@@ -75,6 +85,36 @@ TEST(Kernels, AllGiveTheSame) {
     }
     if (first.empty()) first = given;
     for (std::size_t i = 0; i < given.size(); ++i) ASSERT_NEAR(first[i], given[i], 2e-5f) << i;
+  }
+}
+
+// The walk bit by bit that the lookup stands for.
+int WalkTree(const HuffmanTree& tree, std::uint64_t window, int& length) {
+  const std::int16_t* entry = tree.entries;
+  length = 0;
+  while (*entry < 0) {
+    const bool one = window >> (63 - length++) & 1;
+    entry += one ? 1 - *entry : 1;
+  }
+  return *entry;
+}
+
+TEST(Huffman, EveryTreeIsCompleteAndItsLookupGivesTheWalk) {
+  std::mt19937_64 random(2);
+  for (int table = 0; table < 34; ++table) {
+    const HuffmanTree& tree = kHuffmanTrees[table];
+    std::set<int> leaves;
+    for (std::size_t i = 0; i < tree.size; ++i)
+      if (tree.entries[i] >= 0) leaves.insert(tree.entries[i]);
+    const std::size_t values = (tree.size + 1) / 2;
+    EXPECT_EQ(values, leaves.size()) << "each leaf once, table " << table;
+    for (int i = 0; i < 100000; ++i) {
+      const std::uint64_t window = random() & (i % 2 ? ~std::uint64_t{0} : random() & random());
+      int walked, found;
+      const int expected = WalkTree(tree, window, walked);
+      ASSERT_EQ(expected, GetHuffmanLookup(table).Find(window, found));
+      ASSERT_EQ(walked, found);
+    }
   }
 }
 
@@ -87,6 +127,27 @@ std::vector<float> SynthesizeRandom(DecoderProbe& probe, int channels) {
   std::vector<float> pcm(2 * kFrameSamples);
   probe.Synthesize(pcm.data());
   return pcm;
+}
+
+TEST(Synthesis, BandGainsFoldToTheRate) {
+  float gains[32];
+  std::fill_n(gains, 32, 1.0f);
+  gains[0] = 3.0f;
+  for (int decimation = 0; decimation < 3; ++decimation) {
+    auto decoder = std::make_unique<MpegDecoder>();
+    DecoderProbe probe(*decoder);
+    const auto synthesized = [&](bool changed) {
+      probe.SetUpSynthesis(1, 0, decimation);
+      if (changed) decoder->Control(CTL_SUBBAND_GAINS, gains);
+      probe.Subbands(0)[0] = 1.0f;
+      std::vector<float> pcm(kFrameSamples);
+      probe.Synthesize(pcm.data());
+      return pcm;
+    };
+    const auto plain = synthesized(false), changed = synthesized(true);
+    for (std::size_t i = 0; i < plain.size() >> decimation; ++i)
+      ASSERT_NEAR((1.0 + 2.0 / (1 << decimation)) * plain[i], changed[i], 0.02);
+  }
 }
 
 TEST(Synthesis, ChannelsMixAsTheirMatrixSays) {

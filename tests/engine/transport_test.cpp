@@ -59,6 +59,7 @@ struct PlainTransport {
 
   std::string Look() const {
     std::ostringstream look;
+    look.precision(9);  // a float's own
     look << playing << paused << ' ' << current << ' ' << lines << ' ' << pages << ' ' << times;
     for (const Voice& v : slot) {
       look << " | " << v.song << ' ' << v.active << v.seeks << v.ramps << ' ' << v.volume << ' '
@@ -93,8 +94,6 @@ struct PlainTransport {
     return forward && wrapped && !repeat ? -1 : current;
   }
   void Play() {
-    if (current < 0 && Count() > 0) Next(true);
-    if (current < 0) return;
     if (playing) {
       if (!paused) {
         slot[0].volume = slot[0].base = 1;
@@ -106,6 +105,8 @@ struct PlainTransport {
       paused = !paused;
       return;
     }
+    if (current < 0 && Count() > 0) Next(true);
+    if (current < 0) return;
     if (!InMode(current)) Next(true);
     if (current < 0) return;
     Voice& voice = slot[0];
@@ -249,7 +250,8 @@ TEST_F(TransportTwin, ThousandsOfRandomPressesGiveThePlainTransport) {
        [&] {
          const int of = next(3);
          djMode = plain.dj = next(8) == 0;
-         EXPECT_EQ(OnMixerEvent(TheMixer, EVENT_SOURCE_END, &V(of), 0, 0, 0), plain.End(of));
+         const int told = OnMixerEvent(TheMixer, EVENT_SOURCE_END, &V(of), 0, 0, 0);
+         EXPECT_EQ(plain.End(of), told);
        }},
       {"modes", [&] { playMode = plain.mode = next(3), repeatOn = plain.repeat = next(2); }},
       {"selection",
@@ -272,6 +274,7 @@ TEST_F(TransportTwin, ThousandsOfRandomPressesGiveThePlainTransport) {
     if (round == 100) Add(5, plain);
     const auto& [name, act] = kOperations[random() % std::size(kOperations)];
     act();
+    if (round % 8 == 0) platform::Sleep(1);  // the next table is another one
     ASSERT_EQ(plain.Look(), Seen(plain).Look()) << round << ' ' << name;
   }
 }

@@ -203,7 +203,6 @@ TEST_F(PlainVoices, RenderWhatTheVoicesRender) {
       MpegSong("joint128.mp3"), MpegSong("mono8.mp3"),   MpegSong("lsf22.mp3")};
   PlainMixer m;
   PlainVoice plain[2];
-  mixer.eqSwitch = 1;
   for (int round = 0; round < 150; ++round) {
     const bool neutral = round % 5 == 0;
     mixer.volume = m.volume = neutral ? 1 : Between(0, 2);
@@ -213,7 +212,8 @@ TEST_F(PlainVoices, RenderWhatTheVoicesRender) {
     mixer.limiter = m.limiter;
     const float master = neutral ? 1.0f : Between(0.55, 1.45);
     mixer.eqValues[16] = master;
-    m.compensation = (1.0f - master) * 2.0f + 1.0f;
+    mixer.eqSwitch = random() % 2;
+    m.compensation = mixer.eqSwitch ? (1.0f - master) * 2.0f + 1.0f : 1.0f;
     for (int slot = 0; slot < 2; ++slot) {
       const PlainSong& song = songs[random() % songs.size()];
       plain[slot].Open(song, m);

@@ -35,6 +35,11 @@ TEST_F(Presets, FileHoldsAllNamesThenAllValuesAndOutlivesAFailedSave) {
   LoadEqPresets();
   EXPECT_STREQ("\xed\x95\x9c", EqPresetNames[63]);
   EXPECT_EQ(1.4499999f, EqPresetValues[5][16]);
+  std::filesystem::remove(file);
+  std::filesystem::create_symlink("/proc/version", file);  // where nothing can be saved
+  const std::string old = test::ReadBytes(file);
+  EXPECT_FALSE(SaveEqPresets());
+  EXPECT_TRUE(std::filesystem::is_symlink(file) && test::ReadBytes(file) == old);
 }
 
 TEST_F(Presets, FileGivesAsMuchAsItHoldsAndWhatIsNoNameOrCurveIsMended) {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <set>
 
 #include "tests/allocations.h"
 #include "tests/support.h"
@@ -160,15 +161,18 @@ class Plain {
     raster.Drift();
     const int step = std::max(160 / mid, 1);
     int at = 0;
+    std::set<int> blues;
     for (int column = 0; column < W; ++column) {
       int red = raster.color[0], green = raster.color[1], blue = -1;
       for (int i = 0; i < 2 * level[std::size_t(column)] + 1 && at < W * H; ++i, ++at) {
         if (blue < 0) blue = drawn[at / W * stride + 3 * (at % W)];
         EXPECT_LT(blue, 255);
+        blues.insert(blue);
         Put(at / W, at % W, red, green, blue);
         for (int* value : {&red, &green, &blue}) *value = std::max(*value - step, 20);
       }
     }
+    EXPECT_GE(static_cast<int>(blues.size()), std::min(W, H) / 4) << "they are drawn by chance";
   }
 
   int W = 0, H = 0, stride = 0, mid = 0;
