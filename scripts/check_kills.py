@@ -46,7 +46,8 @@ class Hands:
 
     def open(self, page):
         if self.page != page:
-            self.player.open_page(page, rest=0.8)
+            # A press on what has not come to rest would be lost, on a busy machine too.
+            self.player.open_page(page, rest=2.5)
             self.page = page
 
     def note(self):
@@ -103,7 +104,10 @@ class Hands:
 
     def work(self, end):
         while time.monotonic() < end:
-            chance.choice([self.add, self.add, self.move, self.remove, self.turn])()
+            if chance.random() < 0.15:
+                self.turn()
+            else:
+                chance.choice([self.add, self.add, self.move, self.remove])()
 
 
 def saved(player):
@@ -163,7 +167,7 @@ for kill in range(1, kills + 1):
         time.sleep(1)
         users.append(Hands(others[0], *state))
         desk.run("wmctrl", "-i", "-a", player.window)
-    user.work(time.monotonic() + chance.uniform(0, 16))
+    user.work(time.monotonic() + chance.uniform(0, 18))
     if kill % 3 == 0:  # in the middle of the end
         player.process.send_signal(signal.SIGTERM)
         time.sleep(chance.uniform(0, 1.5))

@@ -20,7 +20,7 @@ TEST_F(Program, QuitFadesTheMusicOutBeforeItEnds) {
   const auto loudest = [](auto begin, auto end) {
     return std::max(-*std::min_element(begin, end), int{*std::max_element(begin, end)});
   };
-  EXPECT_GT(loudest(sound.begin(), sound.begin() + 20000), 8000);
+  EXPECT_GT(loudest(sound.begin(), sound.begin() + 20000), 6000);
   EXPECT_LT(loudest(sound.end() - 4608, sound.end()), 2000);
 }
 
