@@ -29,6 +29,7 @@
 #include "playlist/hooks.h"
 #include "playlist/playlist.h"
 #include "playlist/playlist_files.h"
+#include "playlist/tag_reader.h"
 #include "settings/settings.h"
 #include "toolkit/skin_description.h"
 
@@ -45,6 +46,7 @@ constexpr char kFontFace[] = "굴림체";
 constexpr std::size_t kMaxDescription = 1 << 20;
 constexpr int kFadeLimitMilliseconds = 3000;
 constexpr int kFadePollMilliseconds = 50;
+constexpr int kTagsMilliseconds = 100;
 
 // What this run has to save and has not saved for good.
 bool settingsDue = false, historyDue = false;
@@ -166,19 +168,24 @@ bool SaveSettings() {
 void RestoreList() {
   const std::string history = HistoryFile();
   keptHistory.Note(history.c_str());
-  if (const std::string* list = DeadCopyList()) {
-    AddPlaylistText(*list);
-  } else if (platform::FileAttributes(history.c_str()) < 0) {
-    AddPath((std::string(AppDir) + "music").c_str());
+  std::string list;
+  if (const std::string* copy = DeadCopyList()) {
+    RestorePlaylist(*copy);
+  } else if (ReadPlaylistFile(history.c_str(), list)) {
+    RestorePlaylist(list);
   } else {
-    LoadPlaylistFile(history.c_str());
+    AddPath((std::string(AppDir) + "music").c_str());
   }
   RefreshPlaylistPage();
 }
 
 void RestoreCurrentSong(int saved) {
   playlist.currentSong = playlist.count > saved ? std::max(saved - 1, -1) : -1;
-  TransportNext();
+  if (AdvanceSong() >= 0 && SongAnswers(playlist.currentSong)) {
+    TransportLoad();
+  } else {
+    SongChanged();
+  }
 }
 
 // The stop's fade-outs end here, or would have ended: without a device nothing moves them on.
@@ -254,6 +261,8 @@ int StartUp() {
   ShowTopBar(1);
   settingsDue = historyDue = true;
   BeginRunningCopy();
+  BeginReadingTags();
+  platform::SetTimer(kTagsTimer, kTagsMilliseconds);
   AppReady = 1;
   return 1;
 }
@@ -268,6 +277,7 @@ void SaveState() {
 int ShutDown() {
   const bool wasUp = AppReady != 0;
   AppReady = 0;
+  EndReadingTags();
   DjEnd();
   if (wasUp) {
     TransportStop();

@@ -16,6 +16,7 @@
 #include "platform/shell.h"
 #include "playlist/playlist.h"
 #include "playlist/playlist_files.h"
+#include "playlist/tag_reader.h"
 
 namespace kwo {
 namespace {
@@ -264,8 +265,18 @@ void OnDrop(int drop) {
     playlist.currentSong = -1;
   }
   const int before = playlist.count;
-  for (const std::string& path : platform::TakeDroppedFiles(drop))
-    if (AddPath(path.c_str())) TransportNext();
+  bool stepped = false;
+  for (const std::string& path : platform::TakeDroppedFiles(drop)) {
+    if (!AddPath(path.c_str())) continue;
+    // While nothing plays, the steps to all but the last would show nothing.
+    if (playing) {
+      TransportNext();
+    } else {
+      stepped = true;
+      AdvanceSong();
+    }
+  }
+  if (stepped && !playing) TransportLoad();
   if (shuffleOn && playlist.count != before) BuildShuffleTable();
   RefreshSongLine();
   RefreshPlaylistPage();
@@ -387,6 +398,8 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
     case platform::kMessageTimer:
       if (wParam == kRunningCopyTimer) {
         RefreshRunningCopy();
+      } else if (wParam == kTagsTimer) {
+        if (!GoOnReadingTags()) platform::KillTimer(kTagsTimer);
       } else {
         OnAutoHideTimer(host);
       }

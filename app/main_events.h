@@ -4,6 +4,8 @@
 
 namespace kwo {
 
+constexpr int kTagsTimer = 2;
+
 /// Turns the window's messages into the panels' events, and carries out what the desktop asks of
 /// the program.  Main thread; with kTick the redraw thread.
 void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam);

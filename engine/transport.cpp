@@ -221,6 +221,11 @@ void TransportPrevious() {
   StepSong(RetreatSong);
 }
 
+void TransportLoad() {
+  OpenCurrent(*TheMixer->Slot(0));
+  SongChanged();
+}
+
 int AdvanceSong() {
   bool wrapped = false;
   const int index = StepToSong(StepForward, wrapped);

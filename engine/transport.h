@@ -31,6 +31,8 @@ void TransportStop();
 void TogglePause();
 void TransportNext();
 void TransportPrevious();
+/// Opens the current song, as Next does on a player that has stopped.
+void TransportLoad();
 
 /// Steps to the next or previous song of the play order and gives its index, or -1 where there is
 /// none: the list is empty, no song is in the play mode, or, going forward without Repeat, the list

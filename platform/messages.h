@@ -47,8 +47,16 @@ struct Message {
 /// thread.
 void PostQuitMessage(int exitCode);
 
+constexpr bool IsEnd(const Message& message) {
+  return message.id == kMessageQuit ||
+         (message.id == kMessageSysCommand && message.wParam == kSystemClose);
+}
+
 /// Appends a message.  Any thread.
 void PostMessage(const Message& message);
+
+/// Whether the program is asked to end: the quit message or the desktop's close waits.  Any thread.
+bool EndAsked();
 
 /// Looks for a message without taking it; false if there is none.  Main thread.
 bool PeekMessage(Message& message);

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/files.h"
+#include "playlist/file_wait.h"
 #include "playlist/hooks.h"
 #include "playlist/tag_reader.h"
 
@@ -85,7 +85,7 @@ void RemoveAt(int index) {
 template <typename Test>
 void RemoveWhere(Test chosen) {
   for (int i = playlist.count - 1; i >= 0; --i)
-    if (chosen(*At(i))) RemoveAt(i);
+    if (chosen(i)) RemoveAt(i);
   FreeRetired();
   // The number is not followed while songs below it go: where it now names none, none is current.
   if (playlist.currentSong >= playlist.count) {
@@ -203,7 +203,7 @@ bool CopyPath(int index, char (&path)[kPathSize]) {
   return entry != nullptr;
 }
 
-int AddSong(const char* path) {
+int AddSong(const char* path, const std::string* end) {
   const std::size_t length = std::strlen(path);
   // A line end in a path would break the list's file apart, and what stands before it could be read
   // back as a folder, with all that lies in it.
@@ -214,7 +214,7 @@ int AddSong(const char* path) {
   const char* last = std::strrchr(path, '\\');
   const char* name = last ? last + 1 : path;
   std::memcpy(entry->fileName, name, std::strlen(name) + 1);
-  ReadTag(*entry);
+  if (end) TakeTag(*entry, *end);
   Put(playlist.count, entry);
   playlist.count = playlist.count + 1;
   return 1;
@@ -276,20 +276,23 @@ void ClickSong(int index, bool shift, bool control) {
 }
 
 void RemoveSelected() {
-  RemoveWhere([](const PlaylistEntry& entry) { return entry.selected != 0; });
+  RemoveWhere([](int i) { return At(i)->selected != 0; });
 }
 
 void RemoveUnselected() {
-  RemoveWhere([](const PlaylistEntry& entry) { return entry.selected == 0; });
+  RemoveWhere([](int i) { return At(i)->selected == 0; });
 }
 
 void RemoveDeadLinks() {
-  RemoveWhere([](const PlaylistEntry& entry) {
-    const int file =
-        platform::OpenFile(entry.path, platform::FileAccess::kRead, platform::FileCreate::kNever);
-    if (file >= 0) platform::CloseFile(file);
-    return file < 0;
-  });
+  FileWait wait;
+  const FileWait::Asked asked = AskForTags(wait.files);
+  // A file system that does not answer has not lost its songs.
+  std::vector<bool> dead;
+  for (int i = 0; i < playlist.count; ++i) {
+    const auto& answer = wait.Wait(asked, static_cast<std::size_t>(i));
+    dead.push_back(answer.answered && !answer.opens);
+  }
+  RemoveWhere([&dead](int i) { return dead[static_cast<std::size_t>(i)]; });
 }
 
 void RemoveAll() {

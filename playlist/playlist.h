@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <string>
 
 #include "platform/shared.h"
 #include "playlist/shared_text.h"
@@ -26,6 +27,7 @@ struct PlaylistEntry {
   char path[kPathSize];      ///< as it was added; never changes
   char fileName[kPathSize];  ///< behind the path's last backslash; never changes
   Shared<int> selected;
+  bool tagUnread = true;  ///< the main thread's
 };
 
 struct PlaylistState {
@@ -57,9 +59,9 @@ bool CopyPath(int index, char (&path)[kPathSize]);
 
 // The operations below belong to the main thread, but for BuildDisplayNames.
 
-/// Appends a song and reads its tag; 1, or 0 if the list is full or the path too long or broken by
-/// a line end.
-int AddSong(const char* path);
+/// Appends a song; 1, or 0 if the list is full or the path too long or broken by a line end.  Its
+/// tag is taken from `end`, the last bytes of its file, or stays unread where they are not known.
+int AddSong(const char* path, const std::string* end = nullptr);
 void ClearList();
 /// Rebuilds all display names by the display mode.  Any thread.
 void BuildDisplayNames();

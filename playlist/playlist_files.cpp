@@ -2,96 +2,206 @@
 
 #include <algorithm>
 #include <cstring>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/ascii.h"
+#include "platform/file_worker.h"
 #include "platform/files.h"
+#include "platform/messages.h"
+#include "playlist/file_wait.h"
 #include "playlist/playlist.h"
+#include "playlist/tag_reader.h"
 
 namespace kwo {
 namespace {
 
+using platform::FileWorker;
+
 constexpr std::size_t kLargestFile = 16 << 20;
 constexpr std::size_t kKeywordSize = 32;
+constexpr int kMostNames = 200000;
 
-// The folders and playlist files that are being added, outermost first: one that contains itself,
-// directly or through others or through links, is passed over.
-std::vector<std::string> underWay;
+bool IsSong(const std::string& path) {
+  const std::string upper = platform::UpperCased(path);
+  return upper.ends_with(".MP3") || upper.ends_with(".MP2");
+}
 
-class Entering {
+// What is under way from the outermost `AddPath` down.
+class Walk : public FileWait {
  public:
-  explicit Entering(const char* path) {
-    const std::string name = platform::CanonicalPath(path);
-    entered_ = std::find(underWay.begin(), underWay.end(), name) == underWay.end();
-    if (entered_) underWay.push_back(name);
+  FileWorker::Asked Ask(const std::vector<std::string>& paths) {
+    std::vector<FileWorker::Question> questions;
+    for (const std::string& path : paths)
+      questions.push_back({path, FileWorker::Look::kEnd, IsSong(path) ? kTagBytes : 0});
+    return files.Ask(std::move(questions));
   }
-  ~Entering() {
-    if (entered_) underWay.pop_back();
+  FileWorker::Answer Look(const char* path, FileWorker::Look look) {
+    return Wait(files.Ask({{path, look, kLargestFile}}), 0);
   }
-  Entering(const Entering&) = delete;
-  Entering& operator=(const Entering&) = delete;
-  explicit operator bool() const { return entered_; }
+  // Whichever paths lead to a folder or a playlist file: it counts once.
+  bool IsNew(const FileWorker::Answer& answer) {
+    return !answer.identity.empty() && seen_.insert(answer.identity).second;
+  }
+  bool Ends() const {
+    return playlist.count >= kMaxSongs || names_ >= kMostNames || platform::EndAsked();
+  }
+  void CountName() { ++names_; }
 
  private:
-  bool entered_;
+  std::set<std::string> seen_;
+  int names_ = 0;
 };
 
-// Carries one line of a playlist file out and gives the songs added.
-int TakeLine(const std::string& keyword, const std::string& value) {
-  if (keyword.size() >= kKeywordSize) return 0;
-  const std::string word = platform::UpperCased(keyword);
-  if (word == "PLAY" || word == "ADD") return AddPath(value.c_str());
-  if (word == "SELECTED" && playlist.count >= 1) {
-    const PlaylistReader reader;
-    if (PlaylistEntry* last = reader.Entry(playlist.count - 1)) last->selected = 1;
+Walk* walk = nullptr;
+
+// The walk that is under way, or a new one.
+class Walking {
+ public:
+  Walking() : first_(!walk) {
+    if (first_) walk = new Walk;
   }
-  return 0;
+  ~Walking() {
+    if (!first_) return;
+    delete walk;
+    walk = nullptr;
+  }
+  Walking(const Walking&) = delete;
+  Walking& operator=(const Walking&) = delete;
+
+ private:
+  bool first_;
+};
+
+int AddFound(const std::string& path, const FileWorker::Answer& found) {
+  // A folder with any further attribute, as a hidden one, does not count as a folder.
+  if (found.attributes == platform::kAttributeFolder) return AddDirectory(path.c_str());
+  if (IsSong(path)) return AddSong(path.c_str(), found.answered ? &found.bytes : nullptr);
+  if (!found.answered) return 0;
+  const std::string upper = platform::UpperCased(path);
+  if (upper.ends_with(".PLA")) return LoadPlaylistFile(path.c_str());
+  return upper.ends_with(".M3U") ? EnterM3uDirectory(path.c_str()) : 0;
+}
+
+// A line of a playlist file that counts: a path to add, or none for the mark of the last song.
+using Line = std::string;
+
+void TakeLine(const std::string& keyword, const std::string& value, std::vector<Line>& lines) {
+  if (keyword.size() >= kKeywordSize) return;
+  const std::string word = platform::UpperCased(keyword);
+  const bool adds = word == "PLAY" || word == "ADD";
+  if (adds && !value.empty() && value.size() < kPathSize) lines.push_back(value);
+  if (word == "SELECTED") lines.emplace_back();
+}
+
+std::vector<Line> LinesOf(const std::string& text) {
+  std::vector<Line> lines;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find_first_of("\r\n", at), text.size());
+    const std::string line = text.substr(at, end - at);
+    const std::size_t blank = std::min(line.find(' '), line.size());
+    const std::size_t value = std::min(line.find_first_not_of(' ', blank), line.size());
+    TakeLine(line.substr(0, blank), line.substr(value), lines);
+    at = std::min(text.find_first_not_of("\r\n", end), text.size());
+  }
+  return lines;
+}
+
+void MarkLastSong() {
+  const PlaylistReader reader;
+  if (PlaylistEntry* last = reader.Entry(playlist.count - 1)) last->selected = 1;
 }
 
 }  // namespace
 
 int AddPath(const char* path) {
-  if (std::strlen(path) >= kPathSize) return 0;
-  // A folder with any further attribute, as a hidden one, does not count as a folder.
-  if (platform::FileAttributes(path) == platform::kAttributeFolder) return AddDirectory(path);
-  const std::string upper = platform::UpperCased(path);
-  if (upper.ends_with(".MP3") || upper.ends_with(".MP2")) return AddSong(path);
-  if (upper.ends_with(".PLA")) return LoadPlaylistFile(path);
-  return upper.ends_with(".M3U") ? EnterM3uDirectory(path) : 0;
+  if (!*path || std::strlen(path) >= kPathSize) return 0;
+  const Walking walking;
+  return AddFound(path, walk->Wait(walk->Ask({path}), 0));
 }
 
 int AddDirectory(const char* path) {
   if (!*path) return 0;
-  const Entering entering(path);
-  if (!entering) return 0;
-  std::string folder(path);
-  if (folder.back() != '\\') folder += '\\';
+  const Walking walking;
+  const FileWorker::Answer folder = walk->Look(path, FileWorker::Look::kNames);
+  if (!walk->IsNew(folder)) return 0;
+  std::string front(path);
+  if (front.back() != '\\') front += '\\';
+  std::vector<std::string> paths;
+  for (const std::string& name : folder.names)
+    if (front.size() + name.size() < kPathSize) paths.push_back(front + name);
+  const FileWorker::Asked asked = walk->Ask(paths);
   int added = 0;
-  for (const std::string& name : platform::ListFolder(folder.c_str()))
-    added += AddPath((folder + name).c_str());
+  for (std::size_t i = 0; i < paths.size() && !walk->Ends(); ++i) {
+    walk->CountName();
+    added += AddFound(paths[i], walk->Wait(asked, i));
+  }
+  walk->files.Forget(asked);
   return added;
 }
 
 int LoadPlaylistFile(const char* path) {
-  const Entering entering(path);
-  std::string text;
-  if (!entering || !platform::ReadWholeFile(path, text, kLargestFile)) return 0;
-  return AddPlaylistText(std::move(text));
+  const Walking walking;
+  const FileWorker::Answer file = walk->Look(path, FileWorker::Look::kWhole);
+  return walk->IsNew(file) ? AddPlaylistText(file.bytes) : 0;
 }
 
 int AddPlaylistText(std::string text) {
+  const Walking walking;
+  text.resize(std::strlen(text.c_str()));
+  const std::vector<Line> lines = LinesOf(text);
+  std::vector<std::string> paths;
+  std::copy_if(lines.begin(), lines.end(), std::back_inserter(paths),
+               [](const Line& line) { return !line.empty(); });
+  FileWorker::Asked asked = walk->Ask(paths);
+  int added = 0;
+  std::size_t at = 0;
+  for (const Line& line : lines) {
+    if (walk->Ends()) break;
+    if (line.empty()) {
+      MarkLastSong();
+      continue;
+    }
+    walk->CountName();
+    const std::string here = IsSong(line) ? "" : platform::CurrentFolder();
+    added += AddFound(line, walk->Wait(asked, at++));
+    // What has made another folder current may have changed the meaning of the lines behind it.
+    if (IsSong(line) || here == platform::CurrentFolder()) continue;
+    walk->files.Forget(asked);
+    paths.erase(paths.begin(), paths.begin() + static_cast<std::ptrdiff_t>(std::exchange(at, 0)));
+    asked = walk->Ask(paths);
+  }
+  walk->files.Forget(asked);
+  return added;
+}
+
+int RestorePlaylist(std::string text) {
   text.resize(std::strlen(text.c_str()));
   int added = 0;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t end = std::min(text.find_first_of("\r\n", at), text.size());
-    const std::size_t blank = std::min(text.find(' ', at), end);
-    const std::size_t value = std::min(text.find_first_not_of(' ', blank), end);
-    added += TakeLine(text.substr(at, blank - at), text.substr(value, end - value));
-    at = std::min(text.find_first_not_of("\r\n", end), text.size());
+  for (const Line& line : LinesOf(text)) {
+    if (line.empty()) {
+      MarkLastSong();
+    } else {
+      added += IsSong(line) ? AddSong(line.c_str()) : AddPath(line.c_str());
+    }
   }
   return added;
+}
+
+bool SongAnswers(int index) {
+  char path[kPathSize];
+  if (!CopyPath(index, path)) return false;
+  const Walking walking;
+  return walk->Wait(walk->Ask({path}), 0).answered;
+}
+
+bool ReadPlaylistFile(const char* path, std::string& text) {
+  const Walking walking;
+  const FileWorker::Answer file = walk->Look(path, FileWorker::Look::kWhole);
+  text = file.bytes;
+  return file.attributes >= 0;
 }
 
 std::string PlaylistText() {

@@ -8,7 +8,11 @@
 namespace kwo {
 
 /// Adds what a path names: a song, all songs of a folder, or those of a playlist file.  Gives the
-/// number of songs added.  Paths of more than 255 bytes add nothing.
+/// number of songs added.  Paths of more than 255 bytes add nothing.  In one add a folder or a
+/// playlist file counts once, whatever leads to it; the walk ends when the list is full, after
+/// 200,000 names, or when the program is asked to end.  Files are looked at on a thread of their
+/// own: the window lives on meanwhile, and what does not answer in two seconds counts as
+/// unreadable.
 int AddPath(const char* path);
 int AddDirectory(const char* path);
 
@@ -17,6 +21,15 @@ int LoadPlaylistFile(const char* path);
 
 /// The same from its text, up to a NUL.
 int AddPlaylistText(std::string text);
+
+/// The same for a list that has been saved: its songs are listed unseen, with their tags unread.
+int RestorePlaylist(std::string text);
+
+/// Whether the file system that a song lies on answers.
+bool SongAnswers(int index);
+
+/// A playlist file's bytes; false if there is no such file.
+bool ReadPlaylistFile(const char* path, std::string& text);
 
 /// The whole list as a PLA file's text.
 std::string PlaylistText();

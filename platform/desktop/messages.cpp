@@ -1,5 +1,6 @@
 #include "platform/messages.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -38,6 +39,11 @@ void PostMessage(const Message& message) {
 
 void PostQuitMessage(int exitCode) {
   PostMessage({kMessageQuit, exitCode, 0});
+}
+
+bool EndAsked() {
+  std::lock_guard guard(lock);
+  return std::any_of(queue.begin(), queue.end(), IsEnd);
 }
 
 bool PeekMessage(Message& message) {

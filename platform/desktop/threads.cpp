@@ -27,6 +27,12 @@ void JoinThread(Thread* thread) {
   delete thread;
 }
 
+void LeaveThread(Thread* thread) {
+  if (!thread) return;
+  thread->thread.detach();
+  delete thread;
+}
+
 void SetThreadPriority(ThreadPriority priority) {
   sched_param parameters{};
   const bool critical = priority == ThreadPriority::kTimeCritical;

@@ -40,6 +40,11 @@ void PostQuitMessage(int exitCode) {
   PostMessage({kMessageQuit, exitCode, 0});
 }
 
+bool EndAsked() {
+  std::lock_guard guard(lock);
+  return std::any_of(queue.begin(), queue.end(), IsEnd);
+}
+
 bool PeekMessage(Message& message) {
   PostTimers();
   std::lock_guard guard(lock);

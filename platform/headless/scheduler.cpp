@@ -17,6 +17,7 @@ namespace kwo::platform {
 struct Thread {
   headless::Task task;
   std::thread thread;
+  bool left = false;  // it frees itself when it ends
 };
 
 }  // namespace kwo::platform
@@ -150,6 +151,7 @@ Thread* StartThread(void (*body)(void*), void* argument) {
     std::erase(headless::tasks, &self);
     self.finished = true;
     if (headless::clockSpeed == 0) headless::PassTurn();
+    if (thread->left) delete thread;
   });
   return thread;
 }
@@ -165,6 +167,17 @@ void JoinThread(Thread* thread) {
   }
   thread->thread.join();
   delete thread;
+}
+
+void LeaveThread(Thread* thread) {
+  if (!thread) return;
+  thread->thread.detach();
+  std::lock_guard guard(headless::lock);
+  if (thread->task.finished) {
+    delete thread;
+  } else {
+    thread->left = true;
+  }
 }
 
 void SetThreadPriority(ThreadPriority) {}

@@ -6,10 +6,12 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/headless/headless.h"
 #include "platform/posix/dropped_songs.h"
 #include "platform/posix/executable.h"
+#include "platform/posix/file_worker_probe.h"
 
 namespace kwo {
 namespace {
@@ -18,6 +20,7 @@ std::mutex lock;
 std::deque<headless::DialogAnswer> answers;
 std::deque<std::string> menuAnswers;
 int lostAnswers = 0;
+std::string standingFolder;
 std::vector<std::string> lastMenu;
 std::string lastFolder;
 std::map<int, std::vector<std::string>> drops;
@@ -146,6 +149,22 @@ int LostMenuAnswers() {
 std::vector<std::string> LastMenu() {
   std::lock_guard guard(lock);
   return lastMenu;
+}
+
+void SetStandingFolder(const std::string& path) {
+  {
+    std::lock_guard guard(lock);
+    standingFolder = path;
+  }
+  platform::beforeLook = [](const std::string& looked) {
+    for (;;) {
+      {
+        std::lock_guard guard(lock);
+        if (standingFolder.empty() || !looked.starts_with(standingFolder)) return;
+      }
+      platform::Sleep(100);
+    }
+  };
 }
 
 void DropFiles(const std::vector<std::string>& paths) {

@@ -191,6 +191,29 @@ TEST_F(Program, SettingsBeyondTheirRangesDoNoHarm) {
   }
 }
 
+TEST_F(Program, WindowComesUpBeforeTheSongsAnswer) {
+  const std::vector<std::string> songs = Songs(3);
+  const std::string first = folder.File("song0.mp3");
+  WriteBytes(first, ReadBytes(first) + Tag("Dawn", "", ""));
+  Run([&](const Hands& hands) {
+    hands.Drop(songs);
+    playlist.displayMode = 1;
+  });
+  ClearList();
+  headless::SetStandingFolder(songs[2]);
+  const unsigned start = platform::GetTickCount();
+  Run([&](const Hands& hands) {
+    EXPECT_LT(platform::GetTickCount() - start, 6000u);
+    EXPECT_EQ(2, playlist.currentSong);
+    OpenPage(hands, PAGE_PLAYLIST);
+    EXPECT_EQ("1. Dawn", Text(WIDGET_ROW));
+    EXPECT_EQ("3. song2.mp3", Text(WIDGET_ROW + 2));
+    headless::SetStandingFolder("");
+    Press(hands, WIDGET_ROW);
+    EXPECT_EQ("*0 1 2 ", Names());
+  });
+}
+
 TEST_F(Program, SavedSongBeyondTheListFallsBackToTheFirst) {
   Run([this](const Hands& hands) { hands.Drop(Songs(3)); });
   for (auto [stored, first] : {std::pair{5, 0}, {2, 2}, {3, 0}}) {

@@ -8,6 +8,7 @@
 #include <functional>
 #include <random>
 
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/headless/headless.h"
 #include "playlist/hooks.h"
@@ -37,6 +38,7 @@ class List : public testing::Test {
   }
   void Add(const std::vector<std::string>& names) {
     for (const auto& name : names) AddSong(name.c_str());
+    ReadAllTags();
     BuildDisplayNames();
   }
   // The file names in list order, selected ones in brackets, the current one with a star.
@@ -385,12 +387,78 @@ TEST_F(List, ReadsPlaylistFilesOfEveryHand) {
   EXPECT_EQ(0, LoadPlaylistFile("absent.pla"));
 }
 
-TEST_F(List, PlaylistFilesThatNameEachOtherEnd) {
-  const std::string a = Song("a.pla"), b = Song("b.pla");
-  Song("a.pla", "ADD one.mp3\nADD " + a + "\nADD " + b + "\n");
-  Song("b.pla", "ADD two.mp3\nADD " + a + "\n");
-  EXPECT_EQ(2, AddPath(a.c_str()));
-  EXPECT_EQ("one.mp3 two.mp3", Look());
+TEST_F(List, FoldersAndPlaylistFilesCountOnceInAnAdd) {
+  std::string first;
+  for (int i = 40; i > 0; --i) {
+    const std::string twice = first.empty() ? "" : "ADD " + first + "\nADD " + first + "\n";
+    first = Song(std::to_string(i) + ".pla", twice + "ADD " + std::to_string(i) + ".mp3\n");
+  }
+  test::WriteBytes(folder.File("40.pla"), "ADD " + first + "\nADD 40.mp3");
+  EXPECT_EQ(40, AddPath(first.c_str())) << "also where they name each other";
+  RemoveAll();
+  // Ten folders, each with links to all.
+  for (int i = 0; i < 10; ++i) {
+    const std::string name(1, static_cast<char>('a' + i));
+    std::filesystem::create_directory(folder.File(name));
+    Song(name + "/" + name + ".mp3");
+    for (int j = 0; j < 10; ++j)
+      std::filesystem::create_directory_symlink(folder.File(std::string(1, char('a' + j))),
+                                                folder.File(name + "/to" + std::to_string(j)));
+  }
+  EXPECT_EQ(10, AddPath(platform::FromMachinePath(folder.File("d")).c_str()));
+  EXPECT_EQ(1, AddPath((Song("x.pla", "ADD " + folder.File("b/b.mp3"))).c_str()));
+}
+
+TEST_F(List, WalkHasAnEnd) {
+  std::string text = "ADD " + std::string(4 << 20, 'x');
+  EXPECT_EQ(0, LoadPlaylistFile(Song("long.pla", text).c_str()));
+  EXPECT_EQ(0, LoadPlaylistFile(Song("long.pla", text.substr(4)).c_str()));
+  text.clear();
+  for (int i = 0; i < 200000; ++i) text += "ADD x\n";
+  EXPECT_EQ(0, LoadPlaylistFile(Song("names.pla", text + "ADD a.mp3\n").c_str()));
+  EXPECT_EQ(1, LoadPlaylistFile(Song("names.pla", text.substr(6) + "ADD a.mp3\n").c_str()));
+}
+
+TEST_F(List, FileSystemThatDoesNotAnswerHoldsNobodyUp) {
+  for (const char* name : {"a", "c"}) std::filesystem::create_directory(folder.File(name));
+  const std::string good = Song("a/1.mp3", test::Tag("One", "", ""));
+  Song("c/2.mp3", test::Tag("Two", "", ""));
+  Song("c/z.mp3", test::Tag("Last", "", ""));
+  for (const char* name : {"b1.mp3", "b2.mp3", "b3.jpg"})
+    Song(std::string("c/") + name, test::Tag("Dead", "", ""));
+  const std::string dead = platform::FromMachinePath(folder.File("c/b"));
+  headless::SetStandingFolder(dead);
+  playlist.displayMode = 1;
+  const auto add = [&](const std::string& path) {
+    RemoveAll();
+    const unsigned start = platform::GetTickCount();
+    const int added = AddPath(path.c_str());
+    const int seconds = static_cast<int>(platform::GetTickCount() - start) / 1000;
+    BuildDisplayNames();
+    std::string names = std::to_string(added) + " in " + std::to_string(seconds) + " s:";
+    for (int i = 0; i < playlist.count; ++i) names += ' ' + Display(i);
+    return names;
+  };
+  EXPECT_EQ("5 in 2 s: One Two b1.mp3 b2.mp3 z.mp3", add(platform::FromMachinePath(folder.Path())))
+      << "the rest of the folder counts as unreadable";
+  EXPECT_EQ("2 in 2 s: b1.mp3 One", add(Song("x.pla", "ADD " + dead + "1.mp3\nADD " + good)))
+      << "another folder does not";
+  headless::SetStandingFolder(platform::FromMachinePath(folder.File("c")));
+  EXPECT_EQ("1 in 2 s: One", add(platform::FromMachinePath(folder.Path())));
+  RemoveAll();
+  AddPath(dead.c_str());
+  AddSong((dead + "1.mp3").c_str());
+  AddSong("nowhere.mp3");
+  AddSong(good.c_str());
+  RemoveDeadLinks();
+  EXPECT_EQ("b1.mp3 1.mp3", Look()) << "what keeps silent is not dead";
+  ReadAllTags();
+  BuildDisplayNames();
+  EXPECT_EQ("One", Display(1));
+  headless::SetStandingFolder("");
+  ReadAllTags();
+  BuildDisplayNames();
+  EXPECT_EQ("Dead", Display(0));
 }
 
 TEST_F(List, DialogsOpenWhereTheLastOneChose) {
