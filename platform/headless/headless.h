@@ -59,8 +59,8 @@ void AnswerDialog(const DialogAnswer& answer);
 /// The folder in which the last file dialog opened.
 std::string LastDialogFolder();
 
-/// Looks at files below this folder get no answer, as on a server that has gone, until another one is
-/// named; empty for none.
+/// Looks at files below this folder get no answer, as on a server that has gone, until another one
+/// is named; empty for none.
 void SetStandingFolder(const std::string& path);
 
 // The user's hands.  Any thread.  Places are of the screen.
