@@ -61,14 +61,18 @@ void SetHooks() {
   hooks.transportStop = TransportStop;
 }
 
+bool NoThread() {
+  std::fputs("kwo: the system gives no further thread\n", stderr);
+  return false;
+}
+
 bool StartEngine() {
   TheMixer = new (std::nothrow) Mixer;
   if (!TheMixer) return false;
   TheMixer->Init(kBlockSize, kSampleRate, kChannels, OnMixerEvent);
   for (int slot = 0; slot < kVoices; ++slot)
     if (!TheMixer->CreateVoice(slot, kBlockSize)) return false;
-  TheMixer->StartThread();
-  return true;
+  return TheMixer->StartThread() || NoThread();
 }
 
 // The folder of the executable; empty, the current folder, for one whose path is too long.
@@ -248,14 +252,14 @@ int StartUp() {
   if (const std::string* presets = DeadCopyPresets()) TakePresetBytes(*presets);
   ReadMixerSettings();
   ApplyMixerPage();
-  DjSetMode(djMode);
+  if (!DjSetMode(djMode)) return NoThread();
   RestoreWindow();
   RestoreList();
   if (shuffleOn) BuildShuffleTable();
   RestoreCurrentSong(savedSong);
   FlushSettings();
   TheSkinHost->BringToFront();
-  TheSkinHost->StartRedraw();
+  if (!TheSkinHost->StartRedraw()) return NoThread();
   if (!VisualiserFillsWindow()) TheSkinHost->ShowTile(PAGE_MAIN, BackgroundEffect);
   ShowMainPage(0);
   ShowTopBar(1);

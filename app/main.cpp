@@ -1,6 +1,8 @@
 #include "app/application.h"
+#include "app/running_copy.h"
 #include "platform/process.h"
 
 int main(int count, char** arguments) {
-  return kwo::platform::RunProcess(count, arguments, kwo::RunApplication, kwo::SaveState);
+  return kwo::platform::RunProcess(count, arguments, kwo::RunApplication, kwo::SaveState,
+                                   [] { kwo::AwaitRunningCopy(1500); });
 }

@@ -8,6 +8,7 @@
 #include "app/saved_state.h"
 #include "panels/application_state.h"
 #include "panels/equaliser_presets.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/owned_file.h"
 #include "platform/threads.h"
@@ -138,6 +139,12 @@ void RefreshRunningCopy() {
   writing = 1;
   writer = platform::StartThread(Write, nullptr);
   if (!writer) Write(nullptr);
+}
+
+void AwaitRunningCopy(int milliseconds) {
+  constexpr int kPollMilliseconds = 10;
+  for (; writing.Acquire() && milliseconds > 0; milliseconds -= kPollMilliseconds)
+    platform::Sleep(kPollMilliseconds);
 }
 
 void EndRunningCopy(bool saved) {

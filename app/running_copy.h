@@ -18,6 +18,8 @@ const std::string* DeadCopyList();
 void BeginRunningCopy();
 /// Composes the copy anew if anything has changed; a thread of its own writes it.
 void RefreshRunningCopy();
+/// Waits until what is being written has been, for so long at most.  Any thread.
+void AwaitRunningCopy(int milliseconds);
 /// Everything has been saved in its own places; or not, and then the next start finds the copy.
 void EndRunningCopy(bool saved);
 

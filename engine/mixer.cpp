@@ -84,13 +84,14 @@ void Mixer::RotateSlots(int first, int last) {
   rotating.store(0);
 }
 
-void Mixer::StartThread() {
-  if (running) return;
+bool Mixer::StartThread() {
+  if (running) return true;
   running.Publish(1);
   // Up before the thread can be, so that a stop right behind this waits for its end.
   threadAlive.Publish(1);
   thread = platform::StartThread(RunThread, this);
   if (!thread) running = threadAlive = 0;
+  return thread != nullptr;
 }
 
 void Mixer::StopThread() {

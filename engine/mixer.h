@@ -36,7 +36,8 @@ class Mixer {
   /// The voice at `last` moves to `first`, and those between move up by one; nothing unless
   /// 0 <= first < last < 128.  Any thread but the render thread: a second one waits for the first.
   void RotateSlots(int first, int last);
-  void StartThread();
+  /// False if there can be no thread.
+  bool StartThread();
   /// Lets the thread finish its block and close the device, and waits for it.
   void StopThread();
 

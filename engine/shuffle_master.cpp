@@ -117,11 +117,12 @@ void RunDj(void*) {
 
 }  // namespace
 
-void DjSetMode(int mode) {
+bool DjSetMode(int mode) {
   DjEnd();
-  if (mode != 1) return;
+  if (mode != 1) return true;
   djWanted = 1;
   djThread = platform::StartThread(RunDj, nullptr);
+  return djThread != nullptr;
 }
 
 void DjEnd() {

@@ -4,8 +4,9 @@
 /// place, and lets the old one leave to the right.  One thread of its own.
 namespace kwo {
 
-/// Ends the thread, wherever it stands, and starts a new one if `mode` is 1.  Main thread.
-void DjSetMode(int mode);
+/// Ends the thread, wherever it stands, and starts a new one if `mode` is 1; false if there can be
+/// none.  Main thread.
+bool DjSetMode(int mode);
 
 /// Ends the thread if there is one.  Main thread.
 void DjEnd();

@@ -186,11 +186,12 @@ void SkinHost::HostDefaultHandler(const Message& message) {
   }
 }
 
-void SkinHost::StartRedraw() {
-  if (threadRun) return;
+bool SkinHost::StartRedraw() {
+  if (threadRun) return true;
   threadRun = 1;
   threadHandle = platform::StartThread(RunRedraw, this);
   if (!threadHandle) threadRun = 0;
+  return threadHandle != nullptr;
 }
 
 void SkinHost::StopRedraw() {

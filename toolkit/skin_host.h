@@ -79,7 +79,8 @@ class SkinHost {
   /// The topmost widget under a point of the window, or null.
   Widget* HitTest(int x, int y);
 
-  void StartRedraw();
+  /// False if there can be no thread.
+  bool StartRedraw();
   /// Lets the thread finish its frame and waits for its end.
   void StopRedraw();
   /// First call: holds the redraw thread between two frames, and returns once it is; second: lets

@@ -1,7 +1,6 @@
 #include "platform/process.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -18,6 +17,7 @@
 #include <string>
 #include <thread>
 
+#include "platform/desktop/end_watch.h"
 #include "platform/desktop/main_loop.h"
 #include "platform/desktop/qt/main_window.h"
 #include "platform/files.h"
@@ -27,9 +27,8 @@
 namespace kwo::platform {
 namespace {
 
-// Written by any thread and by signals, read by the main thread's event loop.
+// Written by any thread and by signal handlers, read by the main thread's event loop.
 int wakeEvent = -1;
-volatile sig_atomic_t endAsked = 0;
 std::thread::id mainThread;
 void (*saveEverything)() = nullptr;
 
@@ -38,14 +37,10 @@ void Wake() {
   [[maybe_unused]] const ssize_t written = write(wakeEvent, &one, sizeof one);
 }
 
-void OnSignal(int) {
-  endAsked = 1;
-  Wake();
-}
-
 // Whoever ends the program from outside may cut it off before it has ended in order.
 void EndProgram() {
   if (saveEverything) saveEverything();
+  EndServed();
   PostQuitMessage(0);
   while (QWidget* popup = QApplication::activePopupWidget())
     if (!popup->close()) break;
@@ -66,10 +61,7 @@ void OnExit() {
 void OnWake() {
   std::uint64_t count;
   [[maybe_unused]] const ssize_t got = read(wakeEvent, &count, sizeof count);
-  if (endAsked) {
-    endAsked = 0;
-    EndProgram();
-  }
+  if (EndSignalled()) EndProgram();
   ServeWindow();
 }
 
@@ -129,24 +121,20 @@ int NoDesktop() {
   return 1;
 }
 
+int NoMeans(const char* what) {
+  std::fprintf(stderr, "kwo: the system gives no further %s\n", what);
+  return 1;
+}
+
 // The toolkit ends the process by an abort where the display can't be reached; everything else that
 // it has to say is of no use to a user.
 void OnToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
   if (type == QtFatalMsg) std::_Exit(NoDesktop());
 }
 
-void CatchSignals() {
-  struct sigaction action {};
-  action.sa_handler = OnSignal;
-  action.sa_flags = SA_RESTART;
-  for (int signal : {SIGTERM, SIGINT, SIGHUP}) sigaction(signal, &action, nullptr);
-  signal(SIGPIPE, SIG_IGN);
-  signal(SIGXFSZ, SIG_IGN);  // a save past the limit fails as on a full disk
-}
-
 }  // namespace
 
-int RunProcess(int count, char** arguments, int (*body)(), void (*save)()) {
+int RunProcess(int count, char** arguments, int (*body)(), void (*save)(), void (*finish)()) {
   const bool hasX = std::getenv("DISPLAY") && *std::getenv("DISPLAY");
   if (!hasX && !std::getenv("WAYLAND_DISPLAY") && !std::getenv("QT_QPA_PLATFORM"))
     return NoDesktop();
@@ -157,6 +145,8 @@ int RunProcess(int count, char** arguments, int (*body)(), void (*save)()) {
   FindProgramFolder();
   mainThread = std::this_thread::get_id();
   wakeEvent = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+  if (wakeEvent < 0) return NoMeans("file descriptor");
+  if (!WatchForEnd(Wake, finish)) return NoMeans("thread");
   qInstallMessageHandler(OnToolkitMessage);
   QApplication application(count, arguments);
   QApplication::setApplicationName("kwo");
@@ -168,7 +158,6 @@ int RunProcess(int count, char** arguments, int (*body)(), void (*save)()) {
   QSocketNotifier notifier(wakeEvent, QSocketNotifier::Read);
   QObject::connect(&notifier, &QSocketNotifier::activated, OnWake);
   mainLoop = {WaitForEvents, Wake, SleepAlive, OnMainThread};
-  CatchSignals();
   saveEverything = save;
   std::atexit(OnExit);
   const int result = body();

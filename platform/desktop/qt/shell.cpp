@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <map>
 
+#include "platform/desktop/end_watch.h"
 #include "platform/desktop/qt/main_window.h"
 #include "platform/files.h"
 
@@ -151,7 +152,11 @@ bool RunCommandLine(const char* line) {
   QStringList words = SplitLine(line);
   if (words.isEmpty()) return false;
   const QString program = words.takeFirst();
-  return QProcess::startDetached(program, words);
+  QProcess process;
+  process.setProgram(program);
+  process.setArguments(words);
+  process.setChildProcessModifier(UnblockEndSignals);
+  return process.startDetached();
 }
 
 }  // namespace kwo::platform
