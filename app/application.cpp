@@ -293,9 +293,13 @@ int ShutDown() {
     RemoveTrayIcon();
     TheSkinHost->StopRedraw();
   }
-  if (TheMixer) TheMixer->StopThread();
-  delete TheMixer;
-  TheMixer = nullptr;
+  if (!TheMixer || TheMixer->StopThread()) {
+    delete TheMixer;
+    TheMixer = nullptr;
+  } else {
+    // It hangs in a read, and keeps what it works on until the process ends around it.
+    hooks = Hooks();
+  }
   delete TheSkinHost;
   TheSkinHost = nullptr;
   if (wasUp) EndRunningCopy(SaveHistory() && !settingsDue);

@@ -7,6 +7,7 @@
 
 #include "engine/pcm_device.h"
 #include "platform/clock.h"
+#include "platform/wave_out.h"
 
 namespace kwo {
 namespace {
@@ -16,6 +17,7 @@ constexpr int kDeviceBuffers = 24;
 constexpr int kOpenPauseMilliseconds = 1000;
 constexpr int kIdleMilliseconds = 200;
 constexpr int kStopPollMilliseconds = 100;
+constexpr int kLongestStop = 6000;  // milliseconds
 
 }  // namespace
 
@@ -94,12 +96,20 @@ bool Mixer::StartThread() {
   return thread != nullptr;
 }
 
-void Mixer::StopThread() {
-  if (!running) return;
+bool Mixer::StopThread() {
+  if (!running) return !threadAlive;
   running.Publish(0);
-  while (threadAlive.Acquire()) platform::Sleep(kStopPollMilliseconds);
+  for (int waited = 0; threadAlive.Acquire(); waited += kStopPollMilliseconds) {
+    if (waited >= kLongestStop) {
+      platform::LeaveThread(thread);
+      return false;
+    }
+    platform::Sleep(kStopPollMilliseconds);
+  }
   platform::JoinThread(thread);
   thread = nullptr;
+  platform::FinishWave();
+  return true;
 }
 
 int Mixer::RenderBlock() {

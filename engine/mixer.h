@@ -38,8 +38,9 @@ class Mixer {
   void RotateSlots(int first, int last);
   /// False if there can be no thread.
   bool StartThread();
-  /// Lets the thread finish its block and close the device, and waits for it.
-  void StopThread();
+  /// Lets the thread finish its block and close the device, and waits until that has played to its
+  /// end.  False if the thread hangs for six seconds: then the Mixer must outlive it.
+  bool StopThread();
 
   /// Renders one block; not 0 if `Block` holds new sound.  Render thread only.
   int RenderBlock();

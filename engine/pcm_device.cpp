@@ -15,7 +15,6 @@ namespace PcmDevice {
 namespace {
 
 constexpr int kPollMilliseconds = 20;
-constexpr int kCloseMilliseconds = 100;
 constexpr int kStillMilliseconds = 1000;
 
 platform::WaveDevice* waveHandle = nullptr;
@@ -75,7 +74,7 @@ int Open(int rate, unsigned short channels, unsigned short bits, int bufferBytes
   bufferMemory.reset(new (std::nothrow) char[static_cast<std::size_t>(bufferBytes) *
                                              static_cast<std::size_t>(buffersWanted)]);
   headers.reset(new (std::nothrow) platform::WaveHeader[static_cast<std::size_t>(buffersWanted)]);
-  if (bufferMemory && headers) waveHandle = platform::OpenWave(format, PassPlayed);
+  if (bufferMemory && headers) waveHandle = platform::OpenWave(format, buffersWanted, PassPlayed);
   if (!waveHandle) {
     bufferMemory.reset();
     headers.reset();
@@ -89,13 +88,6 @@ int Open(int rate, unsigned short channels, unsigned short bits, int bufferBytes
 
 void Close() {
   if (!waveHandle) return;
-  for (int i = 0; i < bufferCount; ++i) {
-    const unsigned flags = headers[i].flags.Acquire();
-    if (flags != 0 && !(flags & platform::kWaveDone)) platform::Sleep(kCloseMilliseconds);
-  }
-  for (int i = 0; i < bufferCount; ++i)
-    if (headers[i].flags & platform::kWavePrepared) platform::UnprepareWave(waveHandle, headers[i]);
-  platform::ResetWave(waveHandle);
   platform::CloseWave(waveHandle);
   waveHandle = nullptr;
   bufferMemory.reset();

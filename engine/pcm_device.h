@@ -9,7 +9,7 @@ namespace kwo::PcmDevice {
 /// Opens the default device, closing an open one first.  1, or 0 if it is absent or busy.
 int Open(int rate, unsigned short channels, unsigned short bits, int bufferBytes, int bufferCount);
 
-/// Lets the queue play on for 100 ms for each buffer found in it, then cuts it.
+/// Closes the device, which plays by itself what it was handed, and waits for nothing.
 void Close();
 
 /// Copies `bytes` into the ring and hands over every full buffer; sleeps while none is free.  Gives

@@ -32,9 +32,11 @@ using WaveDoneCallback = void (*)(WaveHeader& header);
 
 struct WaveDevice;
 
-/// Opens the system's default device; null if it is absent or busy.  A device that vanishes later
-/// is reopened by the layer with its queue kept.  The operations below come from one thread.
-WaveDevice* OpenWave(const WaveFormat& format, WaveDoneCallback callback);
+/// Opens the system's default device for a caller with so many buffers; null if it is absent or
+/// busy.  A device that vanishes later is reopened by the layer with its queue kept.  Where more
+/// lies in the device than these buffers hold, a buffer counts as played once its room is needed.
+/// The operations below come from one thread.
+WaveDevice* OpenWave(const WaveFormat& format, int buffers, WaveDoneCallback callback);
 
 /// Sets the prepared flag.
 void PrepareWave(WaveDevice* device, WaveHeader& header);
@@ -45,10 +47,12 @@ void WriteWave(WaveDevice* device, WaveHeader& header);
 /// Clears the prepared flag of a played buffer; false, and nothing changed, while it is queued.
 bool UnprepareWave(WaveDevice* device, WaveHeader& header);
 
-/// Stops the sound and marks all queued buffers done, without a call for them.
-void ResetWave(WaveDevice* device);
-
-/// Closes the device.  No callback comes once it has returned.
+/// Closes the device and marks all queued buffers done, without a call for them: no callback comes
+/// once it has returned, and their memory is the caller's again.  What they hold is played to its
+/// end all the same, unless that takes more than six seconds or the device is opened again.
 void CloseWave(WaveDevice* device);
+
+/// Waits until a device that has been closed has played to its end.
+void FinishWave();
 
 }  // namespace kwo::platform

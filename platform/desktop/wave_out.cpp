@@ -24,15 +24,20 @@ struct WaveDevice {
   std::condition_variable changed;
   std::deque<WaveHeader*> queue;
   std::uint64_t fed = 0;
+  std::size_t buffers = 0;  // that the caller has
   bool opened = false;
+  bool calling = false;  // the thread is in the callback, or at the header behind it
   bool closing = false;
-  bool resetWanted = false;
+  bool cut = false;    // a closed device is not to play on
   bool ended = false;  // the thread touches nothing any more
   Thread* thread = nullptr;
+  // What a closed device still has to feed, but for what was on its way to the PCM: `fed` counts
+  // that from then on.
+  std::vector<char> rest;
   // The device thread's own.
   snd_pcm_t* pcm = nullptr;  // null while the device is gone
   std::vector<char> piece;   // on its way to the PCM, in memory that no caller takes away
-  std::int64_t rest = 0;     // milliseconds until the next look at the PCM
+  std::int64_t pause = 0;    // milliseconds until the next look at the PCM
   std::chrono::steady_clock::time_point fedAt;  // when the PCM was last given something
 };
 
@@ -48,10 +53,14 @@ constexpr std::int64_t kShortestRest = 5, kLongestRest = 50;  // milliseconds
 constexpr auto kReopenPause = std::chrono::seconds(1);
 // How long a caller waits for a sound server that does not answer.
 constexpr auto kOpenPatience = std::chrono::seconds(5);
-constexpr auto kClosePatience = std::chrono::milliseconds(1500);
+constexpr auto kCutPatience = std::chrono::milliseconds(500);
+// How long a device that has been closed may play on.
+constexpr auto kLongestEnd = std::chrono::seconds(6);
+constexpr auto kStandstill = std::chrono::seconds(1);
+constexpr auto kEndPoll = std::chrono::milliseconds(20);
 
-// A device whose server hung when it was to be closed; there is no sound until it has ended.
-WaveDevice* hung = nullptr;
+// The device that was closed last: it plays on, or its server hangs.  The next one waits for it.
+WaveDevice* closed = nullptr;
 
 void IgnoreError(const char*, int, const char*, int, const char*, ...) {}
 
@@ -102,23 +111,26 @@ bool TakePiece(WaveDevice& device) {
   return false;
 }
 
-bool Interrupted(const WaveDevice& device) {
-  return device.resetWanted || device.closing;
+// Frames that the PCM has taken, or an error.
+snd_pcm_sframes_t WritePcm(WaveDevice& device, const char* bytes, std::size_t size) {
+  const snd_pcm_sframes_t taken =
+      snd_pcm_writei(device.pcm, bytes, size / device.format.blockAlign);
+  return taken == -EPIPE || taken == -ESTRPIPE || taken == -EINTR
+             ? snd_pcm_recover(device.pcm, static_cast<int>(taken), 1)
+             : taken;
 }
 
 // Gives the PCM as much of the queue as it takes.  False if the device has failed.
 bool FeedPcm(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
   while (TakePiece(device)) {
     guard.unlock();
-    snd_pcm_sframes_t taken = snd_pcm_writei(device.pcm, device.piece.data(),
-                                             device.piece.size() / device.format.blockAlign);
-    if (taken == -EPIPE || taken == -ESTRPIPE || taken == -EINTR)
-      taken = snd_pcm_recover(device.pcm, static_cast<int>(taken), 1);
+    const snd_pcm_sframes_t taken = WritePcm(device, device.piece.data(), device.piece.size());
     guard.lock();
-    if (Interrupted(device) || taken == -EAGAIN) return true;
+    if (taken == -EAGAIN) return true;
     if (taken < 0) return false;
     device.fedAt = std::chrono::steady_clock::now();
     device.fed += static_cast<std::uint64_t>(taken) * device.format.blockAlign;
+    if (device.closing) return true;
   }
   return true;
 }
@@ -151,9 +163,29 @@ std::int64_t UntilHeard(const WaveDevice& device, snd_pcm_sframes_t waiting) {
                     kLongestRest);
 }
 
-// Marks the buffers whose last frame has left the device.  False if the device has failed.
+void FinishFront(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
+  WaveHeader& header = *device.queue.front();
+  device.queue.pop_front();
+  device.fed -= header.bufferLength;
+  device.calling = true;
+  guard.unlock();
+  device.callback(header);
+  header.flags.Publish(kWavePrepared | kWaveDone);
+  guard.lock();
+  device.calling = false;
+  device.changed.notify_all();
+}
+
+std::uint64_t Queued(const WaveDevice& device) {
+  std::uint64_t bytes = 0;
+  for (const WaveHeader* header : device.queue) bytes += header->bufferLength;
+  return bytes;
+}
+
+// Marks the buffers whose last frame has left the device, and one more if the PCM has taken all
+// that there is and the caller has no room for more.  False if the device has failed.
 bool FinishHeard(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
-  device.rest = kShortestRest;
+  device.pause = kShortestRest;
   if (device.fed == 0) return true;
   guard.unlock();
   const bool started = IsStarted(device);
@@ -162,17 +194,12 @@ bool FinishHeard(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
   if (!started) return true;
   if (waiting < 0) return false;
   const std::uint64_t unheard = static_cast<std::uint64_t>(waiting) * device.format.blockAlign;
-  while (!Interrupted(device) && !device.queue.empty() &&
-         device.fed >= device.queue.front()->bufferLength + unheard) {
-    WaveHeader& header = *device.queue.front();
-    device.queue.pop_front();
-    device.fed -= header.bufferLength;
-    guard.unlock();
-    device.callback(header);
-    header.flags.Publish(kWavePrepared | kWaveDone);
-    guard.lock();
-  }
-  device.rest = UntilHeard(device, waiting);
+  while (!device.closing && !device.queue.empty() &&
+         device.fed >= device.queue.front()->bufferLength + unheard)
+    FinishFront(device, guard);
+  if (!device.closing && device.queue.size() >= device.buffers && device.fed == Queued(device))
+    FinishFront(device, guard);
+  device.pause = UntilHeard(device, waiting);
   return true;
 }
 
@@ -183,26 +210,8 @@ void ClosePcm(WaveDevice& device) {
   device.pcm = nullptr;
 }
 
-void DropQueue(WaveDevice& device) {
-  for (WaveHeader* header : device.queue) header->flags.Publish(kWavePrepared | kWaveDone);
-  device.queue.clear();
-}
-
-void Reset(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
-  guard.unlock();
-  if (device.pcm) {
-    snd_pcm_drop(device.pcm);
-    snd_pcm_prepare(device.pcm);
-  }
-  guard.lock();
-  DropQueue(device);
-  device.fed = 0;
-  device.resetWanted = false;
-  device.changed.notify_all();
-}
-
 void Reopen(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
-  if (device.changed.wait_for(guard, kReopenPause, [&] { return Interrupted(device); })) return;
+  if (device.changed.wait_for(guard, kReopenPause, [&] { return device.closing; })) return;
   guard.unlock();
   device.pcm = OpenPcm(device.format);
   guard.lock();
@@ -212,20 +221,48 @@ void Reopen(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
 
 void PlayQueue(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
   while (!device.closing) {
-    if (device.resetWanted) {
-      Reset(device, guard);
-    } else if (!device.pcm) {
+    if (!device.pcm) {
       Reopen(device, guard);
     } else if (device.queue.empty()) {
-      device.changed.wait(guard, [&] { return Interrupted(device) || !device.queue.empty(); });
+      device.changed.wait(guard, [&] { return device.closing || !device.queue.empty(); });
     } else if (!FeedPcm(device, guard) || !FinishHeard(device, guard)) {
       guard.unlock();
       ClosePcm(device);
       guard.lock();
     } else {
-      device.changed.wait_for(guard, std::chrono::milliseconds(device.rest),
-                              [&] { return Interrupted(device); });
+      device.changed.wait_for(guard, std::chrono::milliseconds(device.pause),
+                              [&] { return device.closing; });
     }
+  }
+}
+
+// The end of a device that has been closed.
+void PlayRest(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
+  using Clock = std::chrono::steady_clock;
+  const auto begin = Clock::now();
+  auto moved = begin;
+  snd_pcm_sframes_t waitingBefore = -1;
+  while (device.pcm && !device.cut && Clock::now() - begin < kLongestEnd &&
+         Clock::now() - moved < kStandstill) {
+    guard.unlock();
+    bool done = false;
+    if (device.fed < device.rest.size()) {
+      const snd_pcm_sframes_t taken =
+          WritePcm(device, device.rest.data() + device.fed, device.rest.size() - device.fed);
+      done = taken < 0 && taken != -EAGAIN;
+      if (taken > 0) {
+        moved = device.fedAt = Clock::now();
+        device.fed += static_cast<std::uint64_t>(taken) * device.format.blockAlign;
+      }
+    } else if (IsStarted(device)) {
+      const snd_pcm_sframes_t waiting = Waiting(device.pcm);
+      done = waiting <= 0;
+      if (waiting != waitingBefore) moved = Clock::now();
+      waitingBefore = waiting;
+    }
+    guard.lock();
+    if (done) return;
+    device.changed.wait_for(guard, kEndPoll, [&] { return device.cut; });
   }
 }
 
@@ -238,6 +275,7 @@ void RunDevice(void* argument) {
   if (device.opened) {
     device.changed.notify_all();
     PlayQueue(device, guard);
+    PlayRest(device, guard);
   }
   guard.unlock();
   ClosePcm(device);
@@ -246,28 +284,29 @@ void RunDevice(void* argument) {
   device.changed.notify_all();
 }
 
-// Ends the device's thread and frees the device; false if its server holds the thread.
-bool End(WaveDevice* device, std::chrono::milliseconds patience) {
+// Frees the closed device; false if its thread has not ended in time.
+bool EndClosed(bool cut, std::chrono::milliseconds patience) {
+  if (!closed) return true;
   {
-    std::unique_lock guard(device->lock);
-    device->closing = true;
-    DropQueue(*device);
-    device->changed.notify_all();
-    if (!device->changed.wait_for(guard, patience, [&] { return device->ended; })) return false;
+    std::unique_lock guard(closed->lock);
+    closed->cut = closed->cut || cut;
+    closed->changed.notify_all();
+    if (!closed->changed.wait_for(guard, patience, [] { return closed->ended; })) return false;
   }
-  JoinThread(device->thread);
-  delete device;
+  JoinThread(closed->thread);
+  delete closed;
+  closed = nullptr;
   return true;
 }
 
 }  // namespace
 
-WaveDevice* OpenWave(const WaveFormat& format, WaveDoneCallback callback) {
-  if (hung && !End(hung, std::chrono::milliseconds(0))) return nullptr;
-  hung = nullptr;
+WaveDevice* OpenWave(const WaveFormat& format, int buffers, WaveDoneCallback callback) {
+  if (!EndClosed(true, kCutPatience)) return nullptr;
   snd_lib_error_set_handler(IgnoreError);
   auto* device = new WaveDevice;
   device->format = format;
+  device->buffers = static_cast<std::size_t>(buffers);
   device->callback = callback;
   device->thread = StartThread(RunDevice, device);
   if (!device->thread) {
@@ -301,16 +340,26 @@ bool UnprepareWave(WaveDevice*, WaveHeader& header) {
   return true;
 }
 
-void ResetWave(WaveDevice* device) {
+void CloseWave(WaveDevice* device) {
   std::unique_lock guard(device->lock);
-  device->resetWanted = true;
+  std::uint64_t fed = device->fed;
+  for (WaveHeader* header : device->queue) {
+    const std::uint64_t known = std::min<std::uint64_t>(fed, header->bufferLength);
+    device->rest.insert(device->rest.end(), header->data + known,
+                        header->data + header->bufferLength);
+    fed -= known;
+    header->flags.Publish(kWavePrepared | kWaveDone);
+  }
+  device->queue.clear();
+  device->fed = 0;
+  device->closing = true;
   device->changed.notify_all();
-  if (!device->changed.wait_for(guard, kClosePatience, [&] { return !device->resetWanted; }))
-    DropQueue(*device);
+  device->changed.wait(guard, [&] { return !device->calling; });
+  closed = device;
 }
 
-void CloseWave(WaveDevice* device) {
-  if (!End(device, kClosePatience)) hung = device;
+void FinishWave() {
+  EndClosed(false, kLongestEnd);
 }
 
 }  // namespace kwo::platform

@@ -5,7 +5,9 @@
 #include <deque>
 #include <mutex>
 #include <utility>
+#include <vector>
 
+#include "platform/clock.h"
 #include "platform/headless/headless.h"
 #include "platform/headless/scheduler.h"
 #include "platform/threads.h"
@@ -13,7 +15,8 @@
 namespace kwo::platform {
 
 struct QueuedBuffer {
-  WaveHeader* header;
+  WaveHeader* header;  // null once the device has been closed
+  std::vector<std::int16_t> samples;
   std::int64_t arrival;
 };
 
@@ -22,7 +25,7 @@ struct WaveDevice {
   WaveDoneCallback callback;
   std::deque<QueuedBuffer> queue;
   std::int64_t playedUntil = -1;  // in microseconds, when the last buffer ended; -1 for none yet
-  bool closing = false;
+  bool calling = false, closing = false, cut = false, ended = false;
   headless::Task* task = nullptr;
   Thread* thread = nullptr;
 };
@@ -36,8 +39,13 @@ int openCount = 0;
 std::int64_t gap = 0;
 std::vector<std::int16_t> played;
 
-std::int64_t Duration(const WaveDevice& device, const WaveHeader& header) {
-  return std::int64_t{1000000} * header.bufferLength / device.format.averageBytesPerSecond;
+// The device that was closed last, and plays on.
+WaveDevice* closed = nullptr;
+constexpr int kLongestEnd = 6000;  // milliseconds
+
+std::int64_t Duration(const WaveDevice& device, const QueuedBuffer& buffer) {
+  return std::int64_t{2000000} * static_cast<std::int64_t>(buffer.samples.size()) /
+         device.format.averageBytesPerSecond;
 }
 
 // When the first buffer of the queue will have been played: it starts behind the one before it, or
@@ -45,40 +53,63 @@ std::int64_t Duration(const WaveDevice& device, const WaveHeader& header) {
 std::int64_t EndOfFront(const WaveDevice& device) {
   if (device.queue.empty() || deviceStanding) return headless::kForever;
   const QueuedBuffer& front = device.queue.front();
-  return std::max(device.playedUntil, front.arrival) + Duration(device, *front.header);
+  return std::max(device.playedUntil, front.arrival) + Duration(device, front);
 }
 
-WaveHeader& TakeFront(WaveDevice& device) {
-  const auto [header, arrival] = device.queue.front();
-  if (device.playedUntil >= 0) gap += std::max<std::int64_t>(0, arrival - device.playedUntil);
+WaveHeader* TakeFront(WaveDevice& device) {
+  const QueuedBuffer& front = device.queue.front();
+  WaveHeader* header = front.header;
+  if (device.playedUntil >= 0) gap += std::max<std::int64_t>(0, front.arrival - device.playedUntil);
   device.playedUntil = EndOfFront(device);
+  played.insert(played.end(), front.samples.begin(), front.samples.end());
   device.queue.pop_front();
-  auto* samples = reinterpret_cast<const std::int16_t*>(header->data);
-  played.insert(played.end(), samples, samples + header->bufferLength / 2);
-  return *header;
+  return header;
 }
 
 void PlayQueue(void* argument) {
   auto& device = *static_cast<WaveDevice*>(argument);
   std::unique_lock guard(lock);
   device.task = &headless::CurrentTask();
-  while (!device.closing) {
+  while (!device.cut && !(device.closing && device.queue.empty())) {
     const std::int64_t end = EndOfFront(device);
     guard.unlock();
     headless::RestUntil(end);
     guard.lock();
-    if (device.closing || headless::Now() < EndOfFront(device)) continue;
-    WaveHeader& header = TakeFront(device);
+    if (device.cut || headless::Now() < EndOfFront(device)) continue;
+    WaveHeader* header = TakeFront(device);
+    if (!header) continue;
+    device.calling = true;
     guard.unlock();
-    device.callback(header);
-    header.flags.Publish(kWavePrepared | kWaveDone);
+    device.callback(*header);
+    header->flags.Publish(kWavePrepared | kWaveDone);
     guard.lock();
+    device.calling = false;
   }
+  device.ended = true;
+}
+
+bool EndClosed(bool cut, int patience) {
+  if (!closed) return true;
+  for (;;) {
+    {
+      std::lock_guard guard(lock);
+      closed->cut = closed->cut || cut;
+      if (closed->task) headless::Wake(*closed->task);
+      if (closed->ended) break;
+    }
+    if (patience-- <= 0) return false;
+    Sleep(1);
+  }
+  JoinThread(closed->thread);
+  delete closed;
+  closed = nullptr;
+  return true;
 }
 
 }  // namespace
 
-WaveDevice* OpenWave(const WaveFormat& format, WaveDoneCallback callback) {
+WaveDevice* OpenWave(const WaveFormat& format, int, WaveDoneCallback callback) {
+  EndClosed(true, kLongestEnd);
   {
     std::lock_guard guard(lock);
     if (!devicePresent) return nullptr;
@@ -97,7 +128,8 @@ void PrepareWave(WaveDevice*, WaveHeader& header) {
 
 void WriteWave(WaveDevice* device, WaveHeader& header) {
   std::lock_guard guard(lock);
-  device->queue.push_back({&header, headless::Now()});
+  auto* samples = reinterpret_cast<const std::int16_t*>(header.data);
+  device->queue.push_back({&header, {samples, samples + header.bufferLength / 2}, headless::Now()});
   if (device->task) headless::Wake(*device->task);
 }
 
@@ -108,21 +140,25 @@ bool UnprepareWave(WaveDevice*, WaveHeader& header) {
   return true;
 }
 
-void ResetWave(WaveDevice* device) {
-  std::lock_guard guard(lock);
-  for (const QueuedBuffer& buffer : device->queue)
-    buffer.header->flags.Publish(kWavePrepared | kWaveDone);
-  device->queue.clear();
+void CloseWave(WaveDevice* device) {
+  for (bool calling = true; calling;) {
+    {
+      std::lock_guard guard(lock);
+      device->closing = true;
+      calling = device->calling;
+      for (QueuedBuffer& buffer : device->queue) {
+        if (buffer.header) buffer.header->flags.Publish(kWavePrepared | kWaveDone);
+        buffer.header = nullptr;
+      }
+      if (device->task) headless::Wake(*device->task);
+    }
+    if (calling) Sleep(1);
+  }
+  closed = device;
 }
 
-void CloseWave(WaveDevice* device) {
-  {
-    std::lock_guard guard(lock);
-    device->closing = true;
-    if (device->task) headless::Wake(*device->task);
-  }
-  JoinThread(device->thread);
-  delete device;
+void FinishWave() {
+  if (!EndClosed(false, kLongestEnd)) EndClosed(true, kLongestEnd);
 }
 
 }  // namespace kwo::platform
