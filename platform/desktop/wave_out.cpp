@@ -241,6 +241,7 @@ void PlayRest(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
   using Clock = std::chrono::steady_clock;
   const auto begin = Clock::now();
   auto moved = begin;
+  auto heard = begin;  // when the last frame will have been, by the PCM's last word on it
   snd_pcm_sframes_t waitingBefore = -1;
   while (device.pcm && !device.cut && Clock::now() - begin < kLongestEnd &&
          Clock::now() - moved < kStandstill) {
@@ -256,8 +257,13 @@ void PlayRest(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
       }
     } else if (IsStarted(device)) {
       const snd_pcm_sframes_t waiting = Waiting(device.pcm);
-      done = waiting <= 0;
-      if (waiting != waitingBefore) moved = Clock::now();
+      const auto now = Clock::now();
+      const auto frames = std::chrono::duration<double>(static_cast<double>(waiting) /
+                                                        device.format.samplesPerSecond);
+      // A PCM that has run dry says nothing of what still lies behind it.
+      if (waiting > 0) heard = now + std::chrono::duration_cast<Clock::duration>(frames);
+      done = waiting < 0 || (waiting == 0 && now >= heard);
+      if (waiting != waitingBefore) moved = now;
       waitingBefore = waiting;
     }
     guard.lock();
