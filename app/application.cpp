@@ -47,15 +47,16 @@ constexpr std::size_t kMaxDescription = 1 << 20;
 constexpr int kFadeLimitMilliseconds = 3000;
 constexpr int kFadePollMilliseconds = 50;
 constexpr int kTagsMilliseconds = 100;
+constexpr int kCopyLimitMilliseconds = 1500;
 
 // What this run has to save and has not saved for good.
 bool settingsDue = false, historyDue = false;
-platform::KeptFile keptHistory;
 
 void SetHooks() {
   hooks.refreshSongLine = RefreshSongLine;
   hooks.refreshPlaylistPage = RefreshPlaylistPage;
   hooks.followSong = FollowSong;
+  hooks.beforeChoice = RefreshRunningCopy;
   hooks.showSongTime = ShowSongTime;
   hooks.pushSamples = PushSamples;
   hooks.transportStop = TransportStop;
@@ -103,9 +104,9 @@ platform::Rectangle Within(const platform::Rectangle& window, int width, int hei
 }
 
 platform::Point CentredPlace() {
-  const platform::Size screen = platform::ScreenSize();
-  return {(screen.width - TheSkinHost->windowWidth) / 2,
-          (screen.height - TheSkinHost->windowHeight) / 2};
+  const platform::Rectangle screen = FirstScreen();
+  return {screen.x + (screen.width - TheSkinHost->windowWidth) / 2,
+          screen.y + (screen.height - TheSkinHost->windowHeight) / 2};
 }
 
 bool OpenWindow(const platform::Rectangle& described) {
@@ -160,7 +161,7 @@ std::string HistoryFile() {
 }
 
 bool SaveHistory() {
-  return SavePlaylistFile(HistoryFile().c_str(), &keptHistory);
+  return SavePlaylistFile(HistoryFile().c_str(), &HistoryKept);
 }
 
 bool SaveSettings() {
@@ -171,10 +172,11 @@ bool SaveSettings() {
 // A first run finds the demo song beside the program, so that Play makes music at once.
 void RestoreList() {
   const std::string history = HistoryFile();
-  keptHistory.Note(history.c_str());
+  HistoryKept.Note(history.c_str());
   std::string list;
-  if (const std::string* copy = DeadCopyList()) {
-    RestorePlaylist(*copy);
+  if (const RunningCopy* copy = DeadCopy()) {
+    HistoryKept.GoOnFrom(copy->notedHistory);
+    RestorePlaylist(copy->list);
   } else if (ReadPlaylistFile(history.c_str(), list)) {
     RestorePlaylist(list);
   } else {
@@ -249,7 +251,10 @@ int StartUp() {
   SetMainSAMode(visualiser);
   const int savedSong = ReadPlaylistSettings();
   LoadEqPresets();
-  if (const std::string* presets = DeadCopyPresets()) TakePresetBytes(*presets);
+  if (const RunningCopy* copy = DeadCopy()) {
+    EqPresetFile.GoOnFrom(copy->notedPresets);
+    TakePresetBytes(copy->presets);
+  }
   ReadMixerSettings();
   ApplyMixerPage();
   if (!DjSetMode(djMode)) return NoThread();
@@ -275,7 +280,7 @@ void SaveState() {
   if (!settingsDue && !historyDue) return;
   const bool settings = !settingsDue || SaveSettings();
   const bool history = !historyDue || SaveHistory();
-  EndRunningCopy(settings && history);
+  if (settings && history) EndRunningCopy(true);
 }
 
 int ShutDown() {
@@ -288,6 +293,7 @@ int ShutDown() {
     HideCurrentPage(0);
     HideTopBar(1);
     WaitForFades();
+    AwaitRunningCopy(kCopyLimitMilliseconds);
     RefreshRunningCopy();
     settingsDue = !SaveSettings();
     RemoveTrayIcon();

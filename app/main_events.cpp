@@ -119,7 +119,7 @@ void EndPageDrags() {
 // button has been pressed on nothing.
 void LetGo() {
   LetSliderGo();
-  platform::ReleaseCapture();
+  if (!TheSkinHost->WindowDragged()) platform::ReleaseCapture();
   PressState = PRESS_NONE;
   PressedWidget = nullptr;
   HidePointer(false);
@@ -172,7 +172,10 @@ void OnPress(int message, Point place) {
       DispatchEvent(EVENT_IMAGE, &widget, 0, 0);
       break;
   }
-  if (CurrentPage != page || MixerSubPage != subPage) EndPageDrags();
+  if (CurrentPage != page || MixerSubPage != subPage) {
+    EndPageDrags();
+    platform::ReleaseCapture();
+  }
 }
 
 void DragThumb(Widget& slider, Point place) {
@@ -236,6 +239,7 @@ void TurnNotch(Point place, bool away) {
 }
 
 void OnWheel(int way, Point place) {
+  if (way == 0) return;  // sideways
   if (AnythingHeld() || (way > 0) != (wheelWay > 0)) wheelWay = 0;
   if (AnythingHeld()) return;
   // Fine wheels take many steps to a notch.
@@ -292,13 +296,18 @@ void SlideIn() {
   ShowCurrentPage(0);
 }
 
+Point CornerOf(const Rectangle& screen, const Rectangle& window, bool right, bool bottom) {
+  return {screen.x + (right ? screen.width - window.width : 0),
+          screen.y + (bottom ? screen.height - window.height : 0)};
+}
+
 // Where the pointer rests in one of the screen's corner pixels, the window's place in that corner.
 bool CornerAt(Point pointer, Point& place) {
-  const platform::Size screen = platform::ScreenSize();
-  const Rectangle window = platform::WindowRectangle();
-  const bool right = pointer.x == screen.width - 1, bottom = pointer.y == screen.height - 1;
-  if ((pointer.x != 0 && !right) || (pointer.y != 0 && !bottom)) return false;
-  place = {right ? screen.width - window.width : 0, bottom ? screen.height - window.height : 0};
+  const Rectangle screen = FirstScreen(), window = platform::WindowRectangle();
+  const int x = pointer.x - screen.x, y = pointer.y - screen.y;
+  const bool right = x == screen.width - 1, bottom = y == screen.height - 1;
+  if ((x != 0 && !right) || (y != 0 && !bottom)) return false;
+  place = CornerOf(screen, window, right, bottom);
   return true;
 }
 
@@ -319,13 +328,11 @@ void OnAutoHideTimer(const SkinHost& host) {
 // Shows the window in the corner of the quarter of the screen that holds the pointer.
 void ShowCornerPopup() {
   const Point pointer = platform::PointerPosition();
-  const platform::Size screen = platform::ScreenSize();
-  const Rectangle window = platform::WindowRectangle();
-  const int middleX = screen.width / 2, middleY = screen.height / 2;
+  const Rectangle screen = FirstScreen(), window = platform::WindowRectangle();
+  const int middleX = screen.x + screen.width / 2, middleY = screen.y + screen.height / 2;
   if (pointer.x == middleX || pointer.y == middleY) return;
   platform::SetTopmost(true);
-  platform::MoveWindow({pointer.x < middleX ? 0 : screen.width - window.width,
-                        pointer.y < middleY ? 0 : screen.height - window.height});
+  platform::MoveWindow(CornerOf(screen, window, pointer.x > middleX, pointer.y > middleY));
   platform::ShowWindow(platform::WindowShow::kShow);
 }
 

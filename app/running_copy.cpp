@@ -1,8 +1,13 @@
 #include "app/running_copy.h"
 
-#include <cstdio>
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <sstream>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "app/saved_state.h"
@@ -17,20 +22,17 @@
 #include "settings/settings.h"
 
 namespace kwo {
+
+platform::KeptFile HistoryKept;
+
 namespace {
 
 constexpr char kFront[] = "RUNNING-", kEnding[] = ".KWO";
-constexpr char kForm[] = "KWO %zu %zu %zu\n";
+constexpr char kFirstLine[] = "KWO";
 constexpr std::size_t kLargestCopy = 16 << 20;
 constexpr int kRefreshMilliseconds = 4000;
 
-struct Copy {
-  std::string settings;  // NAME=value, a line each
-  std::string presets;   // as their file
-  std::string list;      // as a playlist file
-};
-
-std::unique_ptr<Copy> dead;
+std::unique_ptr<RunningCopy> dead;
 std::vector<std::unique_ptr<platform::OwnedFile>> deadFiles;
 
 // This run's.  While `writing` is set the thread has `text` and the file for itself.
@@ -38,29 +40,43 @@ platform::OwnedFile file;
 std::string text;
 platform::Thread* writer = nullptr;
 Shared<int> writing;
+bool written = false;  // `text` stands in the file
+
+// The first line tells the lengths of the parts that follow it.
+template <typename Copy>
+auto PartsOf(Copy& copy) {
+  return std::array{&copy.settings, &copy.presets, &copy.list, &copy.notedHistory,
+                    &copy.notedPresets};
+}
 
 std::string Compose() {
-  Copy copy;
+  RunningCopy copy;
   for (const Setting& setting : CurrentSettings())
     copy.settings += std::string(setting.name) + '=' + std::to_string(setting.value) + '\n';
   copy.presets = PresetBytes();
   copy.list = PlaylistText();
-  char head[96];
-  std::snprintf(head, sizeof head, kForm, copy.settings.size(), copy.presets.size(),
-                copy.list.size());
-  return head + copy.settings + copy.presets + copy.list;
+  copy.notedHistory = HistoryKept.Noted();
+  copy.notedPresets = EqPresetFile.Noted();
+  std::string head = kFirstLine, body;
+  for (const std::string* part : PartsOf(copy)) {
+    head += ' ' + std::to_string(part->size());
+    body += *part;
+  }
+  return head + '\n' + body;
 }
 
-bool Parse(const std::string& bytes, Copy& copy) {
-  std::size_t settings, presets, list;
-  const std::size_t head = bytes.find('\n') + 1;
-  if (head == 0 || std::sscanf(bytes.c_str(), kForm, &settings, &presets, &list) != 3) return false;
-  const std::size_t room = bytes.size() - head;
-  if (settings > room || presets > room || list > room || settings + presets + list != room)
-    return false;
-  copy = {bytes.substr(head, settings), bytes.substr(head + settings, presets),
-          bytes.substr(head + settings + presets)};
-  return true;
+bool Parse(const std::string& bytes, RunningCopy& copy) {
+  std::size_t at = bytes.find('\n') + 1;
+  std::istringstream head(bytes.substr(0, at));
+  std::string word;
+  if (at == 0 || !(head >> word) || word != kFirstLine) return false;
+  for (std::string* part : PartsOf(copy)) {
+    std::size_t size;
+    if (!(head >> size) || size > bytes.size() - at) return false;
+    *part = bytes.substr(at, size);
+    at += size;
+  }
+  return at == bytes.size();
 }
 
 void TakeSettings(const std::string& lines) {
@@ -86,7 +102,7 @@ void JoinWriter() {
 }
 
 void Write(void*) {
-  file.Replace(text);
+  written = file.Replace(text);
   writing.Publish(0);
 }
 
@@ -102,39 +118,37 @@ void FindDeadCopy() {
     auto found = std::make_unique<platform::OwnedFile>();
     if (!found->Adopt(path)) continue;
     std::string bytes;
-    Copy copy;
+    RunningCopy copy;
     const std::int64_t written = platform::FileTime(path.c_str());
     if (written > newest && platform::ReadWholeFile(path.c_str(), bytes, kLargestCopy) &&
         Parse(bytes, copy)) {
       newest = written;
-      dead = std::make_unique<Copy>(std::move(copy));
+      dead = std::make_unique<RunningCopy>(std::move(copy));
     }
     deadFiles.push_back(std::move(found));
   }
   if (dead) TakeSettings(dead->settings);
 }
 
-const std::string* DeadCopyPresets() {
-  return dead ? &dead->presets : nullptr;
-}
-
-const std::string* DeadCopyList() {
-  return dead ? &dead->list : nullptr;
+const RunningCopy* DeadCopy() {
+  return dead.get();
 }
 
 void BeginRunningCopy() {
   file.Begin(AppDir + std::string(kFront) + platform::RandomName() + kEnding);
   dead.reset();
   text = Compose();
-  if (file.Replace(text)) RemoveDead();
+  written = file.Replace(text);
+  if (written) RemoveDead();
   platform::SetTimer(kRunningCopyTimer, kRefreshMilliseconds);
 }
 
 void RefreshRunningCopy() {
   if (writing.Acquire()) return;
   JoinWriter();
+  if (written) RemoveDead();
   std::string now = Compose();
-  if (now == text) return;
+  if (written && now == text) return;
   text = std::move(now);
   writing = 1;
   writer = platform::StartThread(Write, nullptr);

@@ -32,12 +32,17 @@ int Within(int start, int size, int otherStart, int otherSize) {
 
 }  // namespace
 
+Rectangle FirstScreen() {
+  return platform::Screens().front();
+}
+
 Point SeenPlace(Point saved, platform::Size window) {
   for (const Rectangle& screen : platform::Screens())
     if (Meets(saved.x, window.width, screen.x, screen.width) &&
         Meets(saved.y, window.height, screen.y, screen.height))
       return saved;
-  return {0, 0};
+  const Rectangle first = FirstScreen();
+  return {first.x, first.y};
 }
 
 Point PlaceOnScreen(const Rectangle& window) {

@@ -5,7 +5,11 @@
 /// Where the window may stand on the desktop's screens.
 namespace kwo {
 
-/// A saved place, if anything of the window can be seen there on any screen; else (0, 0).
+/// The screen to which centring and corners belong.
+platform::Rectangle FirstScreen();
+
+/// A saved place, if anything of the window can be seen there on any screen; else the first one's
+/// corner.
 platform::Point SeenPlace(platform::Point saved, platform::Size window);
 
 /// The nearest place wholly on the screen that the window touches most; of screens that it touches

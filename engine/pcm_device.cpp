@@ -74,7 +74,8 @@ int Open(int rate, unsigned short channels, unsigned short bits, int bufferBytes
   bufferMemory.reset(new (std::nothrow) char[static_cast<std::size_t>(bufferBytes) *
                                              static_cast<std::size_t>(buffersWanted)]);
   headers.reset(new (std::nothrow) platform::WaveHeader[static_cast<std::size_t>(buffersWanted)]);
-  if (bufferMemory && headers) waveHandle = platform::OpenWave(format, buffersWanted, PassPlayed);
+  if (bufferMemory && headers)
+    waveHandle = platform::OpenWave(format, buffersWanted, bufferBytes, PassPlayed);
   if (!waveHandle) {
     bufferMemory.reset();
     headers.reset();

@@ -9,12 +9,12 @@
 
 #include "panels/application_state.h"
 #include "platform/files.h"
-#include "platform/kept_file.h"
 
 namespace kwo {
 
 char EqPresetNames[kPresets][kPresetNameSize];
 float EqPresetValues[kPresets][kPresetValues];
+platform::KeptFile EqPresetFile;
 
 namespace {
 
@@ -23,8 +23,6 @@ static_assert(std::endian::native == std::endian::little, "the file's floats are
 constexpr std::size_t kFileSize = sizeof EqPresetNames + sizeof EqPresetValues;
 constexpr std::size_t kLargestFile = 1 << 20;
 constexpr float kUtmostValue = 10.0f;
-
-platform::KeptFile kept;
 
 std::string PresetFile() {
   return std::string(AppDir) + "EQ.SET";
@@ -47,7 +45,7 @@ void LoadEqPresets() {
     std::fill_n(EqPresetValues[preset], kPresetValues, 1.0f);
   }
   const std::string path = PresetFile();
-  kept.Note(path.c_str());
+  EqPresetFile.Note(path.c_str());
   std::string bytes;
   platform::ReadWholeFile(path.c_str(), bytes, kLargestFile);
   TakePresetBytes(bytes);
@@ -69,7 +67,7 @@ std::string PresetBytes() {
 }
 
 bool SaveEqPresets() {
-  return kept.Replace(PresetFile().c_str(), PresetBytes());
+  return EqPresetFile.Replace(PresetFile().c_str(), PresetBytes());
 }
 
 }  // namespace kwo

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "platform/kept_file.h"
+
 /// The 64 presets of the equaliser, each a name and a curve, kept in EQ.SET beside the program.
 /// Main thread.
 namespace kwo {
@@ -21,6 +23,9 @@ void LoadEqPresets();
 /// Writes the file in one step; false, after a failed save, leaves the old file.  One that another
 /// program has written since the load is set aside.
 bool SaveEqPresets();
+
+/// The file, as it was when it was loaded or saved last.
+extern platform::KeptFile EqPresetFile;
 
 /// What the file holds, and the taking of as much as there is of it.
 std::string PresetBytes();

@@ -7,6 +7,7 @@
 #include "panels/main_page.h"
 #include "panels/playlist_page.h"
 #include "platform/shell.h"
+#include "playlist/hooks.h"
 #include "playlist/playlist.h"
 #include "playlist/playlist_files.h"
 #include "playlist/tag_reader.h"
@@ -93,6 +94,7 @@ void ShowPopupMenu(SubMenu menu, platform::Point place) {
     const bool marked = menu == MENU_FUNCTION && position == kFirstNameMode + playlist.displayMode;
     items.push_back({row.command, row.text, marked});
   }
+  if (hooks.beforeChoice) hooks.beforeChoice();
   platform::TrackPopupMenu(items, place);
 }
 

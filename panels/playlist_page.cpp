@@ -32,7 +32,8 @@ constexpr struct {
 constexpr int kMenuDrop = 3;
 constexpr unsigned kHandsMilliseconds = 30000;
 
-// When the user's hands were on the list last.
+// When the user's hands were on the list last: written by the main thread, read by those that step
+// to another song.
 Shared<unsigned> lastTouch;
 constexpr float kLeftButton = platform::kMessageLeftDown;
 
@@ -178,7 +179,7 @@ void TouchList() {
 void FollowSong() {
   if (!AppReady || platform::GetTickCount() - lastTouch < kHandsMilliseconds) return;
   const int song = playlist.currentSong, rows = playlist.visibleRows;
-  if (song < 0 || song >= playlist.count) return;
+  if (song < 0 || song >= playlist.count || rows < 1) return;
   playlist.topIndex = std::clamp<int>(playlist.topIndex, song - rows + 1, song);
 }
 

@@ -33,13 +33,18 @@ std::string Numbered(const std::string& name) {
 std::string MarkedText(const std::string& text, std::size_t caret) {
   const SkinHost& host = *TheSkinHost;
   const std::string front = text.substr(0, caret) + kCaretMark;
-  std::size_t start = 0;
-  while (host.font && start < caret &&
-         platform::TextWidth(Numbered(front.substr(start)).c_str(), *host.font) >
-             Find(WIDGET_PRESET_NAME)->width) {
+  const auto fits = [&](std::size_t start) {
+    return platform::TextWidth(Numbered(front.substr(start)).c_str(), *host.font) <=
+           Find(WIDGET_PRESET_NAME)->width;
+  };
+  // From the caret back, so that a long text costs no more than what is shown of it.
+  std::size_t start = host.font ? caret : 0;
+  for (std::size_t letter = start; letter > 0 && fits(start);) {
     do {
-      ++start;
-    } while (IsContinuation(front[start]));
+      --letter;
+    } while (letter > 0 && IsContinuation(front[letter]));
+    if (!fits(letter)) break;
+    start = letter;
   }
   return front.substr(start) + text.substr(caret);
 }

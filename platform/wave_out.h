@@ -32,11 +32,12 @@ using WaveDoneCallback = void (*)(WaveHeader& header);
 
 struct WaveDevice;
 
-/// Opens the system's default device for a caller with so many buffers; null if it is absent or
-/// busy.  A device that vanishes later is reopened by the layer with its queue kept.  Where more
-/// lies in the device than these buffers hold, a buffer counts as played once its room is needed.
-/// The operations below come from one thread.
-WaveDevice* OpenWave(const WaveFormat& format, int buffers, WaveDoneCallback callback);
+/// Opens the system's default device for a caller with so many buffers of so many bytes; null if it
+/// is absent or busy.  A device that vanishes later is reopened by the layer with its queue kept.
+/// Where more lies in the device than these buffers hold, a buffer counts as played once its room
+/// is needed. The operations below come from one thread. Once it is open they ask for no memory.
+WaveDevice* OpenWave(const WaveFormat& format, int buffers, int bufferBytes,
+                     WaveDoneCallback callback);
 
 /// Sets the prepared flag.
 void PrepareWave(WaveDevice* device, WaveHeader& header);

@@ -5,6 +5,7 @@
 
 #include "platform/files.h"
 #include "platform/shell.h"
+#include "playlist/hooks.h"
 #include "playlist/playlist.h"
 #include "playlist/playlist_files.h"
 #include "settings/settings.h"
@@ -24,6 +25,7 @@ void OpenFilesDialog(int clearFirst) {
   const std::string here = platform::CurrentFolder();
   const std::string folder = GetSettingString("DirOpen", here.c_str(), 0);
   std::vector<std::string> paths;
+  if (hooks.beforeChoice) hooks.beforeChoice();
   if (!platform::ChooseFiles(filter.c_str(), folder.c_str(), paths)) return;
   if (clearFirst) ClearList();
   for (const std::string& path : paths) AddPath(path.c_str());
@@ -34,6 +36,7 @@ void OpenFilesDialog(int clearFirst) {
 
 void OpenDirectoryDialog(int clearFirst) {
   std::string folder;
+  if (hooks.beforeChoice) hooks.beforeChoice();
   if (!platform::ChooseFolder("Choose a Directory", folder)) return;
   if (clearFirst) ClearList();
   AddPath(folder.c_str());

@@ -11,6 +11,8 @@ struct Hooks {
   void (*refreshPlaylistPage)() = nullptr;
   /// The play order has moved on to another song, whose row may be out of sight.
   void (*followSong)() = nullptr;
+  /// A menu or dialog is about to wait for the user.  Main thread.
+  void (*beforeChoice)() = nullptr;
   /// In hundredths of a second.
   void (*showSongTime)(int hundredths) = nullptr;
   /// A block of `count` interleaved 16-bit values that has just been played.  Comes on the wave

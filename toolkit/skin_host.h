@@ -79,6 +79,9 @@ class SkinHost {
   /// The topmost widget under a point of the window, or null.
   Widget* HitTest(int x, int y);
 
+  /// The window itself is dragged by its frame.  Main thread.
+  bool WindowDragged() const { return windowDrag; }
+
   /// False if there can be no thread.
   bool StartRedraw();
   /// Lets the thread finish its frame and waits for its end.

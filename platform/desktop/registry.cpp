@@ -30,7 +30,9 @@ namespace {
 // Empty, which keeps the values in memory, where there is no folder.
 std::string StorePath() {
   const std::string folder = ConfigFolder();
-  return folder.empty() ? folder : folder + "/settings";
+  if (folder.empty()) return folder;
+  RemoveAbandonedFiles((folder + '/').c_str());
+  return folder + "/settings";
 }
 
 RegistryStore& Store() {

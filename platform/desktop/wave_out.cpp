@@ -6,7 +6,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <mutex>
 #include <vector>
 
@@ -22,7 +21,7 @@ struct WaveDevice {
   WaveDoneCallback callback;
   std::mutex lock;  // never held over a call of ALSA
   std::condition_variable changed;
-  std::deque<WaveHeader*> queue;
+  std::vector<WaveHeader*> queue;
   std::uint64_t fed = 0;
   std::size_t buffers = 0;  // that the caller has
   bool opened = false;
@@ -165,7 +164,7 @@ std::int64_t UntilHeard(const WaveDevice& device, snd_pcm_sframes_t waiting) {
 
 void FinishFront(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
   WaveHeader& header = *device.queue.front();
-  device.queue.pop_front();
+  device.queue.erase(device.queue.begin());
   device.fed -= header.bufferLength;
   device.calling = true;
   guard.unlock();
@@ -307,12 +306,15 @@ bool EndClosed(bool cut, std::chrono::milliseconds patience) {
 
 }  // namespace
 
-WaveDevice* OpenWave(const WaveFormat& format, int buffers, WaveDoneCallback callback) {
+WaveDevice* OpenWave(const WaveFormat& format, int buffers, int bufferBytes,
+                     WaveDoneCallback callback) {
   if (!EndClosed(true, kCutPatience)) return nullptr;
   snd_lib_error_set_handler(IgnoreError);
   auto* device = new WaveDevice;
   device->format = format;
   device->buffers = static_cast<std::size_t>(buffers);
+  device->queue.reserve(device->buffers);
+  device->rest.reserve(device->buffers * static_cast<std::size_t>(bufferBytes));
   device->callback = callback;
   device->thread = StartThread(RunDevice, device);
   if (!device->thread) {

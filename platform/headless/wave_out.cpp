@@ -108,7 +108,7 @@ bool EndClosed(bool cut, int patience) {
 
 }  // namespace
 
-WaveDevice* OpenWave(const WaveFormat& format, int, WaveDoneCallback callback) {
+WaveDevice* OpenWave(const WaveFormat& format, int, int, WaveDoneCallback callback) {
   EndClosed(true, kLongestEnd);
   {
     std::lock_guard guard(lock);

@@ -10,7 +10,6 @@
 #include <cstring>
 #include <ctime>
 
-#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/kept_file.h"
 #include "platform/owned_file.h"
@@ -18,7 +17,7 @@
 namespace kwo::platform {
 namespace {
 
-constexpr char kNew[] = ".new";
+constexpr char kNew[] = ".new", kDigits[] = "0123456789abcdef";
 constexpr int kNames = 9;  // under which a file may be set aside
 constexpr int kLockMilliseconds = 2000, kLockPollMilliseconds = 10;
 
@@ -43,10 +42,11 @@ bool CanBeReplaced(const std::string& machinePath) {
 struct NewFile {
   explicit NewFile(const std::string& target) : name(target + '.' + RandomName() + kNew) {
     file = open(FolderOf(target).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    named = file < 0;
-    if (named)
+    if (file < 0) {
       file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                   S_IRUSR | S_IWUSR);
+      named = file >= 0;
+    }
     if (file >= 0) flock(file, LOCK_EX | LOCK_NB);
   }
   ~NewFile() {
@@ -76,7 +76,7 @@ struct NewFile {
 
   std::string name;
   int file;
-  bool named;
+  bool named = false;
 };
 
 bool Exists(const std::string& machinePath) {
@@ -113,8 +113,8 @@ class FolderLock {
   explicit FolderLock(const std::string& folder)
       : folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
     for (int waited = 0; waited < kLockMilliseconds; waited += kLockPollMilliseconds) {
-      if (folder_ < 0 || flock(folder_, LOCK_EX | LOCK_NB) == 0) return;
-      Sleep(kLockPollMilliseconds);
+      if (folder_ < 0 || flock(folder_, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) return;
+      usleep(kLockPollMilliseconds * 1000);
     }
   }
   ~FolderLock() {
@@ -137,7 +137,7 @@ std::string RandomName() {
   }
   std::string name;
   for (const unsigned char byte : bytes)
-    for (const int digit : {byte >> 4, byte & 15}) name += "0123456789abcdef"[digit];
+    for (const int digit : {byte >> 4, byte & 15}) name += kDigits[digit];
   return name;
 }
 
@@ -171,6 +171,8 @@ void RemoveAbandonedFiles(const char* folder) {
   const std::size_t tail = 1 + RandomName().size() + std::strlen(kNew);
   for (const std::string& name : ListFolder(folder)) {
     if (name.size() <= tail || !name.ends_with(kNew) || name[name.size() - tail] != '.') continue;
+    const std::string digits = name.substr(name.size() - tail + 1, tail - 1 - std::strlen(kNew));
+    if (digits.find_first_not_of(kDigits) != std::string::npos) continue;
     OwnedFile found;
     if (found.Adopt(folder + name)) found.Remove();
   }
@@ -218,7 +220,8 @@ bool OwnedFile::Replace(std::string_view contents) {
 
 bool OwnedFile::Adopt(const std::string& path) {
   Begin(path);
-  file_ = open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  // Some file systems lock only what may be written.
+  file_ = open(path_.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   struct stat held, found;
   // The owner may have put a new one in its place since: the lock of the old one is free then.
   if (file_ >= 0 && flock(file_, LOCK_EX | LOCK_NB) == 0 && fstat(file_, &held) == 0 &&

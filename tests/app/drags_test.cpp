@@ -13,7 +13,7 @@ namespace {
 
 // Hidden, minimised, or with another page in front: no release is to come.
 TEST_F(Program, DragEndsWhereTheWindowGoes) {
-  Run([](const Hands& hands) {
+  Run([this](const Hands& hands) {
     OpenPage(hands, PAGE_WINDOW);
     Press(hands, WIDGET_AUTO);
     OpenPage(hands, PAGE_MIXER);
@@ -57,7 +57,17 @@ TEST_F(Program, DragEndsWhereTheWindowGoes) {
     EXPECT_FLOAT_EQ(1.0f, EqPresetValues[0][8]);
     EXPECT_FALSE(headless::Window().captured);
 
-    OpenPage(hands, PAGE_MAIN);
+    hands.Drop(Songs(1));
+    OpenPage(hands, PAGE_PLAYLIST);
+    const platform::Point row = Middle(WIDGET_ROW), back = Middle(PageButton(PAGE_MAIN));
+    hands.Move(row.x, row.y);
+    hands.Down();
+    hands.Move(back.x, back.y);
+    hands.Down(kRight);
+    EXPECT_FALSE(headless::Window().captured);
+    hands.Up(kRight);
+    hands.Up();
+    hands.Wait(1500);
     const platform::Point digit = Middle(WIDGET_DIGIT), button = Middle(PageButton(PAGE_WINDOW));
     hands.Move(digit.x, digit.y);
     hands.Down();
@@ -164,6 +174,7 @@ TEST_F(Program, WheelPressesCaps) {
     EXPECT_EQ(110, SliderVol) << "while anything is held";
     hands.Up(kRight);
     turn(WIDGET_VOLUME, kNotch);
+    turn(WIDGET_VOLUME, 0);
     EXPECT_EQ(115, SliderVol);
     EXPECT_EQ(0, Find(WIDGET_VOLUME)->heldPart);
   });
@@ -277,6 +288,10 @@ TEST_F(Program, AnyScreenIsAPlaceForTheWindow) {
   });
   // As many pixels of a screen twice as dense.
   runOn({{0, 0, 640, 400}}, [&](const Hands&) { EXPECT_EQ(std::pair(0, 0), place()); });
+  // The first screen need not lie at the desktop's corner.
+  runOn({{1280, 100, 1024, 768}, two[0]}, [](const Hands&) { platform::MoveWindow({9000, 0}); });
+  runOn({{1280, 100, 1024, 768}, two[0]},
+        [&](const Hands&) { EXPECT_EQ(std::pair(1280, 100), place()) << "its corner"; });
   runOn({two[0]}, [](const Hands&) { platform::MoveWindow({600, 300}); });
   runOn({{0, 0, 640, 400}}, [&](const Hands&) { EXPECT_EQ(std::pair(152, 98), place()); });
 }

@@ -60,6 +60,8 @@ TEST_F(RunningCopy, IsWhereTheNextStartGoesOnAfterAKill) {
     EXPECT_STREQ("Night", EqPresetNames[5]);
     EXPECT_EQ(0.75f, EqPresetValues[5][3]);
     EXPECT_EQ(2u, Copies().size()) << "the living one's and its own";
+    for (const char* file : {"HISTORY.PLA", "EQ.SET"})
+      EXPECT_FALSE(std::filesystem::exists(folder.File(file)));
   });
   living.Remove();
   EXPECT_TRUE(Copies().empty());
@@ -76,7 +78,7 @@ TEST_F(RunningCopy, DamagedOrForeignOneChangesNothing) {
   for (const std::string& bytes :
        {std::string(), std::string("KWO"), std::string("KWO 1 2 3\n"), whole + "more",
         whole.substr(0, whole.size() / 2), std::string("KWO 18446744073709551615 1 3\nabc"),
-        std::string("KWO -1 -1 5\nabc")}) {
+        std::string("KWO -1 -1 5 0 0\nabc"), std::string("KWO 1 1 1\nabc")}) {
     WriteBytes(folder.File("RUNNING-1.KWO"), bytes);
     Start([&](const Hands&) { EXPECT_EQ("0 1 ", Names()) << bytes.size(); });
     EXPECT_TRUE(Copies().empty());
@@ -85,7 +87,17 @@ TEST_F(RunningCopy, DamagedOrForeignOneChangesNothing) {
 
 TEST_F(RunningCopy, StaysWhereTheListCannotBeSaved) {
   Start([this](const Hands& hands) {
+    // Where the copy itself can't be written for a while, it is tried again.
+    const auto moved = [this](const std::string& name) { return folder.Path() + name; };
+    std::filesystem::rename(folder.Path(), moved("-away"));
     hands.Drop(Songs(3));
+    WriteBytes(folder.Path(), "no folder");
+    hands.Wait(5000);
+    std::filesystem::remove(folder.Path());
+    std::filesystem::rename(moved("-away"), folder.Path());
+    Songs(3);
+    hands.Wait(5000);
+    EXPECT_NE(std::string::npos, Copy().find("song2"));
     std::filesystem::create_symlink("/proc/version", folder.File("HISTORY.PLA"));
   });
   EXPECT_EQ(1u, Copies().size());
@@ -106,6 +118,21 @@ TEST_F(RunningCopy, TwoPlayersKeepTwoLists) {
     for (const char* file : {"HISTORY.PLA", "EQ.SET"}) WriteBytes(folder.File(file), file);
   });
   EXPECT_EQ("HISTORY.PLAEQ.SET", files());
+  // One is killed, another ends behind it, and a third goes on from the first one's copy.
+  std::string killed;
+  Start([&](const Hands& hands) {
+    hands.Drop(Songs(2));
+    hands.Wait(5000);
+    killed = Copy();
+  });
+  WriteBytes(folder.File("RUNNING-1.KWO"), killed);
+  for (const char* file : {"HISTORY", "EQ"}) {
+    const bool list = file[0] == 'H';
+    WriteBytes(folder.File(std::string(file) + (list ? ".PLA" : ".SET")), "the other's");
+  }
+  Start([](const Hands&) { EXPECT_EQ("0 1 ", Names()); });
+  EXPECT_EQ("the other's", ReadBytes(folder.File("HISTORY-OLD-2.PLA")));
+  EXPECT_EQ("the other's", ReadBytes(folder.File("EQ-OLD-2.SET")));
   EXPECT_NE(std::string::npos, ReadBytes(folder.File("HISTORY.PLA")).find("song0"));
 }
 

@@ -1,6 +1,8 @@
 #include "platform/files.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -38,6 +40,15 @@ TEST_F(ReplacedFile, StaysAsItWasWhereTheNewOneCannotBeWritten) {
   std::filesystem::permissions(folder.Path(), perms::owner_all);
   std::filesystem::permissions(file, perms::owner_read);
   EXPECT_TRUE(ReplaceFile(file.c_str(), "new"));
+  EXPECT_EQ("new", test::ReadBytes(file));
+  rlimit old;
+  getrlimit(RLIMIT_FSIZE, &old);
+  const rlimit small{4, old.rlim_max};
+  const auto handler = signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &small);
+  EXPECT_FALSE(ReplaceFile(file.c_str(), "longer than the limit"));
+  setrlimit(RLIMIT_FSIZE, &old);
+  signal(SIGXFSZ, handler);
   EXPECT_EQ("new", test::ReadBytes(file));
   EXPECT_EQ(1, Files()) << "nothing is left over";
 }
@@ -137,10 +148,12 @@ TEST_F(ReplacedFile, AbandonedNewOnesAreRemoved) {
   living.Begin(file + '.' + RandomName() + ".new");
   EXPECT_TRUE(living.Replace("under way"));
   test::WriteBytes(left, "half");
-  test::WriteBytes(folder.File("song.new"), "the user's");
+  for (const char* users : {"song.new", "notes.2024-01-15_12-30.new"})
+    test::WriteBytes(folder.File(users), "the user's");
+  ASSERT_EQ(0, mkfifo((file + '.' + RandomName() + ".new").c_str(), 0666));
   RemoveAbandonedFiles((folder.Path() + "/").c_str());
   EXPECT_FALSE(std::filesystem::exists(left));
-  EXPECT_EQ(3, Files());
+  EXPECT_EQ(5, Files());
 }
 
 TEST(Files, FolderIsMadeWithThoseThatItLiesIn) {

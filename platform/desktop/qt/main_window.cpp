@@ -9,6 +9,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <QStringDecoder>
+#include <QSysInfo>
 #include <QWheelEvent>
 #include <algorithm>
 #include <mutex>
@@ -67,12 +68,16 @@ void AddChangedRows(int first, int end) {
 
 // The songs of a drop, with their bytes as they stand: a file's name need not be text.
 std::vector<std::string> DroppedFiles(const QMimeData& data) {
+  const QByteArray ownHost = QSysInfo::machineHostName().toUtf8();
   std::vector<std::string> paths;
   for (const QByteArray& line : data.data("text/uri-list").split('\n')) {
     QByteArray path = line.trimmed();
     if (!path.startsWith("file:")) continue;
     path.remove(0, 5);
-    if (path.startsWith("//")) path.remove(0, path.indexOf('/', 2));
+    // Behind two slashes stands a host, which must be this one.
+    for (const QByteArray& host : {QByteArray(), QByteArray("localhost"), ownHost})
+      if (path.startsWith("//" + host + '/')) path.remove(0, 2 + host.size());
+    if (path.startsWith("//")) continue;
     const QByteArray bytes = QByteArray::fromPercentEncoding(path);
     if (bytes.startsWith('/')) paths.push_back(FromMachinePath(bytes.toStdString()));
   }
@@ -194,8 +199,18 @@ Point MainWindow::LocalPlace(const QMouseEvent& event) const {
 
 void MainWindow::PostButton(const QMouseEvent& event, int left, int right) {
   const int place = PackPlace(LocalPlace(event));
+  pressed.setFlag(event.button(), event.type() != QEvent::MouseButtonRelease);
   if (event.button() == Qt::LeftButton) PostMessage({left, 0, place});
   if (event.button() == Qt::RightButton) PostMessage({right, 0, place});
+}
+
+void MainWindow::PostMissedReleases() {
+  const Qt::MouseButtons missed = pressed & ~QGuiApplication::mouseButtons();
+  pressed &= ~missed;
+  const QPoint pointer = (QCursor::pos() - pos()) / scale;
+  const int place = PackPlace({std::max(0, pointer.x()), std::max(0, pointer.y())});
+  if (missed & Qt::LeftButton) PostMessage({kMessageLeftUp, 0, place});
+  if (missed & Qt::RightButton) PostMessage({kMessageRightUp, 0, place});
 }
 
 void MainWindow::mousePressEvent(QMouseEvent* event) {

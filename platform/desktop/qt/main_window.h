@@ -37,6 +37,8 @@ class MainWindow : public QWidget {
   /// Takes the screen's density anew.
   void Rescale();
   void PutCaption();
+  /// For buttons that were let go where the window does not see it, as over a menu.
+  void PostMissedReleases();
 
   // Places in the window's own pixels; `scale` screen pixels make one.
   int scale;
@@ -47,6 +49,7 @@ class MainWindow : public QWidget {
   ShowState show;
   bool topmost = false;
   bool captured = false;
+  Qt::MouseButtons pressed;
   int pointerHides = 0;
   InputEdit* edit = nullptr;
   std::map<int, QTimer*> timers;

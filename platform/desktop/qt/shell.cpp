@@ -115,6 +115,7 @@ void TrackPopupMenu(std::span<const MenuItem> items, Point place) {
   }
   const int scale = mainWindow ? mainWindow->scale : 1;
   const QAction* chosen = menu.exec(QPoint(place.x * scale, place.y * scale));
+  if (mainWindow) mainWindow->PostMissedReleases();
   if (chosen) PostMessage({kMessageCommand, chosen->data().toInt(), 0});
 }
 

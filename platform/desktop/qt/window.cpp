@@ -27,15 +27,13 @@ void SetPointerShape() {
 }
 
 void TellOfScreens() {
+  mainWindow->Rescale();
   PostMessage({kMessageDisplayChange, 0, 0});
 }
 
 void WatchScreen(QScreen* screen) {
   QObject::connect(screen, &QScreen::geometryChanged, mainWindow.get(), TellOfScreens);
-  QObject::connect(screen, &QScreen::logicalDotsPerInchChanged, mainWindow.get(), [] {
-    mainWindow->Rescale();
-    TellOfScreens();
-  });
+  QObject::connect(screen, &QScreen::logicalDotsPerInchChanged, mainWindow.get(), TellOfScreens);
 }
 
 void WatchScreens() {
