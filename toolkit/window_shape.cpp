@@ -1,4 +1,5 @@
 #include <cstddef>
+#include <utility>
 
 #include "toolkit/skin_host.h"
 
@@ -13,6 +14,19 @@ std::uint32_t ShapeValue(const SkinBitmap& bitmap, int x, int row) {
   const std::uint8_t* pixel = bitmap.bits + std::ptrdiff_t{row} * bitmap.stride + 3 * x;
   return pixel[0] | static_cast<std::uint32_t>(pixel[1]) << 8 |
          static_cast<std::uint32_t>(pixel[2]) << 16;
+}
+
+// More runs than this bring window systems down.
+constexpr std::size_t kMostRuns = 32768;
+
+// One run a row, from its first to its last.
+void JoinRows(std::vector<platform::Rectangle>& runs) {
+  std::vector<platform::Rectangle> rows;
+  for (const platform::Rectangle& run : runs) {
+    if (rows.empty() || rows.back().y != run.y) rows.push_back(run);
+    rows.back().width = run.x + run.width - rows.back().x;
+  }
+  runs = std::move(rows);
 }
 
 bool Loads(SkinBitmap& bitmap, const std::string& folder, const char* fileName) {
@@ -36,6 +50,7 @@ std::vector<platform::Rectangle> FindShape(const SkinBitmap& bitmap,
       }
     }
   }
+  if (runs.size() > kMostRuns) JoinRows(runs);
   return runs;
 }
 

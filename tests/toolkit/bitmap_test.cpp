@@ -146,6 +146,13 @@ TEST(WindowShape, IsTheUnionOfTheRunsThatAreNotKey) {
   EXPECT_EQ("1,0+2 5,0+1 0,2+6 ", Shape(bitmap, 0xFFFF00));
   // Of an 8-bit picture the indices count; 0x12 stands at (2, 1) alone.
   EXPECT_EQ("0,0+5 0,1+2 3,1+2 0,2+5 ", Shape(LoadedBmp(BmpFile(8, false)), 0x12));
+  SkinBitmap checkered;
+  checkered.CreateBlank(1000, 66, 0x00FFFF);
+  for (int y = 0; y < 66; ++y)
+    for (int x = 1; x < 1000; x += 2) checkered.FillRectangle(x, y, 1, 1, 0);
+  const auto rows = FindShape(checkered, 0xFFFF00);
+  EXPECT_EQ(66u, rows.size());
+  EXPECT_EQ((platform::Rectangle{1, 65, 999, 1}), rows.back());
 }
 
 }  // namespace
