@@ -179,6 +179,13 @@ TEST_F(Pages, WindowHasShapeAndFrameOfItsBackground) {
 TEST_F(Pages, MainPageShowsTimeNameAndFacts) {
   Run([this](const Hands& hands) {
     hands.Drop(Songs(1));
+    const std::string wav = folder.File("long.wav");
+    WriteBytes(wav, WavBytes(1, 8000, 8, "").substr(0, 40) + LittleEndian(3909 * 8000, 4));
+    std::filesystem::resize_file(wav, 44 + 3909 * 8000);
+    TheMixer->Slot(0)->Open(wav.c_str());
+    RefreshSongLine();
+    EXPECT_EQ("song0.mp3\n[WAV]-[0K]-[MONO]-[65:09]", Text(WIDGET_SONG_TEXT));
+    TransportLoad();
     ShowSongTime(8345);
     EXPECT_EQ("song0.mp3\n[MP3]-[128K]-[STEREO]-[01:00]", Text(WIDGET_SONG_TEXT));
     Begin(hands, "tile-ma.bmp");
@@ -227,6 +234,8 @@ TEST_F(Pages, MixerPagesShowWhatIsSet) {
     constexpr int L = W / 5 * 2, R = (H - T - G) / 4;
     SliderVol = 40, SliderPan = -20, SliderSpd = 125;
     EffectTE = 2, EffectVR = 1, EffectEQSwitch = 1, playMode = 2, shuffleOn = 1;
+    EqPresetValues[0][16] = 0.7f;
+    for (int canvas = 0; canvas < 2; ++canvas) ApplyMixerPage();  // nothing of it stays
     for (int i = 0; i < 17; ++i) EqPresetValues[0][i] = 0.5f + static_cast<float>(i) / 16;
     ApplyMixerPage();
     Begin(hands, "tile-mi.bmp");
