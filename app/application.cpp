@@ -169,20 +169,23 @@ bool SaveSettings() {
   return FlushSettings() && presets;
 }
 
-// A first run finds the demo song beside the program, so that Play makes music at once.
-void RestoreList() {
+// A first run finds the demo song beside the program, so that Play makes music at once.  False
+// where the list is not known to the end: then nothing may be saved in its place.
+bool RestoreList() {
   const std::string history = HistoryFile();
   HistoryKept.Note(history.c_str());
   std::string list;
   if (const RunningCopy* copy = DeadCopy()) {
     HistoryKept.GoOnFrom(copy->notedHistory);
     RestorePlaylist(copy->list);
-  } else if (ReadPlaylistFile(history.c_str(), list)) {
-    RestorePlaylist(list);
   } else {
-    AddPath((std::string(AppDir) + "music").c_str());
+    const PlaylistFile found = ReadPlaylistFile(history.c_str(), list);
+    if (found == PlaylistFile::kSilent) return false;
+    if (found == PlaylistFile::kRead) RestorePlaylist(list);
+    if (found == PlaylistFile::kAbsent) AddPath((std::string(AppDir) + "music").c_str());
   }
   RefreshPlaylistPage();
+  return !platform::EndAsked();
 }
 
 void RestoreCurrentSong(int saved) {
@@ -259,7 +262,10 @@ int StartUp() {
   ApplyMixerPage();
   if (!DjSetMode(djMode)) return NoThread();
   RestoreWindow();
-  RestoreList();
+  if (!RestoreList()) {
+    std::fputs("kwo: the list could not be read to its end\n", stderr);
+    return 0;
+  }
   if (shuffleOn) BuildShuffleTable();
   RestoreCurrentSong(savedSong);
   FlushSettings();
@@ -299,15 +305,14 @@ int ShutDown() {
     RemoveTrayIcon();
     TheSkinHost->StopRedraw();
   }
+  // A render thread that hangs in a read keeps what it works on, and shows, until the process ends
+  // around it.
   if (!TheMixer || TheMixer->StopThread()) {
     delete TheMixer;
     TheMixer = nullptr;
-  } else {
-    // It hangs in a read, and keeps what it works on until the process ends around it.
-    hooks = Hooks();
+    delete TheSkinHost;
+    TheSkinHost = nullptr;
   }
-  delete TheSkinHost;
-  TheSkinHost = nullptr;
   if (wasUp) EndRunningCopy(SaveHistory() && !settingsDue);
   settingsDue = historyDue = false;
   return 1;

@@ -40,11 +40,13 @@ class FileWorker {
   FileWorker& operator=(const FileWorker&) = delete;
 
   /// Asks questions, which are answered in their order, behind all that were asked before.  Null,
-  /// and no answer ever, if there can be no thread.
+  /// whose answers are all of nothing, if there can be no thread.
   Asked Ask(std::vector<Question> questions);
 
   /// The answer to a question, or null as long as there is none.  A question that has not been
-  /// answered in two seconds never is, nor are those behind it about the same folder.
+  /// answered in two seconds never is, nor are those behind it about the same folder; from the
+  /// sixth such silence on it is a tenth of a second, and after 32 nothing more is asked.  The
+  /// answer lives as long as `asked` does.
   const Answer* Find(const Asked& asked, std::size_t index);
 
   /// What has not been answered yet need not be.

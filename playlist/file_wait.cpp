@@ -26,6 +26,7 @@ const FileWait::Answer& FileWait::Wait(const Asked& asked, std::size_t index) {
 
 FileWorker::Asked AskForTags(FileWorker& files) {
   std::vector<FileWorker::Question> questions;
+  questions.reserve(static_cast<std::size_t>(playlist.count));
   const PlaylistReader reader;
   for (int i = 0; i < playlist.count; ++i)
     questions.push_back({reader.Entry(i)->path, FileWorker::Look::kEnd, kTagBytes});

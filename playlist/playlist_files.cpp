@@ -22,7 +22,7 @@ using platform::FileWorker;
 
 constexpr std::size_t kLargestFile = 16 << 20;
 constexpr std::size_t kKeywordSize = 32;
-constexpr int kMostNames = 200000;
+constexpr std::size_t kMostNames = 200000;
 
 bool IsSong(const std::string& path) {
   const std::string upper = platform::UpperCased(path);
@@ -34,6 +34,7 @@ class Walk : public FileWait {
  public:
   FileWorker::Asked Ask(const std::vector<std::string>& paths) {
     std::vector<FileWorker::Question> questions;
+    questions.reserve(paths.size());
     for (const std::string& path : paths)
       questions.push_back({path, FileWorker::Look::kEnd, IsSong(path) ? kTagBytes : 0});
     return files.Ask(std::move(questions));
@@ -52,7 +53,7 @@ class Walk : public FileWait {
 
  private:
   std::set<std::string> seen_;
-  int names_ = 0;
+  std::size_t names_ = 0;
 };
 
 Walk* walk = nullptr;
@@ -98,7 +99,7 @@ void TakeLine(const std::string& keyword, const std::string& value, std::vector<
 
 std::vector<Line> LinesOf(const std::string& text) {
   std::vector<Line> lines;
-  for (std::size_t at = 0; at < text.size();) {
+  for (std::size_t at = 0; at < text.size() && lines.size() < 2 * kMostNames;) {
     const std::size_t end = std::min(text.find_first_of("\r\n", at), text.size());
     const std::string line = text.substr(at, end - at);
     const std::size_t blank = std::min(line.find(' '), line.size());
@@ -197,11 +198,12 @@ bool SongAnswers(int index) {
   return walk->Wait(walk->Ask({path}), 0).answered;
 }
 
-bool ReadPlaylistFile(const char* path, std::string& text) {
+PlaylistFile ReadPlaylistFile(const char* path, std::string& text) {
   const Walking walking;
   const FileWorker::Answer file = walk->Look(path, FileWorker::Look::kWhole);
   text = file.bytes;
-  return file.attributes >= 0;
+  if (!file.answered) return PlaylistFile::kSilent;
+  return file.attributes >= 0 ? PlaylistFile::kRead : PlaylistFile::kAbsent;
 }
 
 std::string PlaylistText() {

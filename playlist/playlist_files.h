@@ -28,8 +28,10 @@ int RestorePlaylist(std::string text);
 /// Whether the file system that a song lies on answers.
 bool SongAnswers(int index);
 
-/// A playlist file's bytes; false if there is no such file.
-bool ReadPlaylistFile(const char* path, std::string& text);
+/// Reads a playlist file's bytes.  Silent: its file system does not answer, or the program is asked
+/// to end meanwhile.
+enum class PlaylistFile { kAbsent, kRead, kSilent };
+PlaylistFile ReadPlaylistFile(const char* path, std::string& text);
 
 /// The whole list as a PLA file's text.
 std::string PlaylistText();

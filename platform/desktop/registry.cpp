@@ -29,7 +29,7 @@ namespace {
 
 // Empty, which keeps the values in memory, where there is no folder.
 std::string StorePath() {
-  const std::string folder = ConfigFolder();
+  std::string folder = ConfigFolder();
   if (folder.empty()) return folder;
   RemoveAbandonedFiles((folder + '/').c_str());
   return folder + "/settings";

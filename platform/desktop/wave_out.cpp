@@ -196,9 +196,11 @@ bool FinishHeard(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
   while (!device.closing && !device.queue.empty() &&
          device.fed >= device.queue.front()->bufferLength + unheard)
     FinishFront(device, guard);
-  if (!device.closing && device.queue.size() >= device.buffers && device.fed == Queued(device))
-    FinishFront(device, guard);
   device.pause = UntilHeard(device, waiting);
+  if (!device.closing && device.queue.size() >= device.buffers && device.fed == Queued(device)) {
+    FinishFront(device, guard);
+    device.pause = kShortestRest;
+  }
   return true;
 }
 
@@ -262,7 +264,7 @@ void PlayRest(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
       // A PCM that has run dry says nothing of what still lies behind it.
       if (waiting > 0) heard = now + std::chrono::duration_cast<Clock::duration>(frames);
       done = waiting < 0 || (waiting == 0 && now >= heard);
-      if (waiting != waitingBefore) moved = now;
+      if (waiting != waitingBefore || now < heard) moved = now;
       waitingBefore = waiting;
     }
     guard.lock();

@@ -25,6 +25,7 @@ struct FileWorker::Job {
 struct FileWorker::Desk {
   std::mutex lock;
   std::deque<Asked> jobs;
+  std::string looksAt;  // the path that the thread is at; empty for none
   std::uint64_t answers = 0;
   bool left = false;
 };
@@ -32,7 +33,9 @@ struct FileWorker::Desk {
 namespace {
 
 constexpr unsigned kPatience = 2000, kLittlePatience = 100;  // milliseconds
-constexpr int kPatientSilences = 5;
+// A file system that has kept silent so often gets less patience, and then none: each silence costs
+// a thread.
+constexpr int kPatientSilences = 5, kMostSilences = 32;
 constexpr int kIdleMilliseconds = 1;
 
 using Question = FileWorker::Question;
@@ -107,6 +110,7 @@ void FileWorker::Begin() {
               job = desk.jobs.front();
               question = job->questions[job->next];
             }
+            desk.looksAt = question.path;
           }
           if (!job) {
             Sleep(kIdleMilliseconds);
@@ -115,6 +119,7 @@ void FileWorker::Begin() {
           Answer answer = LookAt(question);
           const std::lock_guard guard(desk.lock);
           if (desk.left) return;
+          desk.looksAt.clear();
           job->answers[job->next] = std::move(answer);
           job->done[job->next] = true;
           ++desk.answers;
@@ -139,7 +144,7 @@ void FileWorker::End() {
 }
 
 FileWorker::Asked FileWorker::Ask(std::vector<Question> questions) {
-  if (!thread_) Begin();
+  if (!thread_ && silences_ < kMostSilences) Begin();
   if (!thread_ || questions.empty()) return nullptr;
   auto job = std::make_shared<Job>();
   job->answers.resize(questions.size());
@@ -153,7 +158,8 @@ FileWorker::Asked FileWorker::Ask(std::vector<Question> questions) {
 
 const FileWorker::Answer* FileWorker::Find(const Asked& asked, std::size_t index) {
   static const Answer kNone;
-  if (!asked) return &kNone;
+  if (!asked || !desk_) return &kNone;
+  const unsigned patience = silences_ < kPatientSilences ? kPatience : kLittlePatience;
   {
     const std::lock_guard guard(desk_->lock);
     if (asked->done[index]) return &asked->answers[index];
@@ -161,9 +167,11 @@ const FileWorker::Answer* FileWorker::Find(const Asked& asked, std::size_t index
       seen_ = desk_->answers;
       since_ = GetTickCount();
     }
+    if (GetTickCount() - since_ <= patience) return nullptr;
+    // From here on the thread stores nothing more.
+    desk_->left = true;
   }
-  if (GetTickCount() - since_ > (silences_ < kPatientSilences ? kPatience : kLittlePatience))
-    GiveUp();
+  GiveUp();
   return nullptr;
 }
 
@@ -173,26 +181,25 @@ void FileWorker::Forget(const Asked& asked) {
   std::erase(desk_->jobs, asked);
 }
 
-// The thread is left where it hangs; another one goes on behind what it hangs on.
+// The thread is left where it hangs; another one goes on with what lies in other folders.
 void FileWorker::GiveUp() {
   ++silences_;
-  std::deque<Asked> jobs;
-  {
-    const std::lock_guard guard(desk_->lock);
-    jobs.swap(desk_->jobs);
-  }
+  const std::string hangs = desk_->looksAt, folder = FolderOf(hangs);
+  std::deque<Asked> jobs = std::move(desk_->jobs);
   End();
-  if (!jobs.empty()) {
-    Job& job = *jobs.front();
-    const std::string folder = FolderOf(job.questions[job.next].path);
-    for (std::size_t i = job.next; i < job.questions.size(); ++i)
-      if (FolderOf(job.questions[i].path) == folder) job.done[i] = true;
-    while (job.next < job.done.size() && job.done[job.next]) ++job.next;
-    if (job.next == job.done.size()) jobs.pop_front();
+  const bool goesOn = silences_ < kMostSilences;
+  if (goesOn) Begin();
+  for (const Asked& job : jobs) {
+    // What hangs may have been forgotten.
+    const bool hung = job->questions[job->next].path == hangs;
+    for (std::size_t i = job->next; i < job->questions.size(); ++i)
+      if (!thread_ || (hung && FolderOf(job->questions[i].path) == folder)) job->done[i] = true;
+    while (job->next < job->done.size() && job->done[job->next]) ++job->next;
   }
-  Begin();
+  std::erase_if(jobs, [](const Asked& job) { return job->next == job->done.size(); });
   if (!thread_) {
-    for (const Asked& job : jobs) std::fill(job->done.begin(), job->done.end(), true);
+    // Nobody answers any more, but what has been answered can still be found.
+    if (!desk_) desk_ = std::make_shared<Desk>();
     return;
   }
   const std::lock_guard guard(desk_->lock);

@@ -91,8 +91,10 @@ std::string NameAside(const std::string& target) {
   const std::string front = target.substr(0, ends ? dot : target.size());
   const std::string ending = ends ? target.substr(dot) : "";
   std::string aside = front + "-OLD" + ending;
-  for (int number = 2; number <= kNames && Exists(aside); ++number)
-    aside = front + "-OLD-" + std::to_string(number) + ending;
+  for (int number = 2; number <= kNames && Exists(aside); ++number) {
+    aside = front;
+    aside += "-OLD-" + std::to_string(number) + ending;
+  }
   return aside;
 }
 

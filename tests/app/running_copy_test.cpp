@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "panels/equaliser_presets.h"
+#include "platform/messages.h"
 #include "platform/owned_file.h"
 #include "tests/app/program_fixture.h"
 
@@ -104,6 +105,20 @@ TEST_F(RunningCopy, StaysWhereTheListCannotBeSaved) {
   std::filesystem::remove(folder.File("HISTORY.PLA"));
   Start([](const Hands&) { EXPECT_EQ("0 1 2 ", Names()); });
   EXPECT_TRUE(Copies().empty());
+}
+
+TEST_F(RunningCopy, StartThatDoesNotGetTheListSavesNone) {
+  Start([this](const Hands& hands) { hands.Drop(Songs(3)); });
+  const std::string before = ReadBytes(folder.File("HISTORY.PLA"));
+  const auto nobody = [](const Hands&) { ADD_FAILURE() << "there is no list to show"; };
+  headless::SetStandingFolder(platform::FromMachinePath(folder.File("HISTORY")));
+  EXPECT_EQ(1, Start(nobody));
+  headless::SetStandingFolder("");
+  platform::PostQuitMessage(0);
+  EXPECT_EQ(1, Start(nobody)) << "told to end meanwhile";
+  EXPECT_EQ(before, ReadBytes(folder.File("HISTORY.PLA")));
+  EXPECT_TRUE(Copies().empty());
+  Start([](const Hands&) { EXPECT_EQ("0 1 2 ", Names()); });
 }
 
 TEST_F(RunningCopy, TwoPlayersKeepTwoLists) {

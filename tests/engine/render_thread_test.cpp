@@ -107,7 +107,7 @@ TEST_F(RenderThread, IdleEngineStillStepsRamps) {
   EXPECT_NEAR(21 * 200, MillisecondsOf([&] { V().WaitRamp(0); }), 300);
 }
 
-TEST_F(RenderThread, WriteWaitsForABufferAndCloseForTheQueue) {
+TEST_F(RenderThread, WriteWaitsForABufferAndCloseForNothing) {
   const std::vector<std::int16_t> block(kBlock, 1);
   const auto open = [] { return PcmDevice::Open(44100, 2, 16, kBlock * 2, 24); };
   const auto write = [&](int bytes, int times) {

@@ -27,7 +27,7 @@
 namespace kwo::platform {
 namespace {
 
-// Written by any thread and by signal handlers, read by the main thread's event loop.
+// Written by any thread, read by the main thread's event loop.
 int wakeEvent = -1;
 std::thread::id mainThread;
 void (*saveEverything)() = nullptr;
