@@ -10,29 +10,14 @@ import sys
 import tempfile
 import time
 
-import numpy
-
 import desk
-
-failures = []
-
-
-def check(what, holds, figure=""):
-    print(f"{'ok  ' if holds else 'FAIL'} {what} {figure}", flush=True)
-    if not holds:
-        failures.append(what)
-
-
-def pixels(path, width):
-    data = subprocess.run(["convert", path, "-depth", "8", "rgb:-"], check=True,
-                          capture_output=True).stdout
-    return numpy.frombuffer(data, numpy.uint8).reshape(-1, width, 3).astype(int)
+from checks import check, finish, pixels
 
 
 def area(x, y, width, height):
     """Of the window's picture."""
     player.shot(shot)
-    return pixels(shot, 488)[y:y + height, x:x + width]
+    return pixels(shot)[y:y + height, x:x + width]
 
 
 def warmth():
@@ -185,5 +170,4 @@ finally:
         player.process.kill()
     player.remove()
     subprocess.run(["rm", "-rf", work])
-print("the hands: " + (f"{len(failures)} checks failed" if failures else "all checks passed"))
-sys.exit(bool(failures))
+finish("the hands")

@@ -12,25 +12,12 @@ import time
 import numpy
 
 import desk
-
-failures = []
-
-
-def check(what, holds, figure=""):
-    print(f"{'ok  ' if holds else 'FAIL'} {what} {figure}", flush=True)
-    if not holds:
-        failures.append(what)
+from checks import check, finish, pixels
 
 
 def figure(what, value):
     """What depends on the machine and what else it does is told, not judged."""
     print(f"     {what}: {value}", flush=True)
-
-
-def pixels(path):
-    data = subprocess.run(["convert", path, "-depth", "8", "rgb:-"], check=True,
-                          capture_output=True).stdout
-    return numpy.frombuffer(data, numpy.uint8).reshape(302, 488, 3).astype(int)
 
 
 def record(seconds):
@@ -245,5 +232,4 @@ finally:
         player.process.kill()
     player.remove()
     subprocess.run(["rm", "-rf", work])
-print("the window: " + (f"{len(failures)} checks failed" if failures else "all checks passed"))
-sys.exit(bool(failures))
+finish("the window")
