@@ -8,7 +8,7 @@ import random
 import re
 import shutil
 import signal
-import subprocess
+import struct
 import sys
 import tempfile
 import time
@@ -17,6 +17,7 @@ import desk
 
 OLDEST = 10  # seconds
 SONGS = 40
+PRESETS = 64 * b"User Preset".ljust(64, b"\0") + 64 * 17 * struct.pack("<f", 1.0)
 
 program = pathlib.Path(sys.argv[1])
 kills = int(sys.argv[2]) if len(sys.argv) > 2 else 200
@@ -24,7 +25,7 @@ seed = int(sys.argv[3]) if len(sys.argv) > 3 else 1
 chance = random.Random(seed)
 work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-kills-"))
 failures = []
-oldest = 0
+oldest = kill = 0
 
 
 def fail(what):
@@ -115,7 +116,7 @@ def saved(player):
     history = (player.folder / "HISTORY.PLA").read_bytes().decode()
     if not history.startswith("VERSION 10\r\n") or not history.endswith("\r\n"):
         fail("the list is not whole")
-    if (player.folder / "EQ.SET").stat().st_size != 8448:
+    if (player.folder / "EQ.SET").read_bytes() != PRESETS:
         fail("the presets are not whole")
     settings = (player.folder / "config/kwo/settings").read_text()
     found = re.search(r"SLIDERPAN=dword:([0-9a-f]{8})", settings)
@@ -161,40 +162,49 @@ for folder in ("songs", "player"):
 player = desk.Player(program, work / "player")
 player.quit()
 state = saved(player)
-for kill in range(1, kills + 1):
-    player.start()
-    time.sleep(1.2)
-    user = Hands(player, *state)
-    users, others = [user], []
-    if kill % 4 == 0:
-        # A second one on the same files, which starts beside the first and is idle.
-        others.append(desk.Player(program, player.folder))
-        time.sleep(1)
-        users.append(Hands(others[0], *state))
-        desk.run("wmctrl", "-i", "-a", player.window)
-    user.work(time.monotonic() + chance.uniform(0, 18))
-    if kill % 3 == 0:  # in the middle of the end
-        player.process.send_signal(signal.SIGTERM)
-        time.sleep(chance.uniform(0, 1.5))
-    killed = time.monotonic()
-    for one in [player] + others:
-        one.process.kill()
-        one.process.wait()
-    player.start()
-    time.sleep(1.2)
-    running = list(player.folder.glob("RUNNING-*"))
-    if len(running) != 1:
-        fail(f"{len(running)} running copies")
-    if player.quit() != 0:
-        fail("the next run does not end in order")
-    state = saved(player)
-    check(state, users, killed)
-    if left_over(player.folder):
-        fail(f"left over: {left_over(player.folder)}")
-    if len(state[0]) > SONGS:
-        (player.folder / "HISTORY.PLA").write_bytes(b"VERSION 10\r\n")
+others = []
+try:
+    for kill in range(1, kills + 1):
+        player.start()
+        time.sleep(1.2)
+        user = Hands(player, *state)
+        users, others = [user], []
+        if kill % 4 == 0:
+            # A second one on the same files, which starts beside the first and is idle.
+            others.append(desk.Player(program, player.folder))
+            time.sleep(1)
+            users.append(Hands(others[0], *state))
+            desk.run("wmctrl", "-i", "-a", player.window)
+        user.work(time.monotonic() + chance.uniform(0, 18))
+        if kill % 3 == 0:  # in the middle of the end
+            player.process.send_signal(signal.SIGTERM)
+            time.sleep(chance.uniform(0, 1.5))
+        killed = time.monotonic()
+        for one in [player] + others:
+            one.process.kill()
+            one.process.wait()
+        player.start()
+        time.sleep(1.2)
+        running = list(player.folder.glob("RUNNING-*"))
+        if len(running) != 1:
+            fail(f"{len(running)} running copies")
+        if player.quit() != 0:
+            fail("the next run does not end in order")
         state = saved(player)
-    print(f"kill {kill}: {len(user.states) - 1} changes, {len(state[0])} songs", flush=True)
-shutil.rmtree(work, ignore_errors=True)
+        check(state, users, killed)
+        if left_over(player.folder):
+            fail(f"left over: {left_over(player.folder)}")
+        if len(state[0]) > SONGS:
+            (player.folder / "HISTORY.PLA").write_bytes(b"VERSION 10\r\n")
+            state = saved(player)
+        print(f"kill {kill}: {len(user.states) - 1} changes, {len(state[0])} songs", flush=True)
+finally:
+    for one in [player] + others:
+        if one.process.poll() is None:
+            one.process.kill()
+if failures:
+    print(f"what was found is in {work}")
+else:
+    shutil.rmtree(work, ignore_errors=True)
 print(f"kills: {len(failures)} of {kills} checks failed; the oldest state found was {oldest:.1f} s old")
 sys.exit(bool(failures))
