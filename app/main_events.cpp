@@ -270,8 +270,7 @@ void OnDrop(int drop) {
   }
   const int before = playlist.count;
   bool stepped = false;
-  for (const std::string& path : platform::TakeDroppedFiles(drop)) {
-    if (!AddPath(path.c_str())) continue;
+  AddPaths(platform::TakeDroppedFiles(drop), [&stepped](int) {
     // While nothing plays, the steps to all but the last would show nothing.
     if (playing) {
       TransportNext();
@@ -279,7 +278,7 @@ void OnDrop(int drop) {
       stepped = true;
       AdvanceSong();
     }
-  }
+  });
   if (stepped && !playing) TransportLoad();
   if (shuffleOn && playlist.count != before) BuildShuffleTable();
   RefreshSongLine();

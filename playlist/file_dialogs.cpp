@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/files.h"
@@ -28,7 +29,7 @@ void OpenFilesDialog(int clearFirst) {
   if (hooks.beforeChoice) hooks.beforeChoice();
   if (!platform::ChooseFiles(filter.c_str(), folder.c_str(), paths)) return;
   if (clearFirst) ClearList();
-  for (const std::string& path : paths) AddPath(path.c_str());
+  AddPaths(std::move(paths), [](int) {});
   // The dialog has made the user's folder current, and this is how the next one finds it.
   GetSettingString("DirOpen", platform::CurrentFolder().c_str(), 1);
   FlushSettings();

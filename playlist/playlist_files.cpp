@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <set>
 #include <string>
 #include <utility>
@@ -115,12 +116,29 @@ void MarkLastSong() {
   if (PlaylistEntry* last = reader.Entry(playlist.count - 1)) last->selected = 1;
 }
 
+// Asks for all at once, and takes the answers in their order.
+void AskAndAdd(const std::vector<std::string>& paths, const std::function<void(int)>& onAdded) {
+  const FileWorker::Asked asked = walk->Ask(paths);
+  for (std::size_t i = 0; i < paths.size() && !walk->Ends(); ++i) {
+    walk->CountName();
+    if (const int songs = AddFound(paths[i], walk->Wait(asked, i))) onAdded(songs);
+  }
+  walk->files.Forget(asked);
+}
+
 }  // namespace
 
 int AddPath(const char* path) {
-  if (!*path || std::strlen(path) >= kPathSize) return 0;
+  int added = 0;
+  AddPaths({path}, [&added](int songs) { added = songs; });
+  return added;
+}
+
+void AddPaths(std::vector<std::string> paths, const std::function<void(int)>& onAdded) {
+  std::erase_if(paths,
+                [](const std::string& path) { return path.empty() || path.size() >= kPathSize; });
   const Walking walking;
-  return AddFound(path, walk->Wait(walk->Ask({path}), 0));
+  AskAndAdd(paths, onAdded);
 }
 
 int AddDirectory(const char* path) {
@@ -133,13 +151,8 @@ int AddDirectory(const char* path) {
   std::vector<std::string> paths;
   for (const std::string& name : folder.names)
     if (front.size() + name.size() < kPathSize) paths.push_back(front + name);
-  const FileWorker::Asked asked = walk->Ask(paths);
   int added = 0;
-  for (std::size_t i = 0; i < paths.size() && !walk->Ends(); ++i) {
-    walk->CountName();
-    added += AddFound(paths[i], walk->Wait(asked, i));
-  }
-  walk->files.Forget(asked);
+  AskAndAdd(paths, [&added](int songs) { added += songs; });
   return added;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "platform/kept_file.h"
 
@@ -15,6 +17,8 @@ namespace kwo {
 /// unreadable.
 int AddPath(const char* path);
 int AddDirectory(const char* path);
+/// The same for several paths in one add; `onAdded` is told of each that has added songs.
+void AddPaths(std::vector<std::string> paths, const std::function<void(int)>& onAdded);
 
 /// Reads a PLA file: a line for each song, `ADD path`, and `SELECTED` behind a selected one.
 int LoadPlaylistFile(const char* path);

@@ -85,22 +85,6 @@ TEST_F(Program, DragEndsWhereTheWindowGoes) {
   });
 }
 
-TEST_F(Program, SecondPressOnNothingLetsGoOfTheFirst) {
-  Run([this](const Hands& hands) {
-    hands.Drop(Songs(1));
-    OpenPage(hands, PAGE_PLAYLIST);
-    const platform::Point row = Middle(WIDGET_ROW);
-    hands.Move(row.x, row.y);
-    hands.Down();
-    EXPECT_TRUE(headless::Window().captured);
-    hands.Move(10, 10);
-    hands.Down(kRight);
-    EXPECT_FALSE(headless::Window().captured);
-    hands.Up(kRight);
-    hands.Up();
-  });
-}
-
 // The picture of a slider as it is held, against that painted for this part alone.
 TEST_F(Program, HeldPartOfASliderLooksHeld) {
   Run([this](const Hands& hands) {

@@ -121,6 +121,22 @@ TEST_F(RunningCopy, StartThatDoesNotGetTheListSavesNone) {
   Start([](const Hands&) { EXPECT_EQ("0 1 2 ", Names()); });
 }
 
+TEST_F(RunningCopy, DeepFolderKeepsWhatTheUserHas) {
+  std::string deep = folder.File(std::string(100, 'd'));
+  deep += '/' + std::string(250 - deep.size(), 'e');
+  std::filesystem::create_directories(deep);
+  std::filesystem::create_directory_symlink(folder.File("skin"), deep + "/skin");
+  headless::SetExecutablePath(deep + "/kwo");
+  Start([this](const Hands& hands) {
+    hands.Drop(Songs(2));
+    std::strcpy(EqPresetNames[1], "Deep");
+  });
+  Start([](const Hands&) {
+    EXPECT_EQ("0 1 ", Names());
+    EXPECT_STREQ("Deep", EqPresetNames[1]);
+  });
+}
+
 TEST_F(RunningCopy, TwoPlayersKeepTwoLists) {
   const auto files = [&] {
     return ReadBytes(folder.File("HISTORY-OLD.PLA")) + ReadBytes(folder.File("EQ-OLD.SET"));

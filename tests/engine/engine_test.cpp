@@ -76,22 +76,6 @@ TEST_F(Sound, SongOfOtherChannelsInsideABlockCountsFromTheNextBlock) {
   }
 }
 
-TEST_F(Engine, RampsEndAfterTheirBlockCounts) {
-  const std::tuple<bool, float, float, float, int> cases[] = {
-      {false, 0.01f, 1.2f, 1, 26},  {false, 0.01f, 1.1f, 1, 49}, {false, 0.01f, 1.3f, 1, 18},
-      {false, 1, 0.9f, 0.01f, 44},  {false, 1, 0.8f, 0.01f, 21}, {false, 1, 0.95f, 0.01f, 90},
-      {false, 1, 0.97f, 0.05f, 99}, {false, 0.5f, 1, 0.9f, 1},   {true, -1, 0.005f, 0, 201},
-      {true, 0, 0.01f, 1, 101},     {true, 0, -0.25f, -1, 4}};
-  for (const auto& [pan, start, step, target, blocks] : cases) {
-    pan ? V().SetPan(start) : V().SetVolume(start);
-    pan ? V().SetPanRamp(2, step, target, 0) : V().SetVolumeRamp(0, step, target, 0);
-    int stepped = 0;
-    for (; !V().ramps[pan ? 2 : 0].Idle(); ++stepped) V().StepRamps();
-    EXPECT_EQ(blocks, stepped) << step;
-    EXPECT_EQ(target, pan ? V().pan : V().volume);
-  }
-}
-
 TEST_F(Engine, SlotsRotate) {
   Voice *a = &V(0), *b = &V(1), *c = &V(2);
   for (const auto& [first, last] : {std::pair{2, 2}, {2, 0}, {0, 128}, {-1, 2}, {0, 2}}) {

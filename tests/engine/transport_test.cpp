@@ -348,19 +348,5 @@ TEST_F(Transport, ShuffleIsAPermutationAndAnotherOneEachTime) {
   for (int step = 0; step < 3; ++step) EXPECT_EQ(0, AdvanceSong());
 }
 
-TEST_F(Transport, ShrunkenListsPlayNothingThatHasGone) {
-  AddSongs(3);
-  playlist.currentSong = 2;
-  TransportPlay();
-  playlist.currentSong = 9;
-  OnMixerEvent(TheMixer, EVENT_SOURCE_END, &V(), 0, 0, 0);
-  EXPECT_LT(playlist.currentSong, 3);
-  RemoveAll();
-  EXPECT_EQ(0, playing);
-  playlist.currentSong = 5;
-  TransportPlay();
-  EXPECT_EQ(0, playing);
-}
-
 }  // namespace
 }  // namespace kwo

@@ -409,6 +409,16 @@ TEST_F(List, FoldersAndPlaylistFilesCountOnceInAnAdd) {
   EXPECT_EQ(1, AddPath((Song("x.pla", "ADD " + folder.File("b/b.mp3"))).c_str()));
 }
 
+TEST_F(List, ThousandsOfPathsAreAddedAtOnce) {
+  std::vector<std::string> paths{"", std::string(300, 'x') + ".mp3", Song("folder.txt")};
+  for (int i = 0; i < 2000; ++i) paths.push_back(std::to_string(i) + ".mp3");
+  int times = 0;
+  const unsigned start = platform::GetTickCount();
+  AddPaths(paths, [&times](int songs) { times += songs; });
+  EXPECT_LT(platform::GetTickCount() - start, 300u);
+  EXPECT_TRUE(times == 2000 && playlist.count == 2000);
+}
+
 TEST_F(List, WalkHasAnEnd) {
   std::string text = "ADD " + std::string(4 << 20, 'x');
   EXPECT_EQ(0, LoadPlaylistFile(Song("long.pla", text).c_str()));

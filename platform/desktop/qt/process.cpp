@@ -121,6 +121,13 @@ int NoDesktop() {
   return 1;
 }
 
+// How the desktop's volume control shows the sound, by its two servers.
+void NameSound() {
+  setenv("PULSE_PROP", "application.name=KWO application.icon_name=kwo media.role=music", 0);
+  setenv("PIPEWIRE_PROPS",
+         "{ application.name = KWO application.icon-name = kwo media.role = Music }", 0);
+}
+
 int NoMeans(const char* what) {
   std::fprintf(stderr, "kwo: the system gives no further %s\n", what);
   return 1;
@@ -143,6 +150,7 @@ int RunProcess(int count, char** arguments, int (*body)(), void (*save)(), void 
   if (hasX) setenv("QT_QPA_PLATFORM", "xcb", 0);
   setenv("QT_ENABLE_HIGHDPI_SCALING", "0", 1);
   FindProgramFolder();
+  NameSound();
   mainThread = std::this_thread::get_id();
   wakeEvent = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
   if (wakeEvent < 0) return NoMeans("file descriptor");
