@@ -20,6 +20,7 @@
 #include "platform/desktop/end_watch.h"
 #include "platform/desktop/main_loop.h"
 #include "platform/desktop/qt/main_window.h"
+#include "platform/desktop/qt/sound_name.h"
 #include "platform/files.h"
 #include "platform/messages.h"
 #include "platform/posix/executable.h"
@@ -123,9 +124,9 @@ int NoDesktop() {
 
 // How the desktop's volume control shows the sound, by its two servers.
 void NameSound() {
-  setenv("PULSE_PROP", "application.name=KWO application.icon_name=kwo media.role=music", 0);
-  setenv("PIPEWIRE_PROPS",
-         "{ application.name = KWO application.icon-name = kwo media.role = Music }", 0);
+  setenv(kPulseName, "application.name=KWO application.icon_name=kwo media.role=music", 0);
+  setenv(kPipeWireName, "{ application.name = KWO application.icon-name = kwo media.role = Music }",
+         0);
 }
 
 int NoMeans(const char* what) {

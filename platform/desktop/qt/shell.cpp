@@ -4,6 +4,7 @@
 #include <QFileDialog>
 #include <QMenu>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QStandardPaths>
 #include <QSystemTrayIcon>
 #include <algorithm>
@@ -11,6 +12,7 @@
 
 #include "platform/desktop/end_watch.h"
 #include "platform/desktop/qt/main_window.h"
+#include "platform/desktop/qt/sound_name.h"
 #include "platform/files.h"
 
 namespace kwo::platform {
@@ -156,6 +158,10 @@ bool RunCommandLine(const char* line) {
   QProcess process;
   process.setProgram(program);
   process.setArguments(words);
+  // What is meant for this program alone is taken back.
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  for (const char* name : {kPulseName, kPipeWireName}) environment.remove(name);
+  process.setProcessEnvironment(environment);
   process.setChildProcessModifier(UnblockEndSignals);
   return process.startDetached();
 }
