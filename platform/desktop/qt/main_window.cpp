@@ -12,7 +12,12 @@
 #include <QSysInfo>
 #include <QWheelEvent>
 #include <algorithm>
+#include <chrono>
+#include <future>
+#include <memory>
 #include <mutex>
+#include <system_error>
+#include <thread>
 
 #include "platform/desktop/main_loop.h"
 #include "platform/files.h"
@@ -66,6 +71,19 @@ void AddChangedRows(int first, int end) {
   } while (!changedRows.compare_exchange_weak(old, merged));
 }
 
+// A look on a thread of its own: a file system that does not answer is taken as one with songs.
+std::vector<std::string> SongsInTime(const std::vector<std::string>& paths) {
+  constexpr auto kPatience = std::chrono::milliseconds(300);
+  const auto told = std::make_shared<std::promise<std::vector<std::string>>>();
+  std::future<std::vector<std::string>> songs = told->get_future();
+  try {
+    std::thread([told, paths] { told->set_value(DroppedSongs(paths)); }).detach();
+  } catch (const std::system_error&) {
+    return paths;
+  }
+  return songs.wait_for(kPatience) == std::future_status::ready ? songs.get() : paths;
+}
+
 // The songs of a drop, with their bytes as they stand: a file's name need not be text.
 std::vector<std::string> DroppedFiles(const QMimeData& data) {
   const QByteArray ownHost = QSysInfo::machineHostName().toUtf8();
@@ -81,7 +99,7 @@ std::vector<std::string> DroppedFiles(const QMimeData& data) {
     const QByteArray bytes = QByteArray::fromPercentEncoding(path);
     if (bytes.startsWith('/')) paths.push_back(FromMachinePath(bytes.toStdString()));
   }
-  return DroppedSongs(std::move(paths));
+  return paths.empty() ? paths : SongsInTime(paths);
 }
 
 }  // namespace
