@@ -16,9 +16,14 @@ namespace kwo::platform {
 
 struct QueuedBuffer {
   WaveHeader* header;  // null once the device has been closed
-  std::vector<std::int16_t> samples;
-  std::int64_t arrival;
+  std::int64_t arrival, bytes;
+  std::vector<std::int16_t> samples;  // from then on
 };
+
+std::vector<std::int16_t> SamplesOf(const WaveHeader& header) {
+  auto* samples = reinterpret_cast<const std::int16_t*>(header.data);
+  return {samples, samples + header.bufferLength / 2};
+}
 
 struct WaveDevice {
   WaveFormat format;
@@ -44,8 +49,7 @@ WaveDevice* closed = nullptr;
 constexpr int kLongestEnd = 6000;  // milliseconds
 
 std::int64_t Duration(const WaveDevice& device, const QueuedBuffer& buffer) {
-  return std::int64_t{2000000} * static_cast<std::int64_t>(buffer.samples.size()) /
-         device.format.averageBytesPerSecond;
+  return 1000000 * buffer.bytes / device.format.averageBytesPerSecond;
 }
 
 // When the first buffer of the queue will have been played: it starts behind the one before it, or
@@ -61,7 +65,9 @@ WaveHeader* TakeFront(WaveDevice& device) {
   WaveHeader* header = front.header;
   if (device.playedUntil >= 0) gap += std::max<std::int64_t>(0, front.arrival - device.playedUntil);
   device.playedUntil = EndOfFront(device);
-  played.insert(played.end(), front.samples.begin(), front.samples.end());
+  // What lies in the buffer now: nobody may have written to it since.
+  const std::vector<std::int16_t> samples = header ? SamplesOf(*header) : front.samples;
+  played.insert(played.end(), samples.begin(), samples.end());
   device.queue.pop_front();
   return header;
 }
@@ -128,8 +134,7 @@ void PrepareWave(WaveDevice*, WaveHeader& header) {
 
 void WriteWave(WaveDevice* device, WaveHeader& header) {
   std::lock_guard guard(lock);
-  auto* samples = reinterpret_cast<const std::int16_t*>(header.data);
-  device->queue.push_back({&header, {samples, samples + header.bufferLength / 2}, headless::Now()});
+  device->queue.push_back({&header, headless::Now(), header.bufferLength, {}});
   if (device->task) headless::Wake(*device->task);
 }
 
@@ -147,7 +152,9 @@ void CloseWave(WaveDevice* device) {
       device->closing = true;
       calling = device->calling;
       for (QueuedBuffer& buffer : device->queue) {
-        if (buffer.header) buffer.header->flags.Publish(kWavePrepared | kWaveDone);
+        if (!buffer.header) continue;
+        buffer.samples = SamplesOf(*buffer.header);
+        buffer.header->flags.Publish(kWavePrepared | kWaveDone);
         buffer.header = nullptr;
       }
       if (device->task) headless::Wake(*device->task);

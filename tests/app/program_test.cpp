@@ -174,6 +174,9 @@ TEST_F(Program, DropReplacesTheListAndShiftAddsToIt) {
     EXPECT_TRUE(Names() == "0 " && playlist.currentSong == 0 && !playing);
     hands.Drop({songs[1], songs[2]}, true);
     EXPECT_TRUE(Names() == "0 1 2 " && playlist.currentSong == 2 && !playing);
+    hands.Drop({folder.File("gone.pla")});
+    EXPECT_EQ("1. ------", Text(WIDGET_ROW)) << "a list with nothing in it shows nothing";
+    EXPECT_EQ("KWO", headless::Window().caption);
   });
 }
 
