@@ -7,6 +7,7 @@
 #include "panels/equaliser_presets.h"
 #include "panels/main_page.h"
 #include "tests/app/program_fixture.h"
+#include "tests/pixel_at.h"
 
 namespace kwo::test {
 namespace {
@@ -24,10 +25,7 @@ struct Picture {
       : width(w), height(h), pixels(static_cast<std::size_t>(w * h), color) {}
   explicit Picture(const SkinBitmap& bitmap) : Picture(bitmap.width, bitmap.height, 0) {
     for (int y = 0; y < height; ++y)
-      for (int x = 0; x < width; ++x) {
-        const std::uint8_t* p = bitmap.bits + (height - 1 - y) * bitmap.stride + 3 * x;
-        At(x, y) = static_cast<std::uint32_t>(p[2] | p[1] << 8 | p[0] << 16);
-      }
+      for (int x = 0; x < width; ++x) At(x, y) = PixelAt(bitmap, x, y);
   }
   std::uint32_t& At(int x, int y) { return pixels[static_cast<std::size_t>(width * y + x)]; }
   // Draws a part of `source` with its corner at (x, y).

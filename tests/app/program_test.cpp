@@ -12,25 +12,9 @@ namespace kwo::test {
 namespace {
 
 TEST_F(Program, PagesSlideInAndOutUnderTheirButtons) {
-  // The page of a widget.
-  const auto pageOf = [](int index) {
-    if (index >= 300) return PAGE_WINDOW;
-    if (index >= WIDGET_MIXER_BOX) return PAGE_MIXER;
-    return index >= WIDGET_ROW ? PAGE_PLAYLIST : PAGE_MAIN;
-  };
-  Run([&](const Hands& hands) {
+  Run([](const Hands& hands) {
     for (int page : {1, 2, 3, 4, 5, 0}) {
       OpenPage(hands, page);
-      hands.Wait(1000);
-      for (int index = WIDGET_DIGIT; index < SkinHost::kWidgets; ++index) {
-        const Widget* widget = Find(index);
-        if (!widget) continue;
-        const WidgetGroup& group = Group(widget->group);
-        const bool seen = widget->x < 420 && widget->x + widget->width > 0 && widget->y < 260 &&
-                          group.clipWidth > 0;
-        const bool behind = index > WIDGET_SPEED && index < WIDGET_ON_TOP;  // other sub-pages
-        EXPECT_EQ(pageOf(index) == page && !behind, seen) << page << ' ' << index;
-      }
       EXPECT_EQ(page, TheSkinHost->currentTile);
       EXPECT_EQ(page == 0 ? 1 : 0, TheSkinHost->VisualiserMode);
       for (int button = 0; button < PAGE_COUNT; ++button)

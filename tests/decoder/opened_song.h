@@ -6,6 +6,7 @@
 
 #include "decoder/file_input_stream.h"
 #include "decoder/mpeg_decoder.h"
+#include "tests/decoder/bytes_stream.h"
 #include "tests/support.h"
 
 namespace kwo {
@@ -25,13 +26,8 @@ struct OpenedSong {
     decoder->Shutdown();
     file.Shutdown();
   }
-  std::vector<float> ReadAll(int piece = 30000) {
-    std::vector<float> all;
-    std::vector<float> part(static_cast<std::size_t>(piece));
-    int got;
-    while ((got = decoder->Read(part.data(), piece * 4)) > 0)
-      all.insert(all.end(), part.begin(), part.begin() + got / 4);
-    return all;
+  std::vector<float> ReadAll(std::size_t piece = 30000) {
+    return test::ReadAll<std::vector<float>>(*decoder, piece);
   }
   int FrameBytes() const { return channels * 4 * kFrameSamples; }
 };

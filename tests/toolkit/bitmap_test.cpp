@@ -2,6 +2,7 @@
 
 #include <tuple>
 
+#include "tests/pixel_at.h"
 #include "tests/support.h"
 #include "toolkit/bmp_reader.h"
 #include "toolkit/skin_bitmap.h"
@@ -11,11 +12,7 @@
 namespace kwo {
 namespace {
 
-// The pixel at a place counted from the top, 0x00BBGGRR.
-std::uint32_t PixelAt(const SkinBitmap& bitmap, int x, int y) {
-  const std::uint8_t* p = bitmap.bits + (bitmap.height - 1 - y) * bitmap.stride + 3 * x;
-  return static_cast<std::uint32_t>(p[2] | p[1] << 8 | p[0] << 16);
-}
+using test::PixelAt;
 
 TEST(SkinBitmap, RowsBeginAtMultiplesOfFourBytesAndWithoutASizeThereAreNone) {
   for (auto [width, height, stride] :

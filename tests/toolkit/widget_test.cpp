@@ -7,17 +7,14 @@
 #include "platform/clock.h"
 #include "platform/headless/headless.h"
 #include "tests/allocations.h"
+#include "tests/pixel_at.h"
 #include "tests/support.h"
 #include "toolkit/skin_host.h"
 
 namespace kwo {
 namespace {
 
-// The pixel at a place counted from the top, 0x00BBGGRR.
-std::uint32_t PixelAt(const SkinBitmap& bitmap, int x, int y) {
-  const std::uint8_t* p = bitmap.bits + (bitmap.height - 1 - y) * bitmap.stride + 3 * x;
-  return static_cast<std::uint32_t>(p[2] | p[1] << 8 | p[0] << 16);
-}
+using test::PixelAt;
 
 // A host whose window of 100 by 80 has an interface of 60 by 40 at (20, 10), without any skin.
 class Toolkit : public testing::Test {
