@@ -280,18 +280,5 @@ TEST_F(Program, AnyScreenIsAPlaceForTheWindow) {
   runOn({{0, 0, 640, 400}}, [&](const Hands&) { EXPECT_EQ(std::pair(152, 98), place()); });
 }
 
-TEST_F(Program, DropWithoutASongLeavesEverythingAsItWas) {
-  Run([this](const Hands& hands) {
-    hands.Drop(Songs(2));
-    Press(hands, WIDGET_PLAY);
-    WriteBytes(folder.File("cover.png"), "");
-    WriteBytes(folder.File("list.m3u"), "");
-    hands.Drop({});
-    for (const char* name : {"cover.png", "list.m3u", "nowhere"}) hands.Drop({folder.File(name)});
-    EXPECT_EQ("0 1 ", Names());
-    EXPECT_EQ(1, playing);
-  });
-}
-
 }  // namespace
 }  // namespace kwo::test

@@ -154,6 +154,10 @@ TEST_F(Program, DropReplacesTheListAndShiftAddsToIt) {
     const std::vector<std::string> songs = Songs(3);
     Press(hands, WIDGET_PLAY);
     EXPECT_EQ(1, playing);
+    WriteBytes(folder.File("cover.png"), "");
+    hands.Drop({});
+    for (const char* name : {"cover.png", "list.m3u", "nowhere"}) hands.Drop({folder.File(name)});
+    EXPECT_TRUE(Names() == "horizon " && playing) << "no song, no drop";
     hands.Drop({songs[0], folder.File("nothing.txt")});
     EXPECT_TRUE(Names() == "0 " && playlist.currentSong == 0 && !playing);
     hands.Drop({songs[1], songs[2]}, true);
