@@ -119,10 +119,10 @@ void FindDeadCopy() {
     if (!found->Adopt(path)) continue;
     std::string bytes;
     RunningCopy copy;
-    const std::int64_t written = platform::FileTime(path.c_str());
-    if (written > newest && platform::ReadWholeFile(path.c_str(), bytes, kLargestCopy) &&
+    const std::int64_t when = platform::FileTime(path.c_str());
+    if (when > newest && platform::ReadWholeFile(path.c_str(), bytes, kLargestCopy) &&
         Parse(bytes, copy)) {
-      newest = written;
+      newest = when;
       dead = std::make_unique<RunningCopy>(std::move(copy));
     }
     deadFiles.push_back(std::move(found));

@@ -18,6 +18,7 @@ namespace kwo::platform {
 namespace {
 
 constexpr char kNew[] = ".new", kDigits[] = "0123456789abcdef";
+constexpr char kOpenFiles[] = "/proc/self/fd/";
 constexpr int kNames = 9;  // under which a file may be set aside
 constexpr int kLockMilliseconds = 2000, kLockPollMilliseconds = 10;
 
@@ -41,7 +42,9 @@ bool CanBeReplaced(const std::string& machinePath) {
 // that nobody holds has been abandoned.
 struct NewFile {
   explicit NewFile(const std::string& target) : name(target + '.' + RandomName() + kNew) {
-    file = open(FolderOf(target).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    // It gets its name through /proc.
+    if (access(kOpenFiles, F_OK) == 0)
+      file = open(FolderOf(target).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (file < 0) {
       file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                   S_IRUSR | S_IWUSR);
@@ -60,7 +63,7 @@ struct NewFile {
   }
   bool MoveTo(const std::string& target) {
     if (!named) {
-      const std::string unnamed = "/proc/self/fd/" + std::to_string(file);
+      const std::string unnamed = kOpenFiles + std::to_string(file);
       named = linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
     }
     if (!named || rename(name.c_str(), target.c_str()) != 0) return false;
@@ -75,7 +78,7 @@ struct NewFile {
   }
 
   std::string name;
-  int file;
+  int file = -1;
   bool named = false;
 };
 
