@@ -151,7 +151,7 @@ void RefreshRunningCopy() {
   if (written && now == text) return;
   text = std::move(now);
   writing = 1;
-  writer = platform::StartThread(Write, nullptr);
+  writer = platform::StartThread(Write, nullptr, "kwo copy");
   if (!writer) Write(nullptr);
 }
 

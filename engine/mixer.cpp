@@ -91,7 +91,7 @@ bool Mixer::StartThread() {
   running.Publish(1);
   // Up before the thread can be, so that a stop right behind this waits for its end.
   threadAlive.Publish(1);
-  thread = platform::StartThread(RunThread, this);
+  thread = platform::StartThread(RunThread, this, "kwo render");
   if (!thread) running = threadAlive = 0;
   return thread != nullptr;
 }
@@ -99,7 +99,8 @@ bool Mixer::StartThread() {
 bool Mixer::StopThread() {
   if (!running) return !threadAlive;
   running.Publish(0);
-  for (int waited = 0; threadAlive.Acquire(); waited += kStopPollMilliseconds) {
+  int waited = 0;
+  for (; threadAlive.Acquire(); waited += kStopPollMilliseconds) {
     if (waited >= kLongestStop) {
       platform::LeaveThread(thread);
       return false;
@@ -108,7 +109,8 @@ bool Mixer::StopThread() {
   }
   platform::JoinThread(thread);
   thread = nullptr;
-  platform::FinishWave();
+  for (; waited < kLongestStop && !platform::WaveFinished(); waited += kStopPollMilliseconds)
+    platform::Sleep(kStopPollMilliseconds);
   return true;
 }
 

@@ -121,7 +121,7 @@ bool DjSetMode(int mode) {
   DjEnd();
   if (mode != 1) return true;
   djWanted = 1;
-  djThread = platform::StartThread(RunDj, nullptr);
+  djThread = platform::StartThread(RunDj, nullptr, "kwo dj");
   return djThread != nullptr;
 }
 

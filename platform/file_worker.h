@@ -44,9 +44,9 @@ class FileWorker {
   Asked Ask(std::vector<Question> questions);
 
   /// The answer to a question, or null as long as there is none.  A question that has not been
-  /// answered in two seconds never is, nor are those behind it about the same folder; from the
-  /// sixth such silence on it is a tenth of a second, and after 32 nothing more is asked.  The
-  /// answer lives as long as `asked` does.
+  /// answered in two seconds never is, nor are those behind it that ask the same folder or about
+  /// what lies below its path; after 32 such silences nothing more is asked.  The answer lives as
+  /// long as `asked` does.
   const Answer* Find(const Asked& asked, std::size_t index);
 
   /// What has not been answered yet need not be.
@@ -55,14 +55,15 @@ class FileWorker {
  private:
   struct Desk;
   void GiveUp();
+  void PassSilent(Job& job) const;
   void Begin();
   void End();
 
   std::shared_ptr<Desk> desk_;
   Thread* thread_ = nullptr;
-  std::uint64_t seen_ = 0;  // answers so far
-  unsigned since_ = 0;      // when the last of them came
-  int silences_ = 0;
+  std::uint64_t seen_ = 0;        // answers so far
+  unsigned since_ = 0;            // when the last of them came
+  std::vector<Question> silent_;  // that have not been answered
 };
 
 }  // namespace kwo::platform

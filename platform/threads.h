@@ -7,8 +7,9 @@ struct Thread;
 enum class ThreadPriority { kNormal, kTimeCritical };
 
 /// Starts `body(argument)` on a new thread and gives its handle, or null if none could be made.
-/// Every handle is given to `JoinThread` or `LeaveThread` once.
-Thread* StartThread(void (*body)(void*), void* argument);
+/// Every handle is given to `JoinThread` or `LeaveThread` once.  The name, of 15 bytes at most, is
+/// what the system's tools show.
+Thread* StartThread(void (*body)(void*), void* argument, const char* name);
 
 /// Waits until the thread's body has returned, and frees the handle.
 void JoinThread(Thread* thread);

@@ -53,7 +53,8 @@ bool UnprepareWave(WaveDevice* device, WaveHeader& header);
 /// end all the same, unless that takes more than six seconds or the device is opened again.
 void CloseWave(WaveDevice* device);
 
-/// Waits until a device that has been closed has played to its end.
-void FinishWave();
+/// Whether a device that has been closed has played to its end, as far as it may.  Any thread, once
+/// the one of the operations above has ended.
+bool WaveFinished();
 
 }  // namespace kwo::platform

@@ -189,7 +189,7 @@ void SkinHost::HostDefaultHandler(const Message& message) {
 bool SkinHost::StartRedraw() {
   if (threadRun) return true;
   threadRun = 1;
-  threadHandle = platform::StartThread(RunRedraw, this);
+  threadHandle = platform::StartThread(RunRedraw, this, "kwo redraw");
   if (!threadHandle) threadRun = 0;
   return threadHandle != nullptr;
 }

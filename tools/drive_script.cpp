@@ -246,7 +246,7 @@ bool RunScript(const std::vector<ScriptStep>& steps, const std::string& programF
                const std::string& shots, std::string& error) {
   headless::SetExecutablePath((std::filesystem::absolute(programFolder) / "kwo").string());
   User user{steps, shots, {}, ""};
-  platform::Thread* thread = platform::StartThread(FollowScript, &user);
+  platform::Thread* thread = platform::StartThread(FollowScript, &user, "user");
   const int result = RunApplication();
   user.ended = 1;
   platform::JoinThread(thread);

@@ -50,7 +50,9 @@ bool WatchForEnd(void (*wake)(), void (*finish)()) {
   const sigset_t signals = EndSignals();
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   try {
-    std::thread(Watch, wake, finish).detach();
+    std::thread watch(Watch, wake, finish);
+    pthread_setname_np(watch.native_handle(), "kwo end");
+    watch.detach();
   } catch (const std::system_error&) {
     return false;
   }

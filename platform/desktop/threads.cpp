@@ -3,8 +3,7 @@
 #include <pthread.h>
 #include <sched.h>
 
-#include <new>
-#include <system_error>
+#include <exception>
 #include <thread>
 
 namespace kwo::platform {
@@ -13,10 +12,12 @@ struct Thread {
   std::thread thread;
 };
 
-Thread* StartThread(void (*body)(void*), void* argument) {
+Thread* StartThread(void (*body)(void*), void* argument, const char* name) {
   try {
-    return new Thread{std::thread(body, argument)};
-  } catch (const std::system_error&) {
+    auto* started = new Thread{std::thread(body, argument)};
+    pthread_setname_np(started->thread.native_handle(), name);
+    return started;
+  } catch (const std::exception&) {
     return nullptr;
   }
 }

@@ -216,8 +216,6 @@ void Reopen(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
   guard.unlock();
   device.pcm = OpenPcm(device.format);
   guard.lock();
-  // What had been fed but not heard is fed again.
-  device.fed = 0;
 }
 
 void PlayQueue(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
@@ -227,6 +225,8 @@ void PlayQueue(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
     } else if (device.queue.empty()) {
       device.changed.wait(guard, [&] { return device.closing || !device.queue.empty(); });
     } else if (!FeedPcm(device, guard) || !FinishHeard(device, guard)) {
+      // What has been fed but not heard is fed again.
+      device.fed = 0;
       guard.unlock();
       ClosePcm(device);
       guard.lock();
@@ -318,7 +318,7 @@ WaveDevice* OpenWave(const WaveFormat& format, int buffers, int bufferBytes,
   device->queue.reserve(device->buffers);
   device->rest.reserve(device->buffers * static_cast<std::size_t>(bufferBytes));
   device->callback = callback;
-  device->thread = StartThread(RunDevice, device);
+  device->thread = StartThread(RunDevice, device, "kwo sound");
   if (!device->thread) {
     delete device;
     return nullptr;
@@ -368,8 +368,8 @@ void CloseWave(WaveDevice* device) {
   closed = device;
 }
 
-void FinishWave() {
-  EndClosed(false, kLongestEnd);
+bool WaveFinished() {
+  return EndClosed(false, {});
 }
 
 }  // namespace kwo::platform

@@ -132,7 +132,7 @@ unsigned GetTickCount() {
   return static_cast<unsigned>(headless::Now() / 1000);
 }
 
-Thread* StartThread(void (*body)(void*), void* argument) {
+Thread* StartThread(void (*body)(void*), void* argument, const char*) {
   headless::CurrentTask();
   auto* thread = new Thread;
   {

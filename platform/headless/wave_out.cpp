@@ -124,7 +124,7 @@ WaveDevice* OpenWave(const WaveFormat& format, int, int, WaveDoneCallback callba
   auto* device = new WaveDevice;
   device->format = format;
   device->callback = callback;
-  device->thread = StartThread(PlayQueue, device);
+  device->thread = StartThread(PlayQueue, device, "kwo sound");
   return device;
 }
 
@@ -164,8 +164,8 @@ void CloseWave(WaveDevice* device) {
   closed = device;
 }
 
-void FinishWave() {
-  if (!EndClosed(false, kLongestEnd)) EndClosed(true, kLongestEnd);
+bool WaveFinished() {
+  return EndClosed(false, 0);
 }
 
 }  // namespace kwo::platform

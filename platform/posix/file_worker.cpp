@@ -25,17 +25,15 @@ struct FileWorker::Job {
 struct FileWorker::Desk {
   std::mutex lock;
   std::deque<Asked> jobs;
-  std::string looksAt;  // the path that the thread is at; empty for none
+  Question looksAt;  // what the thread is at; an empty path for nothing
   std::uint64_t answers = 0;
   bool left = false;
 };
 
 namespace {
 
-constexpr unsigned kPatience = 2000, kLittlePatience = 100;  // milliseconds
-// A file system that has kept silent so often gets less patience, and then none: each silence costs
-// a thread.
-constexpr int kPatientSilences = 5, kMostSilences = 32;
+constexpr unsigned kPatience = 2000;       // milliseconds
+constexpr std::size_t kMostSilences = 32;  // each costs a thread
 constexpr int kIdleMilliseconds = 1;
 
 using Question = FileWorker::Question;
@@ -78,8 +76,11 @@ Answer LookAt(const Question& question) {
   return answer;
 }
 
-std::string FolderOf(const std::string& path) {
-  return path.substr(0, path.rfind('\\') + 1);
+// The folder that a question asks.
+std::string FolderOf(const Question& question) {
+  const std::string& path = question.path;
+  return question.look == FileWorker::Look::kNames ? path + '\\'
+                                                   : path.substr(0, path.rfind('\\') + 1);
 }
 
 }  // namespace
@@ -110,7 +111,7 @@ void FileWorker::Begin() {
               job = desk.jobs.front();
               question = job->questions[job->next];
             }
-            desk.looksAt = question.path;
+            desk.looksAt = question;
           }
           if (!job) {
             Sleep(kIdleMilliseconds);
@@ -119,7 +120,7 @@ void FileWorker::Begin() {
           Answer answer = LookAt(question);
           const std::lock_guard guard(desk.lock);
           if (desk.left) return;
-          desk.looksAt.clear();
+          desk.looksAt = {};
           job->answers[job->next] = std::move(answer);
           job->done[job->next] = true;
           ++desk.answers;
@@ -127,7 +128,7 @@ void FileWorker::Begin() {
           if (job->next == job->done.size()) std::erase(desk.jobs, job);
         }
       },
-      held);
+      held, "kwo files");
   if (!thread_) delete held;
 }
 
@@ -144,12 +145,14 @@ void FileWorker::End() {
 }
 
 FileWorker::Asked FileWorker::Ask(std::vector<Question> questions) {
-  if (!thread_ && silences_ < kMostSilences) Begin();
+  if (!thread_ && silent_.size() < kMostSilences) Begin();
   if (!thread_ || questions.empty()) return nullptr;
   auto job = std::make_shared<Job>();
   job->answers.resize(questions.size());
   job->done.resize(questions.size());
   job->questions = std::move(questions);
+  PassSilent(*job);
+  if (job->next == job->done.size()) return job;
   const std::lock_guard guard(desk_->lock);
   if (desk_->jobs.empty()) since_ = GetTickCount();
   desk_->jobs.push_back(job);
@@ -159,7 +162,6 @@ FileWorker::Asked FileWorker::Ask(std::vector<Question> questions) {
 const FileWorker::Answer* FileWorker::Find(const Asked& asked, std::size_t index) {
   static const Answer kNone;
   if (!asked || !desk_) return &kNone;
-  const unsigned patience = silences_ < kPatientSilences ? kPatience : kLittlePatience;
   {
     const std::lock_guard guard(desk_->lock);
     if (asked->done[index]) return &asked->answers[index];
@@ -167,12 +169,28 @@ const FileWorker::Answer* FileWorker::Find(const Asked& asked, std::size_t index
       seen_ = desk_->answers;
       since_ = GetTickCount();
     }
-    if (GetTickCount() - since_ <= patience) return nullptr;
+    // A thread that is not looking has not been let run.
+    if (desk_->looksAt.path.empty()) since_ = GetTickCount();
+    if (GetTickCount() - since_ <= kPatience) return nullptr;
     // From here on the thread stores nothing more.
     desk_->left = true;
   }
   GiveUp();
   return nullptr;
+}
+
+// Nobody answers for a folder that has kept silent or what lies below a silent path, nor anything
+// where there is no thread.
+void FileWorker::PassSilent(Job& job) const {
+  for (std::size_t i = job.next; i < job.questions.size(); ++i) {
+    const Question& question = job.questions[i];
+    const auto silences = [&](const Question& silent) {
+      return FolderOf(question) == FolderOf(silent) ||
+             question.path.starts_with(silent.path + '\\');
+    };
+    if (!thread_ || std::any_of(silent_.begin(), silent_.end(), silences)) job.done[i] = true;
+  }
+  while (job.next < job.done.size() && job.done[job.next]) ++job.next;
 }
 
 void FileWorker::Forget(const Asked& asked) {
@@ -183,19 +201,11 @@ void FileWorker::Forget(const Asked& asked) {
 
 // The thread is left where it hangs; another one goes on with what lies in other folders.
 void FileWorker::GiveUp() {
-  ++silences_;
-  const std::string hangs = desk_->looksAt, folder = FolderOf(hangs);
+  silent_.push_back(desk_->looksAt);
   std::deque<Asked> jobs = std::move(desk_->jobs);
   End();
-  const bool goesOn = silences_ < kMostSilences;
-  if (goesOn) Begin();
-  for (const Asked& job : jobs) {
-    // What hangs may have been forgotten.
-    const bool hung = job->questions[job->next].path == hangs;
-    for (std::size_t i = job->next; i < job->questions.size(); ++i)
-      if (!thread_ || (hung && FolderOf(job->questions[i].path) == folder)) job->done[i] = true;
-    while (job->next < job->done.size() && job->done[job->next]) ++job->next;
-  }
+  if (silent_.size() < kMostSilences) Begin();
+  for (const Asked& job : jobs) PassSilent(*job);
   std::erase_if(jobs, [](const Asked& job) { return job->next == job->done.size(); });
   if (!thread_) {
     // Nobody answers any more, but what has been answered can still be found.

@@ -53,7 +53,7 @@ class Program : public testing::Test {
     script = std::move(user);
     finished = 0;
     platform::Thread* thread = platform::StartThread(
-        [](void* self) { static_cast<Program*>(self)->FollowScript(); }, this);
+        [](void* self) { static_cast<Program*>(self)->FollowScript(); }, this, "user");
     const int result = RunApplication();
     finished = 1;
     platform::JoinThread(thread);

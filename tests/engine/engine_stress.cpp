@@ -134,7 +134,7 @@ bool RotationsKeepTheVoices() {
     for (int i = 0; i < 1000000; ++i) TheMixer->RotateSlots(0, 2);
   };
   for (auto* rotator :
-       {platform::StartThread(rotate, nullptr), platform::StartThread(rotate, nullptr)})
+       {platform::StartThread(rotate, nullptr, "a"), platform::StartThread(rotate, nullptr, "b")})
     platform::JoinThread(rotator);
   const Voice *a = TheMixer->Slot(0), *b = TheMixer->Slot(1), *c = TheMixer->Slot(2);
   return a != b && b != c && c != a;
