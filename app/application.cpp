@@ -6,6 +6,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "app/main_events.h"
 #include "app/running_copy.h"
@@ -51,6 +52,8 @@ constexpr int kCopyLimitMilliseconds = 1500;
 
 // What this run has to save and has not saved for good.
 bool settingsDue = false, historyDue = false;
+// Of a saved list, what has to be walked.
+std::string restOfList;
 
 void SetHooks() {
   hooks.refreshSongLine = RefreshSongLine;
@@ -174,14 +177,15 @@ bool SaveSettings() {
 bool RestoreList() {
   const std::string history = HistoryFile();
   HistoryKept.Note(history.c_str());
+  restOfList.clear();
   std::string list;
   if (const RunningCopy* copy = DeadCopy()) {
     HistoryKept.GoOnFrom(copy->notedHistory);
-    RestorePlaylist(copy->list);
+    restOfList = RestorePlaylist(copy->list);
   } else {
     const PlaylistFile found = ReadPlaylistFile(history.c_str(), list);
     if (found == PlaylistFile::kSilent) return false;
-    if (found == PlaylistFile::kRead) RestorePlaylist(list);
+    if (found == PlaylistFile::kRead) restOfList = RestorePlaylist(list);
     if (found == PlaylistFile::kAbsent) AddPath((std::string(AppDir) + "music").c_str());
   }
   RefreshPlaylistPage();
@@ -195,6 +199,21 @@ void RestoreCurrentSong(int saved) {
   } else {
     SongChanged();
   }
+}
+
+// The walk may be long; the window is up.  False as for `RestoreList`.
+bool AddRestOfList(int savedSong) {
+  if (restOfList.empty()) return true;
+  AddPlaylistText(std::exchange(restOfList, {}));
+  if (shuffleOn) BuildShuffleTable();
+  if (playlist.currentSong < 0) RestoreCurrentSong(savedSong);
+  RefreshPlaylistPage();
+  return !platform::EndAsked();
+}
+
+int NoList() {
+  std::fputs("kwo: the list could not be read to its end\n", stderr);
+  return 0;
 }
 
 // The stop's fade-outs end here, or would have ended: without a device nothing moves them on.
@@ -262,10 +281,7 @@ int StartUp() {
   ApplyMixerPage();
   if (!DjSetMode(djMode)) return NoThread();
   RestoreWindow();
-  if (!RestoreList()) {
-    std::fputs("kwo: the list could not be read to its end\n", stderr);
-    return 0;
-  }
+  if (!RestoreList()) return NoList();
   if (shuffleOn) BuildShuffleTable();
   RestoreCurrentSong(savedSong);
   FlushSettings();
@@ -274,6 +290,7 @@ int StartUp() {
   if (!VisualiserFillsWindow()) TheSkinHost->ShowTile(PAGE_MAIN, BackgroundEffect);
   ShowMainPage(0);
   ShowTopBar(1);
+  if (!AddRestOfList(savedSong)) return NoList();
   settingsDue = historyDue = true;
   BeginRunningCopy();
   BeginReadingTags();

@@ -24,6 +24,7 @@ using platform::FileWorker;
 constexpr std::size_t kLargestFile = 16 << 20;
 constexpr std::size_t kKeywordSize = 32;
 constexpr std::size_t kMostNames = 200000;
+constexpr char kAdd[] = "ADD ", kSelected[] = "SELECTED\r\n", kLineEnd[] = "\r\n";
 
 bool IsSong(const std::string& path) {
   const std::string upper = platform::UpperCased(path);
@@ -116,6 +117,40 @@ void MarkLastSong() {
   if (PlaylistEntry* last = reader.Entry(playlist.count - 1)) last->selected = 1;
 }
 
+// Asks for a playlist's lines ahead of their turns: for few at first, so that one whose lines make
+// other folders current again and again does not ask for its rest as often.
+class LinesAhead {
+ public:
+  explicit LinesAhead(const std::vector<Line>& lines) : lines_(lines) {}
+  ~LinesAhead() { Forget(); }
+  LinesAhead(const LinesAhead&) = delete;
+  LinesAhead& operator=(const LinesAhead&) = delete;
+
+  const FileWorker::Answer& Wait(std::size_t line) {
+    if (line >= end_) Ask(line);
+    return walk->Wait(asked_, line - begin_);
+  }
+  void Forget() {
+    walk->files.Forget(asked_);
+    end_ = 0;
+    piece_ = 1;
+  }
+
+ private:
+  void Ask(std::size_t line) {
+    constexpr std::size_t kLargestPiece = 1024;
+    begin_ = line;
+    end_ = std::min(line + piece_, lines_.size());
+    piece_ = std::min(2 * piece_, kLargestPiece);
+    asked_ = walk->Ask({lines_.begin() + static_cast<std::ptrdiff_t>(begin_),
+                        lines_.begin() + static_cast<std::ptrdiff_t>(end_)});
+  }
+
+  const std::vector<Line>& lines_;
+  FileWorker::Asked asked_;  // for the lines from `begin_` to `end_`
+  std::size_t begin_ = 0, end_ = 0, piece_ = 1;
+};
+
 // Asks for all at once, and takes the answers in their order.
 void AskAndAdd(const std::vector<std::string>& paths, const std::function<void(int)>& onAdded) {
   const FileWorker::Asked asked = walk->Ask(paths);
@@ -166,42 +201,36 @@ int AddPlaylistText(std::string text) {
   const Walking walking;
   text.resize(std::strlen(text.c_str()));
   const std::vector<Line> lines = LinesOf(text);
-  std::vector<std::string> paths;
-  std::copy_if(lines.begin(), lines.end(), std::back_inserter(paths),
-               [](const Line& line) { return !line.empty(); });
-  FileWorker::Asked asked = walk->Ask(paths);
+  LinesAhead ahead(lines);
   int added = 0;
-  std::size_t at = 0;
-  for (const Line& line : lines) {
-    if (walk->Ends()) break;
-    if (line.empty()) {
+  for (std::size_t i = 0; i < lines.size() && !walk->Ends(); ++i) {
+    if (lines[i].empty()) {
       MarkLastSong();
       continue;
     }
     walk->CountName();
-    const std::string here = IsSong(line) ? "" : platform::CurrentFolder();
-    added += AddFound(line, walk->Wait(asked, at++));
+    const std::string here = IsSong(lines[i]) ? "" : platform::CurrentFolder();
+    added += AddFound(lines[i], ahead.Wait(i));
     // What has made another folder current may have changed the meaning of the lines behind it.
-    if (IsSong(line) || here == platform::CurrentFolder()) continue;
-    walk->files.Forget(asked);
-    paths.erase(paths.begin(), paths.begin() + static_cast<std::ptrdiff_t>(std::exchange(at, 0)));
-    asked = walk->Ask(paths);
+    if (!IsSong(lines[i]) && here != platform::CurrentFolder()) ahead.Forget();
   }
-  walk->files.Forget(asked);
   return added;
 }
 
-int RestorePlaylist(std::string text) {
+std::string RestorePlaylist(std::string text) {
   text.resize(std::strlen(text.c_str()));
-  int added = 0;
-  for (const Line& line : LinesOf(text)) {
-    if (line.empty()) {
+  const std::vector<Line> lines = LinesOf(text);
+  auto line = lines.begin();
+  for (; line != lines.end() && (line->empty() || IsSong(*line)); ++line) {
+    if (line->empty()) {
       MarkLastSong();
     } else {
-      added += IsSong(line) ? AddSong(line.c_str()) : AddPath(line.c_str());
+      AddSong(line->c_str());
     }
   }
-  return added;
+  std::string rest;
+  for (; line != lines.end(); ++line) rest += line->empty() ? kSelected : kAdd + *line + kLineEnd;
+  return rest;
 }
 
 bool SongAnswers(int index) {
@@ -224,8 +253,8 @@ std::string PlaylistText() {
   const PlaylistReader reader;
   for (int i = 0; i < playlist.count; ++i) {
     const PlaylistEntry& entry = *reader.Entry(i);
-    text += std::string("ADD ") + entry.path + "\r\n";
-    if (entry.selected) text += "SELECTED\r\n";
+    text += kAdd + std::string(entry.path) + kLineEnd;
+    if (entry.selected) text += kSelected;
   }
   return text;
 }

@@ -27,7 +27,8 @@ int LoadPlaylistFile(const char* path);
 int AddPlaylistText(std::string text);
 
 /// The same for a list that has been saved: its songs are listed unseen, with their tags unread.
-int RestorePlaylist(std::string text);
+/// From the first line that is no song's on it is left to `AddPlaylistText`: the text of that.
+std::string RestorePlaylist(std::string text);
 
 /// Whether the file system that a song lies on answers.
 bool SongAnswers(int index);
