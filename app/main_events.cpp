@@ -262,6 +262,8 @@ void OnDoublePress(SkinHost& host, int message, int lParam) {
 }
 
 void OnDrop(int drop) {
+  // One that has waited for the end of a walk, which the program's end has cut short.
+  if (platform::EndAsked()) return;
   TouchList();
   if (!platform::KeyDown(platform::Key::kShift)) {
     TransportStop();

@@ -35,12 +35,19 @@ constexpr int kSystemRestore = 0xF120;
 constexpr int kEditLostFocus = 0x200;
 constexpr int kEditChanged = 0x300;
 
+enum class Key { kShift, kControl };
+
+constexpr unsigned KeyBit(Key key) {
+  return 1u << static_cast<unsigned>(key);
+}
+
 struct Message {
   int id;
   int wParam;
   /// For the mouse: x in the low and y in the high 16 bits, in the window's pixels.  A place left
   /// of or above the window counts as its edge.
   int lParam;
+  unsigned keys = 0;  ///< of `KeyBit`: what was held at a press or drop
 };
 
 /// Ends the message loop: `GetMessage` gives false once the messages before have been taken.  Any
@@ -63,6 +70,9 @@ bool PeekMessage(Message& message);
 
 /// Waits for a message and takes it; false when it is the quit message.  Main thread.
 bool GetMessage(Message& message);
+
+/// Whether a key was held when the message that has been taken last was sent.  Main thread.
+bool KeyDown(Key key);
 
 /// Waits until there is a message.  Main thread.
 void WaitMessage();

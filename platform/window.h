@@ -77,9 +77,6 @@ std::vector<Rectangle> Screens();
 /// next: to be asked once, at the start.  While the program runs, kMessageDisplayChange tells.
 bool ScreensAreNew();
 
-enum class Key { kShift, kControl };
-bool KeyDown(Key key);
-
 /// Sends kMessageTimer every `milliseconds` until it is killed.
 void SetTimer(int id, int milliseconds);
 void KillTimer(int id);

@@ -13,6 +13,7 @@ namespace {
 std::mutex lock;
 std::condition_variable arrived;
 std::deque<Message> queue;
+unsigned keysOfTaken = 0;  // of the message taken last
 
 bool QueueEmpty() {
   std::lock_guard guard(lock);
@@ -67,7 +68,12 @@ bool GetMessage(Message& message) {
   std::lock_guard guard(lock);
   message = queue.front();
   queue.pop_front();
+  keysOfTaken = message.keys;
   return message.id != kMessageQuit;
+}
+
+bool KeyDown(Key key) {
+  return (keysOfTaken & KeyBit(key)) != 0;
 }
 
 }  // namespace kwo::platform

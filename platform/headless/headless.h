@@ -72,6 +72,7 @@ void ReleaseButton(Button button);
 /// platform::kWheelNotch for each notch, above 0 away from the user.
 void TurnWheel(int way);
 void SetKey(platform::Key key, bool down);
+unsigned HeldKeys();  ///< of `platform::KeyBit`
 /// Types into the edit, if it has the focus; 8 deletes the byte before the caret, and `MoveCaret`
 /// puts the caret elsewhere.
 void TypeText(const std::string& text);

@@ -8,13 +8,16 @@
 #include "platform/headless/headless.h"
 #include "platform/headless/scheduler.h"
 #include "platform/headless/timers.h"
+#include "platform/shared.h"
 
 namespace kwo::platform {
 namespace {
 
 std::mutex lock;
 std::deque<Message> queue;
+unsigned keysOfTaken = 0;  // of the message taken last
 headless::Task* waiting = nullptr;
+Shared<unsigned> keys;  // held now
 
 void PostTimers() {
   std::vector<int> ids;
@@ -71,12 +74,30 @@ bool GetMessage(Message& message) {
   std::lock_guard guard(lock);
   message = queue.front();
   queue.pop_front();
+  keysOfTaken = message.keys;
   return message.id != kMessageQuit;
+}
+
+bool KeyDown(Key key) {
+  return (keysOfTaken & KeyBit(key)) != 0;
 }
 
 }  // namespace kwo::platform
 
-void kwo::headless::ForgetMessages() {
+namespace kwo::headless {
+
+void ForgetMessages() {
   std::lock_guard guard(platform::lock);
   platform::queue.clear();
 }
+
+void SetKey(platform::Key key, bool down) {
+  const unsigned bit = platform::KeyBit(key), held = platform::keys;
+  platform::keys = down ? held | bit : held & ~bit;
+}
+
+unsigned HeldKeys() {
+  return platform::keys;
+}
+
+}  // namespace kwo::headless

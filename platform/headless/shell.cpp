@@ -172,7 +172,7 @@ void DropFiles(const std::vector<std::string>& paths) {
   if (songs.empty()) return;
   std::lock_guard guard(lock);
   drops[++lastDrop] = std::move(songs);
-  platform::PostMessage({platform::kMessageDropFiles, lastDrop, 0});
+  platform::PostMessage({platform::kMessageDropFiles, lastDrop, 0, HeldKeys()});
 }
 
 void PressTray(Button button) {

@@ -50,7 +50,6 @@ struct Desktop {
   int pointerHides = 0;
   int buttonsHeld = 0;
   Press lastPress{headless::Button::kLeft, {0, 0}, INT64_MIN / 2};
-  bool keys[2] = {};
   bool active = false;
   bool possible = true;
   std::string edit;
@@ -262,11 +261,6 @@ std::vector<Rectangle> Screens() {
   return desktop.screens;
 }
 
-bool KeyDown(Key key) {
-  std::lock_guard guard(lock);
-  return desktop.keys[static_cast<int>(key)];
-}
-
 void SetTimer(int id, int milliseconds) {
   std::lock_guard guard(lock);
   desktop.timers[id] = {milliseconds, headless::Now() + std::int64_t{1000} * milliseconds};
@@ -370,7 +364,8 @@ void PressButton(Button button) {
       button == Button::kLeft ? platform::kMessageLeftDown : platform::kMessageRightDown;
   const int second =
       button == Button::kLeft ? platform::kMessageLeftDouble : platform::kMessageRightDouble;
-  platform::PostMessage({again ? second : first, 0, platform::PackPlace(LocalPointer())});
+  platform::PostMessage(
+      {again ? second : first, 0, platform::PackPlace(LocalPointer()), HeldKeys()});
 }
 
 void ReleaseButton(Button button) {
@@ -387,11 +382,6 @@ void TurnWheel(int way) {
   std::lock_guard guard(lock);
   if (OnScreen() && InShape(LocalPointer()))
     platform::PostMessage({platform::kMessageWheel, way, platform::PackPlace(LocalPointer())});
-}
-
-void SetKey(platform::Key key, bool down) {
-  std::lock_guard guard(lock);
-  desktop.keys[static_cast<int>(key)] = down;
 }
 
 void TypeText(const std::string& text) {

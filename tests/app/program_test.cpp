@@ -168,6 +168,24 @@ TEST_F(Program, DropReplacesTheListAndShiftAddsToIt) {
   });
 }
 
+TEST_F(Program, DropsDuringAWalkWaitForItsEndAndNeverForTheProgramsEnd) {
+  const std::vector<std::string> songs = Songs(3);
+  headless::SetStandingFolder(songs[1]);
+  Run([&](const Hands& hands) {
+    hands.Drop({songs[0]});
+    hands.Drop({songs[1]}, true);
+    hands.Drop({songs[2]}, true);
+    EXPECT_EQ("0 ", Names());
+    platform::Sleep(2000);
+    EXPECT_EQ("0 1 2 ", Names()) << "Shift was held when it was dropped";
+    hands.Drop({songs[1]}, true);
+    hands.Drop({songs[2]});
+  });
+  headless::SetStandingFolder("");
+  ClearList();
+  Run([](const Hands&) { EXPECT_EQ("0 1 2 1 ", Names()); });
+}
+
 TEST_F(Program, TimeIsDraggedToSeek) {
   Run([](const Hands& hands) {
     const platform::Point digit = Middle(WIDGET_DIGIT);

@@ -77,7 +77,9 @@ std::vector<std::string> SongsInTime(const std::vector<std::string>& paths) {
   const auto told = std::make_shared<std::promise<std::vector<std::string>>>();
   std::future<std::vector<std::string>> songs = told->get_future();
   try {
-    std::thread([told, paths] { told->set_value(DroppedSongs(paths)); }).detach();
+    std::thread look([told, paths] { told->set_value(DroppedSongs(paths)); });
+    pthread_setname_np(look.native_handle(), "kwo drag");
+    look.detach();
   } catch (const std::system_error&) {
     return paths;
   }
@@ -100,6 +102,11 @@ std::vector<std::string> DroppedFiles(const QMimeData& data) {
     if (bytes.startsWith('/')) paths.push_back(FromMachinePath(bytes.toStdString()));
   }
   return paths.empty() ? paths : SongsInTime(paths);
+}
+
+unsigned KeysOf(Qt::KeyboardModifiers held) {
+  return (held.testFlag(Qt::ShiftModifier) ? KeyBit(Key::kShift) : 0) |
+         (held.testFlag(Qt::ControlModifier) ? KeyBit(Key::kControl) : 0);
 }
 
 }  // namespace
@@ -218,8 +225,9 @@ Point MainWindow::LocalPlace(const QMouseEvent& event) const {
 void MainWindow::PostButton(const QMouseEvent& event, int left, int right) {
   const int place = PackPlace(LocalPlace(event));
   pressed.setFlag(event.button(), event.type() != QEvent::MouseButtonRelease);
-  if (event.button() == Qt::LeftButton) PostMessage({left, 0, place});
-  if (event.button() == Qt::RightButton) PostMessage({right, 0, place});
+  const unsigned keys = KeysOf(event.modifiers());
+  if (event.button() == Qt::LeftButton) PostMessage({left, 0, place, keys});
+  if (event.button() == Qt::RightButton) PostMessage({right, 0, place, keys});
 }
 
 void MainWindow::PostMissedReleases() {
@@ -286,7 +294,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
   if (files.empty()) return;
   event->setDropAction(Qt::CopyAction);
   event->accept();
-  PostMessage({kMessageDropFiles, KeepDrop(std::move(files)), 0});
+  PostMessage({kMessageDropFiles, KeepDrop(std::move(files)), 0, KeysOf(event->modifiers())});
 }
 
 void ServeWindow() {

@@ -163,11 +163,6 @@ bool ScreensAreNew() {
   return !folder.empty() && NoteScreens(folder + "/screens", Screens());
 }
 
-bool KeyDown(Key key) {
-  const Qt::KeyboardModifiers held = QGuiApplication::queryKeyboardModifiers();
-  return held.testFlag(key == Key::kShift ? Qt::ShiftModifier : Qt::ControlModifier);
-}
-
 void SetTimer(int id, int milliseconds) {
   if (!mainWindow) return;
   KillTimer(id);
