@@ -14,7 +14,7 @@ namespace kwo {
 
 enum class SourceKind : int { kNothing = 0, kMpeg = 1, kWav = 3 };
 
-constexpr int kMaxPath = 256;  ///< with the closing zero
+constexpr int kMaxPath = 1021;  ///< with the closing zero
 
 /// What the main page shows of the song, word by word; all zero while no song is open.
 enum SourceInfo : int {

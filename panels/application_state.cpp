@@ -5,7 +5,7 @@ namespace kwo {
 SkinHost* TheSkinHost = nullptr;
 char AppDir[256];
 char SkinName[256];
-SharedText<kInputTextSize> InputText;
+SharedText InputText(kInputTextSize);
 Shared<int> CurrentPage;
 int MixerSubPage = 0;
 int WindowFlags = 0;

@@ -19,7 +19,7 @@ extern char SkinName[256];
 
 /// Mirror of the text in the hidden edit.  The redraw thread reads it while a name is edited.
 constexpr int kInputTextSize = 256;
-extern SharedText<kInputTextSize> InputText;
+extern SharedText InputText;
 
 /// The page in front.
 enum Page : int {

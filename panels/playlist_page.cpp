@@ -81,10 +81,8 @@ void RefreshRow(int row, const PlaylistReader& reader) {
   const PlaylistEntry* entry = song < playlist.count ? reader.Entry(song) : nullptr;
   char name[kPathSize] = "------";
   if (entry) entry->displayName.Load(name);
-  char text[kPathSize];
-  // What does not fit is cut: the text holds 255 characters.
-  const int written = std::snprintf(text, 16, "%d. ", song + 1);
-  std::snprintf(text + written, sizeof text - static_cast<std::size_t>(written), "%s", name);
+  char text[kPathSize + 16];
+  std::snprintf(text, sizeof text, "%d. %s", song + 1, name);
   widget->SetLabelOn(text, entry && entry->selected ? SelectedSongColor : TransparentColor);
   if (entry && song == playlist.currentSong) {
     widget->RunProgram(kPulseSlot, kPulseProgram);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/song_tag.h"
 #include "platform/threads.h"
 
 namespace kwo::platform {
@@ -14,8 +15,9 @@ namespace kwo::platform {
 class FileWorker {
  public:
   enum class Look {
-    kEnd,    ///< whether it can be opened, and its last bytes, `size` at most
-    kNames,  ///< the names in a folder, as `ListFolder` gives them
+    kFile,   ///< whether it can be opened
+    kSong,   ///< the same, and its tags: its last `size` bytes, or what `ReadLongTag` gives
+    kNames,  ///< the names in a folder that a walk goes on with, as `ListFolder` gives them
     kWhole,  ///< all bytes of a file that has no more than `size`
   };
   struct Question {
@@ -29,6 +31,7 @@ class FileWorker {
     bool opens = false;
     std::string identity;  ///< the same for all paths that lead to one folder or file
     std::string bytes;
+    SongTag longTag;  ///< where `bytes` do not begin with "TAG"
     std::vector<std::string> names;
   };
   struct Job;

@@ -56,15 +56,14 @@ std::string RandomName();
 /// When a file was written, in nanoseconds; -1 if there is none.
 std::int64_t FileTime(const char* path);
 
-constexpr int kAttributeHidden = 0x02;  ///< the name begins with a dot
 constexpr int kAttributeFolder = 0x10;
 
 /// Attribute bits of a file or folder, 0 for a plain file, or -1 if there is none.
 int FileAttributes(const char* path);
 
-/// The names in a folder, without "." and "..", in the order of their letters, great or small: the
-/// machine's own order may be that of a hash, in which nobody wants to hear an album.  A name that
-/// our paths can't hold, since it has a backslash in it, is left out.
+/// The names in a folder, without "." and "..", in the order in which the user's language sorts
+/// them: the machine's own may be that of a hash, in which nobody wants to hear an album.  A name
+/// that our paths can't hold, since it has a backslash in it, is left out.
 std::vector<std::string> ListFolder(const char* path);
 
 /// One name for a file or folder whatever links lead to it; the path itself if it can't be told.

@@ -29,7 +29,7 @@ FileWorker::Asked AskForTags(FileWorker& files) {
   questions.reserve(static_cast<std::size_t>(playlist.count));
   const PlaylistReader reader;
   for (int i = 0; i < playlist.count; ++i)
-    questions.push_back({reader.Entry(i)->path, FileWorker::Look::kEnd, kTagBytes});
+    questions.push_back({reader.Entry(i)->path, FileWorker::Look::kSong, kTagBytes});
   return files.Ask(std::move(questions));
 }
 

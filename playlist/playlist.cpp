@@ -1,15 +1,15 @@
 #include "playlist/playlist.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/collation.h"
 #include "playlist/file_wait.h"
 #include "playlist/hooks.h"
-#include "playlist/tag_reader.h"
 
 namespace kwo {
 
@@ -127,49 +127,74 @@ void Relocate(int from, int to) {
   }
 }
 
-// The order of a string sort: symbols, digits, letters without regard to case, then all bytes of
-// other alphabets.
-int SortClass(unsigned char c) {
-  if (c >= 0x80) return 3;
-  if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z')) return 2;
-  return c >= '0' && c <= '9' ? 1 : 0;
+struct Part {
+  const char* text;
+  std::size_t bytes, characters;
+};
+constexpr Part kUnknown{"(n/a)", 5, 5}, kNoPart{"", 0, 0};
+
+// The parts of a song's display name, with hyphens between.
+std::array<Part, 3> PartsOf(const PlaylistEntry& entry, int mode) {
+  const Part file{entry.fileName, std::strlen(entry.fileName), entry.fileNameLength};
+  const auto part = [](const std::string& text, std::size_t characters, const Part& otherwise) {
+    return text.empty() ? otherwise : Part{text.c_str(), text.size(), characters};
+  };
+  const Part title = part(entry.title, entry.titleLength, file);
+  const Part artist = part(entry.artist, entry.artistLength, kUnknown);
+  const Part album = part(entry.album, entry.albumLength, kUnknown);
+  switch (mode) {
+    case 0:
+      return {file, kNoPart, kNoPart};
+    case 1:
+      return {title, kNoPart, kNoPart};
+    case 2:
+      return {title, artist, kNoPart};
+    case 3:
+      return {artist, title, kNoPart};
+    case 4:
+      return {artist, album, title};
+    default:
+      return {kNoPart, kNoPart, kNoPart};
+  }
 }
 
-int SortWeight(char byte) {
-  const auto c = static_cast<unsigned char>(byte);
-  return SortClass(c) << 8 | (c >= 'A' && c <= 'Z' ? c + 32 : c);
-}
+constexpr int kModes = 5;
 
-// Small letters come before their capitals where nothing else differs.
-bool SortsBefore(const std::string& a, const std::string& b) {
-  const auto [x, y] = std::mismatch(a.begin(), a.end(), b.begin(), b.end(),
-                                    [](char p, char q) { return SortWeight(p) == SortWeight(q); });
-  if (x != a.end() && y != b.end()) return SortWeight(*x) < SortWeight(*y);
-  if (a.size() != b.size()) return a.size() < b.size();
-  return a > b;
-}
-
-// Appends as much of `text` as fits.
-void Append(char* name, const char* text) {
-  const std::size_t used = std::strlen(name);
-  const std::size_t size = std::min(std::strlen(text), kPathSize - 1 - used);
-  std::memcpy(name + used, text, size);
-  name[used + size] = 0;
+// The bytes of the longest display name that a song may get, with the closing NUL.
+std::size_t RoomFor(const PlaylistEntry& entry) {
+  std::size_t room = 0;
+  for (int mode = 0; mode < kModes; ++mode) {
+    std::size_t bytes = 0, characters = 0;
+    for (const Part& part : PartsOf(entry, mode)) {
+      bytes += part.bytes + 1;
+      characters += part.characters + 1;
+    }
+    // A text that is cut may take more bytes than it had.
+    room = std::max(room, characters > platform::kMostCharacters ? kPathSize : bytes);
+  }
+  return std::min(room, kPathSize);
 }
 
 void BuildDisplayName(PlaylistEntry& entry, int mode) {
-  char title[kTagSize], artist[kTagSize], album[kTagSize];
-  const char* t = entry.title.Load(title) ? title : entry.fileName;
-  const char* r = entry.artist.Load(artist) ? artist : "(n/a)";
-  const char* l = entry.album.Load(album) ? album : "(n/a)";
-  const char* const parts[5][3] = {
-      {entry.fileName, "", ""}, {t, "", ""}, {t, r, ""}, {r, t, ""}, {r, l, t}};
-  char name[kPathSize] = {};
-  for (int i = 0; mode >= 0 && mode <= 4 && i < 3 && *parts[mode][i]; ++i) {
-    if (i > 0) Append(name, "-");
-    Append(name, parts[mode][i]);
+  char name[3 * kPathSize];
+  std::size_t bytes = 0, characters = 0;
+  for (const Part& part : PartsOf(entry, mode)) {
+    if (part.bytes == 0) continue;
+    if (bytes > 0) {
+      name[bytes++] = '-';
+      ++characters;
+    }
+    std::memcpy(name + bytes, part.text, part.bytes);
+    bytes += part.bytes;
+    characters += part.characters;
   }
-  entry.displayName.Store(name);
+  name[bytes] = 0;
+  entry.displayName.Store(
+      characters > platform::kMostCharacters ? platform::FirstCharacters(name).c_str() : name);
+}
+
+const char* FileNameOf(const std::string& path) {
+  return path.c_str() + path.rfind('\\') + 1;
 }
 
 }  // namespace
@@ -199,25 +224,41 @@ PlaylistEntry* PlaylistReader::Entry(int index) const {
 bool CopyPath(int index, char (&path)[kPathSize]) {
   const PlaylistReader reader;
   const PlaylistEntry* entry = reader.Entry(index);
-  if (entry) std::memcpy(path, entry->path, kPathSize);
+  if (entry) std::memcpy(path, entry->path.c_str(), entry->path.size() + 1);
   return entry != nullptr;
 }
 
-int AddSong(const char* path, const std::string* end) {
-  const std::size_t length = std::strlen(path);
+PlaylistEntry::PlaylistEntry(std::string songPath, const platform::SongTag* tag)
+    : path(std::move(songPath)),
+      fileName(FileNameOf(path)),
+      title(tag ? tag->title : ""),
+      artist(tag ? tag->artist : ""),
+      album(tag ? tag->album : ""),
+      fileNameLength(platform::CharacterCount(fileName)),
+      titleLength(platform::CharacterCount(title)),
+      artistLength(platform::CharacterCount(artist)),
+      albumLength(platform::CharacterCount(album)),
+      displayName(RoomFor(*this)),
+      tagUnread(tag == nullptr) {}
+
+int AddSong(const char* path, const platform::SongTag* tag) {
   // A line end in a path would break the list's file apart, and what stands before it could be read
   // back as a folder, with all that lies in it.
-  if (playlist.count >= kMaxSongs || length >= kPathSize || std::strpbrk(path, "\r\n")) return 0;
-  auto* entry = new (std::nothrow) PlaylistEntry{};
-  if (!entry) return 0;
-  std::memcpy(entry->path, path, length + 1);
-  const char* last = std::strrchr(path, '\\');
-  const char* name = last ? last + 1 : path;
-  std::memcpy(entry->fileName, name, std::strlen(name) + 1);
-  if (end) TakeTag(*entry, *end);
-  Put(playlist.count, entry);
+  if (playlist.count >= kMaxSongs || !platform::IsOfNameLength(path) || std::strpbrk(path, "\r\n"))
+    return 0;
+  Put(playlist.count, new PlaylistEntry(path, tag));
   playlist.count = playlist.count + 1;
   return 1;
+}
+
+void SetTag(int index, const platform::SongTag& tag, bool selected) {
+  PlaylistEntry* old = At(index);
+  auto* entry = new PlaylistEntry(old->path, &tag);
+  entry->selected = selected;
+  BuildDisplayName(*entry, playlist.displayMode);
+  Put(index, entry);
+  retired.push_back(old);
+  FreeRetired();
 }
 
 void ClearList() {
@@ -233,20 +274,20 @@ void BuildDisplayNames() {
 }
 
 void SortList() {
-  std::vector<std::pair<std::string, PlaylistEntry*>> songs;
-  const PlaylistReader reader;
-  PlaylistEntry* current = reader.Entry(playlist.currentSong);
+  std::vector<std::string> names;
+  std::vector<PlaylistEntry*> songs;
   for (int i = 0; i < playlist.count; ++i) {
     char name[kPathSize];
     const std::size_t size = At(i)->displayName.Load(name);
-    songs.emplace_back(std::string(name, size), At(i));
+    names.emplace_back(name, size);
+    songs.push_back(At(i));
   }
-  std::stable_sort(songs.begin(), songs.end(),
-                   [](const auto& a, const auto& b) { return SortsBefore(a.first, b.first); });
+  const int current = playlist.currentSong;
+  const std::vector<std::size_t> order = platform::SortedOrder(names);
   for (int i = 0; i < playlist.count; ++i) {
-    PlaylistEntry* entry = songs[static_cast<std::size_t>(i)].second;
-    Put(i, entry);
-    if (entry == current) playlist.currentSong = i;
+    const std::size_t from = order[static_cast<std::size_t>(i)];
+    Put(i, songs[from]);
+    if (static_cast<int>(from) == current) playlist.currentSong = i;
   }
 }
 

@@ -3,7 +3,9 @@
 #include <atomic>
 #include <string>
 
+#include "platform/decoding.h"
 #include "platform/shared.h"
+#include "platform/song_tag.h"
 #include "playlist/shared_text.h"
 
 /// The one list of songs, process-wide.
@@ -16,18 +18,20 @@ namespace kwo {
 
 constexpr int kPlaylistSlots = 4096;
 constexpr int kMaxSongs = kPlaylistSlots - 1;
-constexpr std::size_t kPathSize = 256;  ///< with the closing NUL
-constexpr std::size_t kTagSize = 32;
+constexpr std::size_t kPathSize = platform::kMostBytes + 1;  ///< with the closing NUL
 
+/// A song.  Only its display name and its selection change: a tag read anew makes a new record.
 struct PlaylistEntry {
-  SharedText<kTagSize> title;
-  SharedText<kTagSize> artist;
-  SharedText<kTagSize> album;
-  SharedText<kPathSize> displayName;
-  char path[kPathSize];      ///< as it was added; never changes
-  char fileName[kPathSize];  ///< behind the path's last backslash; never changes
+  PlaylistEntry(std::string songPath, const platform::SongTag* tag);
+
+  const std::string path;      ///< as it was added
+  const char* const fileName;  ///< the part of it behind its last backslash
+  const std::string title, artist, album;
+  /// Characters of these four.
+  const std::size_t fileNameLength, titleLength, artistLength, albumLength;
+  SharedText displayName;  ///< has room for the form that any display mode gives it
   Shared<int> selected;
-  bool tagUnread = true;  ///< the main thread's
+  const bool tagUnread;
 };
 
 struct PlaylistState {
@@ -60,8 +64,10 @@ bool CopyPath(int index, char (&path)[kPathSize]);
 // The operations below belong to the main thread, but for BuildDisplayNames.
 
 /// Appends a song; 1, or 0 if the list is full or the path too long or broken by a line end.  Its
-/// tag is taken from `end`, the last bytes of its file, or stays unread where they are not known.
-int AddSong(const char* path, const std::string* end = nullptr);
+/// tag stays unread where none is given.
+int AddSong(const char* path, const platform::SongTag* tag = nullptr);
+/// Gives an existing song another tag.
+void SetTag(int index, const platform::SongTag& tag, bool selected);
 void ClearList();
 /// Rebuilds all display names by the display mode.  Any thread.
 void BuildDisplayNames();

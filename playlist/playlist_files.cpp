@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/ascii.h"
+#include "platform/decoding.h"
 #include "platform/file_worker.h"
 #include "platform/files.h"
 #include "platform/messages.h"
@@ -38,7 +39,8 @@ class Walk : public FileWait {
     std::vector<FileWorker::Question> questions;
     questions.reserve(paths.size());
     for (const std::string& path : paths)
-      questions.push_back({path, FileWorker::Look::kEnd, IsSong(path) ? kTagBytes : 0});
+      questions.push_back(
+          {path, IsSong(path) ? FileWorker::Look::kSong : FileWorker::Look::kFile, kTagBytes});
     return files.Ask(std::move(questions));
   }
   FileWorker::Answer Look(const char* path, FileWorker::Look look) {
@@ -79,9 +81,12 @@ class Walking {
 };
 
 int AddFound(const std::string& path, const FileWorker::Answer& found) {
-  // A folder with any further attribute, as a hidden one, does not count as a folder.
   if (found.attributes == platform::kAttributeFolder) return AddDirectory(path.c_str());
-  if (IsSong(path)) return AddSong(path.c_str(), found.answered ? &found.bytes : nullptr);
+  if (IsSong(path)) {
+    if (!found.answered) return AddSong(path.c_str());
+    const platform::SongTag tag = TagOf(found);
+    return AddSong(path.c_str(), &tag);
+  }
   if (!found.answered) return 0;
   const std::string upper = platform::UpperCased(path);
   if (upper.ends_with(".PLA")) return LoadPlaylistFile(path.c_str());
@@ -95,7 +100,9 @@ void TakeLine(const std::string& keyword, const std::string& value, std::vector<
   if (keyword.size() >= kKeywordSize) return;
   const std::string word = platform::UpperCased(keyword);
   const bool adds = word == "PLAY" || word == "ADD";
-  if (adds && !value.empty() && value.size() < kPathSize) lines.push_back(value);
+  // A list made by hand may have the machine's separators.
+  if (adds && !value.empty() && platform::IsOfNameLength(value))
+    lines.push_back(platform::FromMachinePath(value));
   if (word == "SELECTED") lines.emplace_back();
 }
 
@@ -170,8 +177,9 @@ int AddPath(const char* path) {
 }
 
 void AddPaths(std::vector<std::string> paths, const std::function<void(int)>& onAdded) {
-  std::erase_if(paths,
-                [](const std::string& path) { return path.empty() || path.size() >= kPathSize; });
+  std::erase_if(paths, [](const std::string& path) {
+    return path.empty() || !platform::IsOfNameLength(path);
+  });
   const Walking walking;
   AskAndAdd(paths, onAdded);
 }
@@ -185,7 +193,7 @@ int AddDirectory(const char* path) {
   if (front.back() != '\\') front += '\\';
   std::vector<std::string> paths;
   for (const std::string& name : folder.names)
-    if (front.size() + name.size() < kPathSize) paths.push_back(front + name);
+    if (platform::IsOfNameLength(front + name)) paths.push_back(front + name);
   int added = 0;
   AskAndAdd(paths, [&added](int songs) { added += songs; });
   return added;

@@ -1,11 +1,10 @@
 #include "playlist/tag_reader.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <vector>
 
-#include "platform/file_worker.h"
+#include "platform/decoding.h"
 #include "playlist/file_wait.h"
 #include "playlist/hooks.h"
 
@@ -18,13 +17,15 @@ constexpr std::size_t kTitleOffset = 3, kArtistOffset = 33, kAlbumOffset = 63;
 constexpr std::size_t kFieldBytes = 30;
 
 // A field without its closing blanks; its last byte never counts.
-void TakeField(const char* tag, SharedText<kTagSize>& text) {
-  char field[kFieldBytes];
-  std::memcpy(field, tag, sizeof field);
-  field[kFieldBytes - 1] = 0;
-  std::size_t length = std::strlen(field);
-  while (length > 0 && field[length - 1] == ' ') field[--length] = 0;
-  text.Store(field);
+std::string FieldAt(const std::string& tag, std::size_t offset) {
+  std::string field = tag.substr(offset, kFieldBytes - 1).c_str();
+  field.erase(field.find_last_not_of(' ') + 1);
+  return field;
+}
+
+// A field of the other kind; one too long for a name is left out whole.
+std::string Fitting(const std::string& field) {
+  return platform::IsOfNameLength(field) ? field : "";
 }
 
 // The reading beside the message loop.
@@ -36,41 +37,41 @@ struct Reading {
 };
 std::unique_ptr<Reading> reading;
 
-// The first record of a path whose tag has not been read; the list may have changed since it was
-// asked for.
-PlaylistEntry* UnreadEntry(const PlaylistReader& reader, const std::string& path, int likely) {
+// The first song of a path whose tag has not been read, or -1; the list may have changed since it
+// was asked for.
+int UnreadSong(const std::string& path, int likely) {
+  const PlaylistReader reader;
   const auto fits = [&](int index) {
     const PlaylistEntry* entry = reader.Entry(index);
     return entry && entry->tagUnread && path == entry->path;
   };
-  if (fits(likely)) return reader.Entry(likely);
+  if (fits(likely)) return likely;
   for (int i = 0; i < playlist.count; ++i)
-    if (fits(i)) return reader.Entry(i);
-  return nullptr;
+    if (fits(i)) return i;
+  return -1;
 }
 
 }  // namespace
 
-void TakeTag(PlaylistEntry& entry, const std::string& end) {
-  std::string tag = end;
+platform::SongTag TagOf(const FileWorker::Answer& answer) {
+  std::string tag = answer.bytes;
   tag.resize(kTagBytes);  // a shorter file is read from its start
-  if (!tag.starts_with("TAG")) tag.assign(kTagBytes, '\0');
-  TakeField(tag.data() + kTitleOffset, entry.title);
-  TakeField(tag.data() + kArtistOffset, entry.artist);
-  TakeField(tag.data() + kAlbumOffset, entry.album);
-  entry.tagUnread = false;
+  if (tag.starts_with("TAG"))
+    return {FieldAt(tag, kTitleOffset), FieldAt(tag, kArtistOffset), FieldAt(tag, kAlbumOffset)};
+  const platform::SongTag& found = answer.longTag;
+  return {Fitting(found.title), Fitting(found.artist), Fitting(found.album)};
 }
 
 void ReadAllTags() {
   FileWait wait;
   const FileWorker::Asked asked = AskForTags(wait.files);
-  const PlaylistReader reader;
   for (int i = 0; i < playlist.count; ++i) {
-    PlaylistEntry& entry = *reader.Entry(i);
     const FileWorker::Answer& answer = wait.Wait(asked, static_cast<std::size_t>(i));
-    entry.selected = 0;
-    entry.displayName.Store("");
-    if (answer.answered) TakeTag(entry, answer.bytes);
+    if (answer.answered) {
+      SetTag(i, TagOf(answer), false);
+    } else {
+      PlaylistReader().Entry(i)->selected = 0;
+    }
   }
 }
 
@@ -84,12 +85,12 @@ void BeginReadingTags() {
 bool GoOnReadingTags() {
   if (!reading) return false;
   const std::size_t first = reading->next;
-  const PlaylistReader reader;
   for (std::size_t& next = reading->next; next < reading->paths.size(); ++next) {
     const FileWorker::Answer* answer = reading->files.Find(reading->asked, next);
     if (!answer) break;
-    PlaylistEntry* entry = UnreadEntry(reader, reading->paths[next], static_cast<int>(next));
-    if (entry && answer->answered) TakeTag(*entry, answer->bytes);
+    const int song = UnreadSong(reading->paths[next], static_cast<int>(next));
+    if (song >= 0 && answer->answered)
+      SetTag(song, TagOf(*answer), PlaylistReader().Entry(song)->selected);
   }
   if (reading->next == reading->paths.size()) reading.reset();
   if ((!reading || reading->next != first) && hooks.refreshPlaylistPage) RefreshDisplays();

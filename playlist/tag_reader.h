@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "platform/file_worker.h"
 #include "playlist/playlist.h"
 
 namespace kwo {
@@ -9,9 +10,9 @@ namespace kwo {
 /// Length of an ID3v1 tag, the last bytes of its file.
 constexpr std::size_t kTagBytes = 128;
 
-/// Fills a record's tag fields from the last bytes of its file; without a tag in them the fields
-/// are empty.  Main thread.
-void TakeTag(PlaylistEntry& entry, const std::string& end);
+/// The tag of a song by the last bytes of its file; without one in them, by what the desktop knows
+/// of another tag.
+platform::SongTag TagOf(const platform::FileWorker::Answer& answer);
 
 /// Reads every song's tag and clears the rest of its record but the path.
 void ReadAllTags();

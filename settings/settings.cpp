@@ -5,13 +5,14 @@
 #include <string>
 
 #include "platform/ascii.h"
+#include "platform/decoding.h"
 #include "platform/registry.h"
 
 namespace kwo {
 namespace {
 
 constexpr char kKey[] = "Software\\KWO";
-constexpr std::size_t kTextSize = 264;
+constexpr std::size_t kTextSize = platform::kMostBytes + 1;
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/shell.h"
+#include "platform/song_tag.h"
 #include "platform/window.h"
 
 /// What tests and developer programs set and see of the headless backend.
@@ -62,6 +63,9 @@ std::string LastDialogFolder();
 /// Looks at files below this folder get no answer, as on a server that has gone, until another one
 /// is named; empty for none.
 void SetStandingFolder(const std::string& path);
+
+/// The tag in front of a song that the desktop knows.
+void SetLongTag(const std::string& path, const platform::SongTag& tag);
 
 // The user's hands.  Any thread.  Places are of the screen.
 

@@ -23,6 +23,7 @@ int lostAnswers = 0;
 std::string standingFolder;
 std::vector<std::string> lastMenu;
 std::string lastFolder;
+std::map<std::string, platform::SongTag> longTags;
 std::map<int, std::vector<std::string>> drops;
 int lastDrop = 0;
 std::map<std::string, std::string> classes;
@@ -62,6 +63,12 @@ bool ChooseFolder(const char*, std::string& folder) {
   if (!TakeAnswer(answer)) return false;
   folder = answer.paths[0];
   return true;
+}
+
+SongTag ReadLongTag(const char* path) {
+  std::lock_guard guard(lock);
+  const auto found = longTags.find(path);
+  return found == longTags.end() ? SongTag() : found->second;
 }
 
 void TrackPopupMenu(std::span<const MenuItem> items, Point) {
@@ -165,6 +172,11 @@ void SetStandingFolder(const std::string& path) {
       platform::Sleep(100);
     }
   };
+}
+
+void SetLongTag(const std::string& path, const platform::SongTag& tag) {
+  std::lock_guard guard(lock);
+  longTags[path] = tag;
 }
 
 void DropFiles(const std::vector<std::string>& paths) {

@@ -9,14 +9,15 @@
 
 #include "platform/ascii.h"
 #include "platform/clock.h"
+#include "platform/decoding.h"
 #include "platform/files.h"
+#include "platform/posix/passed_over.h"
 
 namespace kwo::platform {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kLongestPath = 255;
 constexpr int kMostNames = 10000;
 constexpr unsigned kLongestLook = 200;  // milliseconds
 
@@ -51,10 +52,11 @@ class Look {
     for (; !error && entry != fs::end(entry); entry.increment(error)) {
       if (++names_ > kMostNames || GetTickCount() - start_ > kLongestLook) return true;
       const std::string& path = entry->path().native();
-      if (path.size() <= kLongestPath && BearsSong(path)) return true;
+      if (BearsSong(path) && IsOfNameLength(path)) return true;
       std::error_code unknown;
-      const bool hidden = entry->path().filename().native().front() == '.';
-      if (!hidden && entry->is_directory(unknown)) inside.push_back(entry->path());
+      if (!IsPassedOver(folder.native(), entry->path().filename().native()) &&
+          entry->is_directory(unknown))
+        inside.push_back(entry->path());
     }
     return false;
   }
@@ -68,7 +70,7 @@ class Look {
 
 std::vector<std::string> DroppedSongs(std::vector<std::string> paths) {
   std::erase_if(paths, [](const std::string& path) {
-    return path.size() > kLongestPath || path.find('\0') != std::string::npos;
+    return !IsOfNameLength(path) || path.find('\0') != std::string::npos;
   });
   Look look;
   const bool songs = std::any_of(paths.begin(), paths.end(), [&look](const std::string& path) {

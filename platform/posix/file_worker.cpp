@@ -9,6 +9,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/posix/file_worker_probe.h"
+#include "platform/posix/passed_over.h"
 
 namespace kwo::platform {
 
@@ -57,16 +58,21 @@ Answer LookAt(const Question& question) {
   if (stat(ToMachinePath(path).c_str(), &status) != 0) return answer;
   answer.identity = std::to_string(status.st_dev) + ' ' + std::to_string(status.st_ino);
   switch (question.look) {
-    case FileWorker::Look::kEnd: {
+    case FileWorker::Look::kFile:
+    case FileWorker::Look::kSong: {
       const int file = OpenFile(path, FileAccess::kRead, FileCreate::kNever);
       answer.opens = file >= 0;
       if (!answer.opens) break;
-      answer.bytes = EndOf(file, question.size);
+      if (question.look == FileWorker::Look::kSong) answer.bytes = EndOf(file, question.size);
       CloseFile(file);
+      if (question.look == FileWorker::Look::kSong && !answer.bytes.starts_with("TAG"))
+        answer.longTag = ReadLongTag(path);
       break;
     }
     case FileWorker::Look::kNames:
       answer.names = ListFolder(path);
+      std::erase_if(answer.names,
+                    [&](const std::string& name) { return IsPassedOver(path, name); });
       break;
     case FileWorker::Look::kWhole:
       answer.opens = ReadWholeFile(path, answer.bytes, question.size);

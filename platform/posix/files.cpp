@@ -10,8 +10,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <utility>
 
-#include "platform/ascii.h"
+#include "platform/collation.h"
 #include "platform/posix/executable.h"
 
 namespace kwo::platform {
@@ -113,22 +114,12 @@ bool ReadWholeFile(const char* path, std::string& contents, std::size_t limit) {
 }
 
 int FileAttributes(const char* path) {
-  const std::string machine = ToMachinePath(path);
   struct stat status;
-  if (stat(machine.c_str(), &status) != 0) return -1;
-  const std::size_t end = machine.find_last_not_of('/');
-  const std::size_t start = machine.find_last_of('/', end) + 1;
-  const std::string name =
-      end == std::string::npos ? std::string() : machine.substr(start, end + 1 - start);
-  const bool hidden = name.size() > 1 && name[0] == '.' && name != "..";
-  return (hidden ? kAttributeHidden : 0) | (S_ISDIR(status.st_mode) ? kAttributeFolder : 0);
+  if (stat(ToMachinePath(path).c_str(), &status) != 0) return -1;
+  return S_ISDIR(status.st_mode) ? kAttributeFolder : 0;
 }
 
 std::vector<std::string> ListFolder(const char* path) {
-  const auto before = [](const std::string& a, const std::string& b) {
-    const std::string upperA = UpperCased(a), upperB = UpperCased(b);
-    return upperA != upperB ? upperA < upperB : a < b;
-  };
   std::vector<std::string> names;
   DIR* folder = opendir(ToMachinePath(path).c_str());
   if (!folder) return names;
@@ -138,8 +129,11 @@ std::vector<std::string> ListFolder(const char* path) {
       names.emplace_back(name);
   }
   closedir(folder);
-  std::sort(names.begin(), names.end(), before);
-  return names;
+  std::sort(names.begin(), names.end());  // those that the language takes for equal
+  std::vector<std::string> sorted;
+  sorted.reserve(names.size());
+  for (const std::size_t place : SortedOrder(names)) sorted.push_back(std::move(names[place]));
+  return sorted;
 }
 
 std::string CanonicalPath(const char* path) {

@@ -208,8 +208,8 @@ TEST_F(Source, OpensByTheEndingOfTheNameAndTellsWhatItFound) {
     EXPECT_EQ(info == nothing, Read().empty()) << name;
   }
   EXPECT_EQ(1, source.Open("mp3"));
-  EXPECT_EQ(1, source.Open(std::string(255, 'x').c_str()));
-  EXPECT_EQ(0, source.Open(std::string(256, 'x').c_str()));
+  EXPECT_EQ(1, source.Open(std::string(1020, 'x').c_str()));
+  EXPECT_EQ(0, source.Open(std::string(1021, 'x').c_str()));
 }
 
 TEST_F(Source, WavReadsLengthsAndSeeks) {

@@ -177,14 +177,17 @@ TEST(DroppedSongs, AreNoneWithoutASong) {
   EXPECT_EQ(2u, DroppedSongs({path("cover.png"), path("a.mp3")}).size()) << "the rest does no harm";
 
   std::filesystem::create_directories(folder.File("album/deep/er"));
-  std::filesystem::create_directories(folder.File("album/.hidden"));
+  for (const char* name : {"album/.Trash", "album/.Trash-1000", "...And Justice"})
+    std::filesystem::create_directories(folder.File(name));
   test::WriteBytes(folder.File("album/deep/er/cover.png"), "");
-  test::WriteBytes(folder.File("album/.hidden/a.mp3"), "");
+  for (const char* name : {"album/.Trash/a.mp3", "album/.Trash-1000/a.mp3", "...And Justice/a.mp3"})
+    test::WriteBytes(folder.File(name), "");
   std::filesystem::create_directory_symlink("..", folder.File("album/deep/back"));
   EXPECT_FALSE(taken("album"));
   test::WriteBytes(folder.File("album/deep/er/a.MP3"), "");
   EXPECT_TRUE(taken("album"));
-  EXPECT_FALSE(taken("album/.hidden"));
+  for (const char* name : {"album/.Trash", "...And Justice", ""})
+    EXPECT_TRUE(taken(name)) << "a folder that the user names counts, and a dot hides nothing";
 
   std::filesystem::create_directory(folder.File("many"));
   for (int i = 0; i < 10000; ++i) test::WriteBytes(folder.File("many/" + std::to_string(i)), "");

@@ -91,6 +91,43 @@ TEST_F(List, NamesSongsInFiveForms) {
   EXPECT_EQ(("(n/a)-(n/a)-" + longest).substr(0, 255), Display(2));
 }
 
+TEST_F(List, NamesHave255Characters) {
+  std::string name;
+  for (int i = 0; i < 251; ++i) name += "\xF0\x9F\x8E\xB5";  // a note, four bytes
+  Add({name + ".mp3"});
+  EXPECT_EQ(0, AddPath((name + "x.mp3").c_str()));
+  EXPECT_EQ(1,
+            LoadPlaylistFile(Song("x.pla", "ADD " + name + ".mp3\nADD x" + name + ".mp3").c_str()));
+  playlist.displayMode = 2;
+  BuildDisplayNames();
+  EXPECT_EQ(name + ".mp3", Display(0)) << "cut before the hyphen";
+  playlist.displayMode = 3;
+  BuildDisplayNames();
+  EXPECT_EQ("(n/a)-" + name.substr(0, std::size_t{4} * 249), Display(0));
+}
+
+TEST_F(List, SongsWithoutTheShortTagAreNamedByTheLongOne) {
+  const std::string both = Song("both.mp3", "xx" + test::Tag("Short", "", "")),
+                    one = Song("one.mp3");
+  for (const std::string& path : {both, one})
+    headless::SetLongTag(path, {"Заря", "Artist", std::string(256, 'x')});
+  playlist.displayMode = 4;
+  Add({both, one});
+  BuildDisplayNames();
+  EXPECT_EQ("(n/a)-(n/a)-Short", Display(0)) << "of the short one all is taken as it stands";
+  EXPECT_EQ("Artist-(n/a)-Заря", Display(1)) << "what is too long is left out whole";
+  headless::SetLongTag(one, {"New", "", ""});
+  ReadAllTags();
+  EXPECT_EQ("(n/a)-(n/a)-New", Display(1));
+}
+
+TEST_F(List, PlaylistsMayHaveSlashes) {
+  const std::string path = folder.File("sub/a b.mp3");
+  AddPlaylistText("ADD " + path + "\nplay " + path + "\n");
+  EXPECT_EQ("a b.mp3 a b.mp3", Look());
+  EXPECT_EQ(platform::FromMachinePath(path), PlaylistReader().Entry(0)->path);
+}
+
 TEST_F(List, TagsLoseTheirLastByteAndTheirBlanks) {
   const std::string thirty = "123456789012345678901234567890", blanks(30, ' ');
   Add({Song("a.mp3", test::Tag(thirty, blanks, "x\0y")), Song("b.mp3", "short"),
@@ -322,7 +359,7 @@ TEST_F(List, FullListRefusesMoreAndSavesWhatItHas) {
   RemoveAll();
   EXPECT_EQ(4095, AddPath(history.c_str()));
   const PlaylistReader reader;
-  EXPECT_STREQ("x.mp3", reader.Entry(4094)->path);
+  EXPECT_EQ("x.mp3", reader.Entry(4094)->path);
   for (int none : {-1, 4095, 5000}) EXPECT_EQ(nullptr, reader.Entry(none));
 }
 
@@ -331,18 +368,22 @@ TEST_F(List, RecordsLiveAsLongAsTheirReaders) {
   const PlaylistReader reader;
   const PlaylistEntry* entry = reader.Entry(1);
   RemoveAll();
-  EXPECT_STREQ("b", entry->path);
+  EXPECT_EQ("b", entry->path);
 }
 
 TEST_F(List, AddsFilesFoldersAndNothingElse) {
-  std::filesystem::create_directories(folder.File("sub/.hidden"));
+  for (const char* name : {"sub/.5", ".Trash", "sub/.Trash-7", "sub/.Trash-x", "home/.cache"})
+    std::filesystem::create_directories(folder.File(name));
+  setenv("HOME", folder.File("home").c_str(), 1);
   std::filesystem::create_directory_symlink(folder.Path(), folder.File("sub/loop"));
-  for (const char* name : {"a.mp3", "sub/b.Mp2", "sub/.hidden/c.mp3", "d.wav", "e.ogg", "mp3",
-                           "back\\slash.mp3", "ADD sub\nADD .mp3"})
+  for (const char* name :
+       {"a.mp3", "sub/b.Mp2", "sub/.5/c.mp3", ".Trash/t.mp3", "sub/.Trash-7/t.mp3",
+        "sub/.Trash-x/x.mp3", "home/.cache/h.mp3", "home/.h.mp3", "d.wav", "e.ogg", "mp3",
+        "back\\slash.mp3", "ADD sub\nADD .mp3"})
     Song(name);
   for (const char* name : {"zz.mp3", "Sub2.mp3", "B.mp3", "sub/A.mp3"}) Song(name);
-  EXPECT_EQ(6, AddPath(platform::FromMachinePath(folder.Path().c_str()).c_str()));
-  EXPECT_EQ("a.mp3 B.mp3 A.mp3 b.Mp2 Sub2.mp3 zz.mp3", Look());
+  EXPECT_EQ(9, AddPath(platform::FromMachinePath(folder.Path().c_str()).c_str()));
+  EXPECT_EQ("a.mp3 B.mp3 .h.mp3 c.mp3 x.mp3 A.mp3 b.Mp2 Sub2.mp3 zz.mp3", Look());
   EXPECT_EQ(1, AddPath("no\\such\\song.MP3")) << "no test that it exists";
   EXPECT_EQ(0, AddPath(""));
   EXPECT_EQ(0, AddDirectory(""));

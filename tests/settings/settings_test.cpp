@@ -40,7 +40,7 @@ TEST_F(Settings, ValueIsReplacedWhereItDoesNotFit) {
   EXPECT_EQ(5, GetSettingInt("Value", 6, 0));
   GetSettingString("Value", "ab", 1);
   EXPECT_EQ('a' | 'b' << 8, GetSettingInt("Value", 6, 0));
-  const std::string longest(263, 'x');
+  const std::string longest(1020, 'x');
   GetSettingString("Text", (longest + 'x').c_str(), 1);
   EXPECT_STREQ("short", GetSettingString("Text", "short", 0));
   GetSettingString("Text", longest.c_str(), 1);

@@ -19,6 +19,7 @@
 #include <system_error>
 #include <thread>
 
+#include "platform/decoding.h"
 #include "platform/desktop/main_loop.h"
 #include "platform/files.h"
 #include "platform/posix/dropped_songs.h"
@@ -99,7 +100,9 @@ std::vector<std::string> DroppedFiles(const QMimeData& data) {
       if (path.startsWith("//" + host + '/')) path.remove(0, 2 + host.size());
     if (path.startsWith("//")) continue;
     const QByteArray bytes = QByteArray::fromPercentEncoding(path);
-    if (bytes.startsWith('/')) paths.push_back(FromMachinePath(bytes.toStdString()));
+    // A backslash in a name would become a separator.
+    if (bytes.startsWith('/') && !bytes.contains('\\'))
+      paths.push_back(FromMachinePath(bytes.toStdString()));
   }
   return paths.empty() ? paths : SongsInTime(paths);
 }
@@ -112,19 +115,7 @@ unsigned KeysOf(Qt::KeyboardModifiers held) {
 }  // namespace
 
 QString FromBytes(const char* text) {
-  QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-  QString decoded = decoder.decode(QByteArrayView(text));
-  if (!decoder.hasError()) return decoded;
-  // Windows-1252 is Latin-1 but for these.
-  constexpr char16_t kHigh[32] = {0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-                                  0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D,   0x017D, 0x8F,
-                                  0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-                                  0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
-  decoded = QString::fromLatin1(text);
-  for (QChar& letter : decoded)
-    if (letter.unicode() >= 0x80 && letter.unicode() < 0xA0)
-      letter = kHigh[letter.unicode() - 0x80];
-  return decoded;
+  return QString::fromStdString(Decoded(text));
 }
 
 InputEdit::InputEdit(QWidget* parent) : QLineEdit(parent) {

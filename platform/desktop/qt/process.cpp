@@ -5,17 +5,22 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QCollator>
 #include <QEventLoop>
 #include <QIcon>
+#include <QLocale>
 #include <QSessionManager>
 #include <QSocketNotifier>
 #include <QTimer>
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <numeric>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "platform/desktop/end_watch.h"
 #include "platform/desktop/main_loop.h"
@@ -24,6 +29,7 @@
 #include "platform/files.h"
 #include "platform/messages.h"
 #include "platform/posix/executable.h"
+#include "platform/posix/language.h"
 
 namespace kwo::platform {
 namespace {
@@ -134,6 +140,21 @@ int NoMeans(const char* what) {
   return 1;
 }
 
+std::vector<std::size_t> SortByLanguage(const std::vector<std::string>& names) {
+  // Where there is no language, as with "C", letters sort as everywhere.
+  const QLocale system = QLocale::system();
+  const QLocale user = system.language() == QLocale::C ? QLocale(QLocale::English) : system;
+  QCollator collator(user);
+  std::vector<QCollatorSortKey> keys;
+  keys.reserve(names.size());
+  for (const std::string& name : names) keys.push_back(collator.sortKey(FromBytes(name.c_str())));
+  std::vector<std::size_t> order(names.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t i, std::size_t j) { return keys[i] < keys[j]; });
+  return order;
+}
+
 // The toolkit ends the process by an abort where the display can't be reached; everything else that
 // it has to say is of no use to a user.
 void OnToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
@@ -157,7 +178,11 @@ int RunProcess(int count, char** arguments, int (*body)(), void (*save)(), void 
   if (wakeEvent < 0) return NoMeans("file descriptor");
   if (!WatchForEnd(Wake, finish)) return NoMeans("thread");
   qInstallMessageHandler(OnToolkitMessage);
-  QApplication application(count, arguments);
+  // Our own name alone: the toolkit reads no options.
+  int own = std::min(count, 1);
+  QApplication application(own, arguments);
+  TellLanguage(QLocale::system().name().toStdString());
+  TellCollation(SortByLanguage);
   QApplication::setApplicationName("kwo");
   QApplication::setDesktopFileName("kwo");
   QApplication::setWindowIcon(ProgramIcon());

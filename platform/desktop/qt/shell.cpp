@@ -38,11 +38,11 @@ QString ToDesktop(const char* path) {
   return QString::fromLocal8Bit(ToMachinePath(path).c_str());
 }
 
-// "Name (*.MP3 *.mp3)" of each pair; files are named in either case.
+// "Name (Kinds) (*.MP3 *.mp3)" of each pair; files are named in either case.
 QStringList NameFilters(const char* filter) {
   QStringList filters;
   while (*filter) {
-    const QString name = QString::fromUtf8(filter).section(" (", 0, 0);
+    const QString name = QString::fromUtf8(filter);
     filter += std::char_traits<char>::length(filter) + 1;
     const QString patterns = QString::fromUtf8(filter).replace(';', ' ');
     filter += std::char_traits<char>::length(filter) + 1;
@@ -77,10 +77,12 @@ bool ChooseFiles(const char* filter, const char* folder, std::vector<std::string
   const DialogOpen open;
   QFileDialog dialog(mainWindow.get(), "Choose Songs", ToDesktop(folder));
   dialog.setOption(QFileDialog::ReadOnly);
+  dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setFileMode(QFileDialog::ExistingFiles);
   dialog.setNameFilters(NameFilters(filter));
   if (!dialog.exec()) return false;
-  for (const QString& path : dialog.selectedFiles()) paths.push_back(FromDesktop(path));
+  for (const QString& path : dialog.selectedFiles())
+    if (!path.contains('\\')) paths.push_back(FromDesktop(path));
   SetCurrentFolder(FromDesktop(dialog.directory().absolutePath()).c_str());
   return !paths.empty();
 }
@@ -89,7 +91,7 @@ bool ChooseFolder(const char* title, std::string& folder) {
   const DialogOpen open;
   const QString chosen = QFileDialog::getExistingDirectory(
       mainWindow.get(), title, QString(), QFileDialog::ShowDirsOnly | QFileDialog::ReadOnly);
-  if (chosen.isEmpty()) return false;
+  if (chosen.isEmpty() || chosen.contains('\\')) return false;
   folder = FromDesktop(chosen);
   return true;
 }

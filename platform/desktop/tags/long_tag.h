@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/song_tag.h"
+
+namespace kwo::platform {
+
+/// Turns the bytes of a frame that claims to be Latin-1, as most wrong ones do, into UTF-8.
+using DecodeBytes = std::string (*)(std::string_view bytes);
+
+/// What the module of the tag library offers under `kLongTagReader`: takes a path of the machine
+/// and throws nothing.
+using LongTagReader = SongTag (*)(const char* machinePath, DecodeBytes decode);
+constexpr char kLongTagReader[] = "KwoReadLongTag";
+constexpr char kLongTagModule[] = "kwo-tags.so";  ///< beside the program
+
+}  // namespace kwo::platform
