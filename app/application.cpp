@@ -80,11 +80,15 @@ bool StartEngine() {
 }
 
 // The folder of the executable; empty, the current folder, for one whose path is too long.
-void FindAppDir() {
+bool FindAppDir() {
   std::string folder = platform::ExecutablePath();
   folder.erase(folder.rfind('\\') + 1);
-  AppDir[0] = 0;
-  if (folder.size() < sizeof AppDir) std::memcpy(AppDir, folder.c_str(), folder.size() + 1);
+  if (folder.size() >= sizeof AppDir) {
+    std::fputs("kwo: the path of the program's folder is too long\n", stderr);
+    return false;
+  }
+  std::memcpy(AppDir, folder.c_str(), folder.size() + 1);
+  return true;
 }
 
 bool ReadSkinDescription(platform::Rectangle& window) {
@@ -247,7 +251,7 @@ int StartUp() {
   if (!TheSkinHost) return 0;
   SetHooks();
   if (!StartEngine()) return 0;
-  FindAppDir();
+  if (!FindAppDir()) return 0;
   std::snprintf(SkinName, sizeof SkinName, "default");
   platform::RemoveAbandonedFiles(AppDir);
   FindDeadCopy();

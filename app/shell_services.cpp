@@ -1,6 +1,7 @@
 #include "app/shell_services.h"
 
 #include "panels/application_state.h"
+#include "panels/menus.h"
 #include "platform/shell.h"
 
 namespace kwo {
@@ -25,7 +26,7 @@ int ReadClass(const std::string& key, std::string& value, std::size_t limit) {
 }  // namespace
 
 void AddTrayIcon() {
-  platform::ShowTrayIcon(kTitle);
+  platform::ShowTrayIcon(kTitle, MenuItems(MENU_TRAY));
 }
 
 void RemoveTrayIcon() {

@@ -3,7 +3,7 @@
 namespace kwo {
 
 SkinHost* TheSkinHost = nullptr;
-char AppDir[256];
+char AppDir[platform::kMostBytes + 1];
 char SkinName[256];
 SharedText InputText(kInputTextSize);
 Shared<int> CurrentPage;

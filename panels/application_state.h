@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/decoding.h"
 #include "platform/shared.h"
 #include "playlist/shared_text.h"
 #include "toolkit/skin_host.h"
@@ -12,7 +13,7 @@ namespace kwo {
 extern SkinHost* TheSkinHost;
 
 /// Folder of the executable, with its trailing backslash.
-extern char AppDir[256];
+extern char AppDir[platform::kMostBytes + 1];
 
 /// Name of the skin folder under `skin\`.
 extern char SkinName[256];

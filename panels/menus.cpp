@@ -87,15 +87,19 @@ constexpr std::span<const MenuRow> kMenus[] = {kFunctionMenu, kAddMenu, kRemoveM
 
 }  // namespace
 
-void ShowPopupMenu(SubMenu menu, platform::Point place) {
+std::vector<platform::MenuItem> MenuItems(SubMenu menu) {
   std::vector<platform::MenuItem> items;
   for (const MenuRow& row : kMenus[menu]) {
     const int position = static_cast<int>(items.size());
     const bool marked = menu == MENU_FUNCTION && position == kFirstNameMode + playlist.displayMode;
     items.push_back({row.command, row.text, marked});
   }
+  return items;
+}
+
+void ShowPopupMenu(SubMenu menu, platform::Point place) {
   if (hooks.beforeChoice) hooks.beforeChoice();
-  platform::TrackPopupMenu(items, place);
+  platform::TrackPopupMenu(MenuItems(menu), place);
 }
 
 void RunPlaylistCommand(int command) {

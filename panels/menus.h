@@ -1,5 +1,8 @@
 #pragma once
 
+#include <vector>
+
+#include "platform/shell.h"
 #include "platform/window.h"
 
 /// The popup menus and what their commands do.  Main thread.
@@ -12,6 +15,9 @@ enum MenuCommand : int {
   COMMAND_HOME_PAGE = 40026,
   COMMAND_HELP = 40028,
 };
+
+/// A menu's rows as they stand now.
+std::vector<platform::MenuItem> MenuItems(SubMenu menu);
 
 /// Shows a menu at a place of the screen; the choice comes back as a message.
 void ShowPopupMenu(SubMenu menu, platform::Point place);

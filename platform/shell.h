@@ -30,9 +30,10 @@ void TrackPopupMenu(std::span<const MenuItem> items, Point place);
 /// The files and folders of a drop, once.
 std::vector<std::string> TakeDroppedFiles(int drop);
 
-/// The tray icon with its tip; false where the desktop has no tray.  Presses are posted as
-/// kMessageTray.
-bool ShowTrayIcon(const char* tip);
+/// The tray icon with its tip, from now on or once the desktop has a tray.  Presses are posted as
+/// kMessageTray; a desktop that shows an icon's menu by itself is given `items`, and posts the
+/// choice as kMessageCommand.
+void ShowTrayIcon(const char* tip, std::span<const MenuItem> items);
 void HideTrayIcon();
 
 /// The default value of a key of the desktop's file classes, such as ".html" or

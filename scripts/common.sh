@@ -22,9 +22,40 @@ need_packages() {
     command -v sudo >/dev/null || fail "installing packages needs root or sudo: ${missing[*]}"
     root=(sudo)
   fi
-  "${root[@]}" apt-get update -qq || fail "apt-get update"
-  DEBIAN_FRONTEND=noninteractive "${root[@]}" apt-get install -y -qq --no-install-recommends \
-    "${missing[@]}" >/dev/null || fail "apt-get install ${missing[*]}"
+  run_packages "${root[@]}" apt-get update -qq || fail "apt-get update"
+  run_packages "${root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" ||
+    fail "apt-get install ${missing[*]}"
+}
+
+# Runs a command of the package system, and waits up to five minutes for another one that is under
+# way: a fresh desktop updates itself at its first start.
+run_packages() {
+  local until=$((SECONDS + 300)) told= output
+  until output=$(LC_ALL=C "$@" 2>&1); do
+    case $output in
+      *"Could not get lock"* | *"Unable to lock"* | *"nable to acquire"*) ;;
+      *) printf '%s\n' "$output" >&2; return 1 ;;
+    esac
+    [ $SECONDS -lt $until ] || { printf '%s\n' "$output" >&2; return 1; }
+    [ -n "$told" ] || say "another package run is under way: waiting for it, five minutes at most"
+    told=1
+    sleep 3
+  done
+}
+
+# Runs the tests of a build folder: all of a failing one's output, a line for the rest.
+run_tests() {
+  local log
+  log=$(mktemp) || fail "no temporary file"
+  if ctest --test-dir "$1" --output-on-failure -j2 >"$log"; then
+    grep 'tests passed' "$log"
+    rm -f "$log"
+    return
+  fi
+  grep -vE '^ *(Start|[0-9]+/[0-9]+ .* Passed) ' "$log"
+  rm -f "$log"
+  return 1
 }
 
 has_sound() {

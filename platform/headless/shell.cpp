@@ -97,11 +97,10 @@ std::vector<std::string> TakeDroppedFiles(int drop) {
   return found ? found.mapped() : std::vector<std::string>();
 }
 
-bool ShowTrayIcon(const char* tip) {
+void ShowTrayIcon(const char* tip, std::span<const MenuItem>) {
   std::lock_guard guard(lock);
   trayShown = trayPresent;
   trayTip = tip;
-  return trayShown;
 }
 
 void HideTrayIcon() {

@@ -139,14 +139,16 @@ void WriteInfo(Picture& picture) {
   const Color cream = Hex(0xffd9ae);
   DrawWordmark(picture, 88, 82, 21, 42, 1.9, cream);
   DrawText(picture, "Brightwater Music Deck", 29, 123, 0.98, 1.0, cream * 0.86);
-  constexpr std::string_view kHints[] = {
-      "Drag the time to seek, one second a pixel", "Press twice on a song to play it",
-      "Right press on the arrows: a page at a time", "Press Volume, Pan or Speed to reset it",
-      "Take the frame anywhere to move the window"};
-  double y = 145;
+  constexpr std::string_view kHints[] = {"Drag the time to seek, one second a pixel",
+                                         "Press twice on a song to play it",
+                                         "Right press on the arrows: a page at a time",
+                                         "Press Volume, Pan or Speed to reset it",
+                                         "Take the frame anywhere to move the window",
+                                         "Help: right press on the tray icon, or help/index.htm"};
+  double y = 143;
   for (std::string_view hint : kHints) {
     DrawText(picture, hint, 29, y, 0.94, 0.95, Hex(0xb09a94) * 0.82);
-    y += 15;
+    y += 13;
   }
 }
 
@@ -233,6 +235,8 @@ Picture PaintCaustics() {
       picture.Set(x, y, Hex(0x030e17) + tint * light + Color{1, 1, 1} * (0.5 * Hash(x, y, 4)));
     }
   }
+  DrawText(picture, "Nothing to set here: all stays as you leave it", 180, 140, 1.1, 1.05,
+           Hex(0xcfeaf8) * 0.8);
   picture.Round();
   return picture;
 }

@@ -171,7 +171,8 @@ Picture MixerIcon(const char* name, const Picture& tile) {
       {"dj", Union({Ring(c, 8.5, kStroke), Ring(c, 2.2, 1.6),
                     Stroke({Arc(c, 5.3, 5.3, -75, -15), Arc(c, 5.3, 5.3, 105, 165)}, 1.4)})},
   };
-  Ink ink{Hex(0x8f8ac6), Hex(0x8f8ac6)};
+  // Light enough that the pulse of the one in front, a hundred down, never takes it to black.
+  Ink ink{Hex(0xb4aee0), Hex(0xb4aee0)};
   ink.under = &tile;
   ink.threshold = 0.16;
   return Draw(72, 54, Find(icons, name), ink);

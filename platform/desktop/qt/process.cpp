@@ -124,7 +124,14 @@ void FindProgramFolder() {
 }
 
 int NoDesktop() {
-  std::fputs("kwo: there is no desktop to open the window on\n", stderr);
+  const char* display = std::getenv("DISPLAY");
+  if (display && *display) {
+    std::fprintf(stderr, "kwo: the display %s can't be opened\n", display);
+  } else if (std::getenv("WAYLAND_DISPLAY")) {
+    std::fputs("kwo: there is no X display; Wayland's desktops have one by XWayland\n", stderr);
+  } else {
+    std::fputs("kwo: there is no desktop to open the window on\n", stderr);
+  }
   return 1;
 }
 

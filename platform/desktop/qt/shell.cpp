@@ -1,6 +1,8 @@
 #include "platform/shell.h"
 
 #include <QActionGroup>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QFileDialog>
 #include <QMenu>
 #include <QProcess>
@@ -22,6 +24,7 @@ constexpr int kErrorFileNotFound = 2;
 constexpr char kOpener[] = "xdg-open";
 
 std::unique_ptr<QSystemTrayIcon> trayIcon;
+std::unique_ptr<QMenu> trayMenu;
 std::map<int, std::vector<std::string>> drops;
 int lastDrop = 0;
 
@@ -51,9 +54,13 @@ QStringList NameFilters(const char* filter) {
   return filters;
 }
 
-// Words by blanks, those in quotes whole; paths get the machine's separators.
+// Words by blanks, those in quotes whole; paths get the machine's separators.  All between the
+// outermost quotes behind the opener is one word, whatever quotes are in it.
 QStringList SplitLine(const char* line) {
-  QStringList words = QProcess::splitCommand(QString::fromLocal8Bit(line));
+  const QString text = QString::fromLocal8Bit(line), opener = QString(kOpener) + " \"";
+  QStringList words = text.startsWith(opener) && text.size() > opener.size() && text.endsWith('"')
+                          ? QStringList{kOpener, text.sliced(opener.size()).chopped(1)}
+                          : QProcess::splitCommand(text);
   for (QString& word : words) word.replace('\\', '/');
   return words;
 }
@@ -123,24 +130,45 @@ void TrackPopupMenu(std::span<const MenuItem> items, Point place) {
   if (chosen) PostMessage({kMessageCommand, chosen->data().toInt(), 0});
 }
 
-bool ShowTrayIcon(const char* tip) {
-  if (!mainWindow || !QSystemTrayIcon::isSystemTrayAvailable()) return false;
+// By this way of showing icons the desktop asks for the menu and shows it by itself.
+bool DesktopShowsMenus() {
+  const QDBusConnectionInterface* bus = QDBusConnection::sessionBus().interface();
+  return bus && bus->isServiceRegistered("org.kde.StatusNotifierWatcher");
+}
+
+void ShowTrayIcon(const char* tip, std::span<const MenuItem> items) {
+  if (!mainWindow) return;
   constexpr qsizetype kTipLength = 63;
   trayIcon = std::make_unique<QSystemTrayIcon>(mainWindow->windowIcon());
   trayIcon->setToolTip(FromBytes(tip).left(kTipLength));
+  const bool menuIsGiven = DesktopShowsMenus();
   QObject::connect(trayIcon.get(), &QSystemTrayIcon::activated,
-                   [](QSystemTrayIcon::ActivationReason reason) {
+                   [menuIsGiven](QSystemTrayIcon::ActivationReason reason) {
                      if (reason == QSystemTrayIcon::Trigger)
                        PostMessage({kMessageTray, 0, kMessageLeftDown});
-                     if (reason == QSystemTrayIcon::Context)
+                     if (reason == QSystemTrayIcon::Context && !menuIsGiven)
                        PostMessage({kMessageTray, 0, kMessageRightDown});
                    });
+  if (menuIsGiven) {
+    trayMenu = std::make_unique<QMenu>();
+    for (const MenuItem& item : items) {
+      if (item.command == 0) {
+        trayMenu->addSeparator();
+        continue;
+      }
+      const QAction* action = trayMenu->addAction(item.text);
+      QObject::connect(action, &QAction::triggered, [command = item.command] {
+        PostMessage({kMessageCommand, command, 0});
+      });
+    }
+    trayIcon->setContextMenu(trayMenu.get());
+  }
   trayIcon->show();
-  return true;
 }
 
 void HideTrayIcon() {
   trayIcon.reset();
+  trayMenu.reset();
 }
 
 // The desktop's opener stands for every class.  The logic puts its target in the stead of "%1",
