@@ -151,7 +151,7 @@ def check(found, users, killed):
 
 
 def left_over(folder):
-    usual = {"kwo", "skin", "help", "music", "config", "stderr", "HISTORY.PLA", "EQ.SET"}
+    usual = {"kwo", "modules", "skin", "help", "music", "config", "stderr", "HISTORY.PLA", "EQ.SET"}
     names = {path.name for path in folder.iterdir()} - usual
     names |= {path.name for path in (folder / "config/kwo").iterdir()} - {"settings", "screens"}
     return {name for name in names if not re.fullmatch(r"(HISTORY|EQ)-OLD(-\d)?\.(PLA|SET)", name)}

@@ -69,9 +69,9 @@ class Player:
         self.program = self.folder / "kwo"
         if not self.program.exists():
             shutil.copy(program, self.program)
-            tags = pathlib.Path(program).parent / "kwo-tags.so"
-            if tags.exists():
-                shutil.copy(tags, self.folder)
+            modules = pathlib.Path(program).resolve().parent / "modules"
+            if modules.exists():
+                (self.folder / "modules").symlink_to(modules)
             for data in ("skin", "help", "music"):
                 (self.folder / data).symlink_to(ROOT / data)
         self.start()

@@ -169,5 +169,7 @@ int main(int argc, char** argv) {
   if (!kwo::tools::StartEngine()) return Fail("no memory");
   Render(options, wav);
   kwo::tools::StopEngine();
-  return wav.Close() ? 0 : Fail(options.out + ": cannot be written");
+  if (wav.Close()) return 0;
+  return Fail(options.out + (wav.IsTooLong() ? ": its header can't tell of more than 4 GiB"
+                                             : ": cannot be written"));
 }

@@ -1,5 +1,7 @@
 #include "tools/wav_writer.h"
 
+#include <algorithm>
+
 namespace kwo::tools {
 
 WavWriter::WavWriter(const char* path, int rate, int channels)
@@ -20,8 +22,9 @@ void WavWriter::WriteHeader() {
   };
   const auto rate = static_cast<std::uint32_t>(rate_);
   const auto channels = static_cast<std::uint32_t>(channels_);
+  const auto bytes = static_cast<std::uint32_t>(std::min(bytes_, kMostBytes));
   tag("RIFF");
-  put(36 + bytes_, 4);
+  put(kHeaderBytes + bytes, 4);
   tag("WAVE");
   tag("fmt ");
   put(16, 4);
@@ -32,23 +35,23 @@ void WavWriter::WriteHeader() {
   put(channels * 2, 2);
   put(16, 2);
   tag("data");
-  put(bytes_, 4);
+  put(bytes, 4);
   whole_ = std::fwrite(header.data(), 1, header.size(), file_) == header.size() && whole_;
 }
 
 void WavWriter::Write(const std::vector<std::int16_t>& samples) {
   if (!file_) return;
   whole_ = std::fwrite(samples.data(), 2, samples.size(), file_) == samples.size() && whole_;
-  bytes_ += static_cast<std::uint32_t>(samples.size() * 2);
+  bytes_ += samples.size() * 2;
 }
 
 bool WavWriter::Close() {
-  if (!file_) return whole_;
+  if (!file_) return whole_ && !IsTooLong();
   whole_ = std::fseek(file_, 0, SEEK_SET) == 0 && whole_;
   WriteHeader();
   whole_ = std::fclose(file_) == 0 && whole_;
   file_ = nullptr;
-  return whole_;
+  return whole_ && !IsTooLong();
 }
 
 }  // namespace kwo::tools

@@ -16,15 +16,19 @@ class WavWriter {
 
   bool IsOpen() const { return file_ != nullptr; }
   void Write(const std::vector<std::int16_t>& samples);
-  /// Completes the header; false if the file could not be written whole.
+  /// Completes the header; false if the file could not be written whole, or is too long.
   bool Close();
+  /// Whether there is more sound than a header can tell of, 4 GiB.
+  bool IsTooLong() const { return bytes_ > kMostBytes; }
 
  private:
+  static constexpr std::uint64_t kHeaderBytes = 36, kMostBytes = UINT32_MAX - kHeaderBytes;
+
   void WriteHeader();
 
   std::FILE* file_;
   int rate_, channels_;
-  std::uint32_t bytes_ = 0;
+  std::uint64_t bytes_ = 0;
   bool whole_;
 };
 

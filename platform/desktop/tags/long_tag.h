@@ -14,6 +14,6 @@ using DecodeBytes = std::string (*)(std::string_view bytes);
 /// and throws nothing.
 using LongTagReader = SongTag (*)(const char* machinePath, DecodeBytes decode);
 constexpr char kLongTagReader[] = "KwoReadLongTag";
-constexpr char kLongTagModule[] = "kwo-tags.so";  ///< beside the program
+constexpr char kLongTagModule[] = "modules/kwo-tags.so";  ///< in the program's folder
 
 }  // namespace kwo::platform
