@@ -33,7 +33,8 @@ void SynthesizeFrame(benchmark::State& state) {
   if (!kernels) return state.SkipWithError("not on this machine");
   SynthesisHistory history = {};
   SynthesisWeights weights = {};
-  std::vector<float> subbands(36 * 32, 0.1f), pcm(1152), secants(32, 0.5f);
+  std::vector<float> subbands(36 * 32, 0.1f), pcm(1152);
+  std::vector<double> secants(32, 0.5);
   for (auto _ : state)
     kernels->synthesize(pcm.data(), subbands.data(), history, weights, secants.data(), 0);
 }

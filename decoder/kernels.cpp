@@ -17,34 +17,15 @@ namespace {
 constexpr int kRow = 32;  // floats from one time slot to the next
 
 Lanes LoadDoubles(const double* from) {
-  Lanes lanes;
-  std::memcpy(&lanes, from, sizeof lanes);
-  return lanes;
-}
-
-void StoreDoubles(const Lanes& lanes, double* to) {
-  std::memcpy(to, &lanes, sizeof lanes);
+  return LoadVector<Lanes>(from);
 }
 
 Lanes LoadFloats(const float* from) {
-#if defined(__GNUC__)
-  FloatLanes floats;
-  std::memcpy(&floats, from, sizeof floats);
-  return __builtin_convertvector(floats, Lanes);
-#else
-  Lanes lanes;
-  for (int i = 0; i < kLanes; ++i) lanes[i] = from[i];
-  return lanes;
-#endif
+  return Widened(LoadVector<FloatLanes>(from));
 }
 
 void StoreFloats(const Lanes& lanes, float* to) {
-#if defined(__GNUC__)
-  const FloatLanes floats = __builtin_convertvector(lanes, FloatLanes);
-  std::memcpy(to, &floats, sizeof floats);
-#else
-  for (int i = 0; i < kLanes; ++i) to[i] = static_cast<float>(lanes[i]);
-#endif
+  StoreVector(Rounded(lanes), to);
 }
 
 void ScaleLines(float* values, int count, double factor) {
@@ -65,17 +46,19 @@ void MidSide(float* left, float* right, int count) {
 }
 
 void ReduceAliases(float* values, int boundaries, const float* cs, const float* ca) {
+  constexpr int kParts = 8 / kLanes;
+  Lanes cosines[kParts], sines[kParts];
+  for (int part = 0; part < kParts; ++part) {
+    cosines[part] = LoadFloats(cs + kLanes * part);
+    sines[part] = LoadFloats(ca + kLanes * part);
+  }
   for (int boundary = 1; boundary <= boundaries; ++boundary) {
-    float* up = values + 18 * boundary - 8;
-    float* down = values + 18 * boundary;
-    double u[8], d[8];
-    for (int i = 0; i < 8; ++i) {
-      u[i] = up[7 - i];
-      d[i] = down[i];
-    }
-    for (int i = 0; i < 8; ++i) {
-      up[7 - i] = static_cast<float>(u[i] * cs[i] - d[i] * ca[i]);
-      down[i] = static_cast<float>(d[i] * cs[i] + u[i] * ca[i]);
+    for (int part = 0; part < kParts; ++part) {
+      float* up = values + 18 * boundary - kLanes * (part + 1);
+      float* down = values + 18 * boundary + kLanes * part;
+      const Lanes u = Widened(Reversed(LoadVector<FloatLanes>(up))), d = LoadFloats(down);
+      StoreVector(Reversed(Rounded(u * cosines[part] - d * sines[part])), up);
+      StoreFloats(d * cosines[part] + u * sines[part], down);
     }
   }
 }
@@ -192,10 +175,10 @@ void WindowShort(const Lanes* u, Lanes* out, Lanes* next) {
 
 void ImdctLanes(float* out, const float* lines, float* overlap, int blockType) {
   Lanes x[18], result[18], next[18];
-  for (int i = 0; i < 18; ++i) {
-    for (int lane = 0; lane < kLanes; ++lane) x[i][lane] = lines[18 * lane + i];
-    result[i] = LoadFloats(overlap + kRow * i);
-  }
+  // The last four columns begin among those before.
+  for (int i = 0; i < 16; i += 4) LoadColumns(lines + i, 18, x + i);
+  LoadColumns(lines + 14, 18, x + 14);
+  for (int i = 0; i < 18; ++i) result[i] = LoadFloats(overlap + kRow * i);
   if (blockType == 2) {
     Lanes u[18];
     for (int window = 0; window < 3; ++window) TransformShort(x + window, u + 6 * window);
@@ -222,7 +205,7 @@ void Imdct(float* out, const float* lines, float* overlap, int blockType) {
 // y[k] = sum of x[n] cos((2n + 1) k pi / 2N) without a factor, by halving; x is used up.
 template <int N>
 inline __attribute__((always_inline)) void CosineTransform(Lanes* x, Lanes* y, int stride,
-                                                           const float* secants) {
+                                                           const double* secants) {
   if constexpr (N == 1) {
     y[0] = x[0];
   } else {
@@ -230,7 +213,7 @@ inline __attribute__((always_inline)) void CosineTransform(Lanes* x, Lanes* y, i
     Lanes a[kHalf], b[kHalf];
     for (int i = 0; i < kHalf; ++i) {
       a[i] = x[i] + x[N - 1 - i];
-      b[i] = (x[i] - x[N - 1 - i]) * double{secants[kHalf + i]};
+      b[i] = (x[i] - x[N - 1 - i]) * secants[kHalf + i];
     }
     CosineTransform<kHalf>(a, y, 2 * stride, secants);
     CosineTransform<kHalf>(b, y + stride, 2 * stride, secants);
@@ -241,58 +224,83 @@ inline __attribute__((always_inline)) void CosineTransform(Lanes* x, Lanes* y, i
 // One batch of slots: R + R transform results go into the history's rows.
 template <int R>
 void TransformSlots(const float* subbands, SynthesisHistory& history, int slot,
-                    const float* secants) {
+                    const double* secants) {
   Lanes x[2 * R], y[2 * R];
-  for (int band = 0; band < 2 * R; ++band)
-    for (int lane = 0; lane < kLanes; ++lane) x[band][lane] = subbands[kRow * (slot + lane) + band];
+  for (int band = 0; band < 2 * R; band += 4)
+    LoadColumns(subbands + kRow * slot + band, kRow, x + band);
   CosineTransform<2 * R>(x, y, 1, secants);
-  float rounded[kLanes];
-  for (int row = 0; row < 2 * R; ++row) {
-    StoreFloats(y[row], rounded);
-    StoreDoubles(LoadFloats(rounded), history.rows[row] + SynthesisHistory::kOldSlots + slot);
+  for (int row = 0; row < 2 * R; ++row)
+    StoreVector(Widened(Rounded(y[row])), history.rows[row] + SynthesisHistory::kOldSlots + slot);
+}
+
+// So many batches of slots are summed side by side, so that a weight is loaded once for all.
+constexpr int kTogether = kLanes == 8 ? 5 : 3;
+
+// Where the lanes do not divide the slots, the last batch does some a second time.
+constexpr int kSlots = 36;
+constexpr int BatchAt(int slot) {
+  return slot < kSlots - kLanes ? slot : kSlots - kLanes;
+}
+
+// The windowed sums of one row at some batches of slots: what the slots from `first` on, two apart,
+// have in a row of the history.
+inline __attribute__((always_inline)) void AddProducts(const double* values, const int* slots,
+                                                       const double* weights, int first,
+                                                       Lanes* sums) {
+  for (int back = first; back < 16; back += 2)
+    for (int batch = 0; batch < kTogether; ++batch)
+      sums[batch] += LoadDoubles(values + slots[batch] - back) * weights[back];
+}
+
+inline __attribute__((always_inline)) void AddTwoProducts(const double* values, const int* slots,
+                                                          const double* weights,
+                                                          const double* mirrored, int first,
+                                                          Lanes* sums, Lanes* mirroredSums) {
+  for (int back = first; back < 16; back += 2) {
+    for (int batch = 0; batch < kTogether; ++batch) {
+      const Lanes value = LoadDoubles(values + slots[batch] - back);
+      sums[batch] += value * weights[back];
+      mirroredSums[batch] += value * mirrored[back];
+    }
   }
 }
 
-// The windowed sums of one batch of slots: `samples` gets 2R rows.
+// `samples` gets 2R rows: the sums of the rows 0 to R, then those of their mirrors.
 template <int R>
-void SumWindow(const SynthesisHistory& history, const SynthesisWeights& weights, int slot,
-               float (*samples)[kLanes]) {
-  const int now = SynthesisHistory::kOldSlots + slot;
-  for (int row = 0; row <= R; ++row) {
-    Lanes front = {}, rear = {};
-    if (row < R) {
-      const double* values = history.rows[R + row] + now;
-      for (int back = 0; back < 16; back += 2) {
-        const Lanes value = LoadDoubles(values - back);
-        front += value * weights.front[row][back];
-        rear += value * weights.rear[row][back];
-      }
-    }
-    const double* values = history.rows[R - row] + now;
-    for (int back = 1; back < 16; back += 2) {
-      const Lanes value = LoadDoubles(values - back);
-      front += value * weights.front[row][back];
-      rear += value * weights.rear[row][back];
-    }
-    StoreFloats(front, samples[row]);
-    if (row > 0 && row < R) StoreFloats(rear, samples[2 * R - row]);
+void SumWindow(const SynthesisHistory& history, const SynthesisWeights& weights, const int* slots,
+               FloatLanes (*samples)[2 * R]) {
+  const auto rowAt = [&](int row) { return history.rows[row] + SynthesisHistory::kOldSlots; };
+  const auto store = [&](int row, const Lanes* sums) {
+    for (int batch = 0; batch < kTogether; ++batch) samples[batch][row] = Rounded(sums[batch]);
+  };
+  Lanes lowest[kTogether] = {}, highest[kTogether] = {};
+  AddProducts(rowAt(R), slots, weights.front[0], 0, lowest);
+  AddProducts(rowAt(R), slots, weights.front[0], 1, lowest);
+  store(0, lowest);
+  AddProducts(rowAt(0), slots, weights.front[R], 1, highest);
+  store(R, highest);
+  for (int row = 1; row < R; ++row) {
+    Lanes front[kTogether] = {}, rear[kTogether] = {};
+    AddTwoProducts(rowAt(R + row), slots, weights.front[row], weights.rear[row], 0, front, rear);
+    AddTwoProducts(rowAt(R - row), slots, weights.front[row], weights.rear[row], 1, front, rear);
+    store(row, front);
+    store(2 * R - row, rear);
   }
 }
 
 template <int R>
 void SynthesizeRows(float* pcm, const float* subbands, SynthesisHistory& history,
-                    const SynthesisWeights& weights, const float* secants) {
-  constexpr int kSlots = 36;
-  // Where the lanes do not divide the slots, the last batch does some a second time.
-  auto batch = [](int slot) { return slot < kSlots - kLanes ? slot : kSlots - kLanes; };
+                    const SynthesisWeights& weights, const double* secants) {
   for (int slot = 0; slot < kSlots; slot += kLanes)
-    TransformSlots<R>(subbands, history, batch(slot), secants);
-  for (int begin = 0; begin < kSlots; begin += kLanes) {
-    const int slot = batch(begin);
-    float samples[2 * R][kLanes];
-    SumWindow<R>(history, weights, slot, samples);
-    for (int lane = 0; lane < kLanes; ++lane)
-      for (int i = 0; i < 2 * R; ++i) pcm[2 * R * (slot + lane) + i] = samples[i][lane];
+    TransformSlots<R>(subbands, history, BatchAt(slot), secants);
+  for (int begin = 0; begin < kSlots; begin += kTogether * kLanes) {
+    int slots[kTogether];
+    for (int batch = 0; batch < kTogether; ++batch) slots[batch] = BatchAt(begin + kLanes * batch);
+    FloatLanes samples[kTogether][2 * R];
+    SumWindow<R>(history, weights, slots, samples);
+    for (int batch = 0; batch < kTogether; ++batch)
+      for (int row = 0; row < 2 * R; row += 4)
+        StoreColumns(samples[batch] + row, pcm + 2 * R * slots[batch] + row, 2 * R);
   }
   for (int row = 0; row < 2 * R; ++row)
     std::memmove(history.rows[row], history.rows[row] + kSlots,
@@ -300,7 +308,7 @@ void SynthesizeRows(float* pcm, const float* subbands, SynthesisHistory& history
 }
 
 void Synthesize(float* pcm, const float* subbands, SynthesisHistory& history,
-                const SynthesisWeights& weights, const float* secants, int decimation) {
+                const SynthesisWeights& weights, const double* secants, int decimation) {
   if (decimation == 0) {
     SynthesizeRows<16>(pcm, subbands, history, weights, secants);
   } else if (decimation == 1) {

@@ -41,7 +41,7 @@ struct DecoderKernels {
   /// The windowed synthesis of 36 slots of 32 subbands at full (`decimation` 0), half (1) or
   /// quarter rate (2): 36 x (32 >> decimation) samples into `pcm`.
   void (*synthesize)(float* pcm, const float* subbands, SynthesisHistory& history,
-                     const SynthesisWeights& weights, const float* secants, int decimation);
+                     const SynthesisWeights& weights, const double* secants, int decimation);
 };
 
 /// The kernels for this machine.

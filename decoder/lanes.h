@@ -2,50 +2,135 @@
 
 #include <cstring>
 
+#if defined(__AVX__)
+#include <immintrin.h>
+#endif
+
 namespace kwo {
 inline namespace KWO_KERNELS {
 
 /// As many doubles side by side as one register of this instruction set holds, one per subband or
-/// time slot.
-#if defined(__AVX512F__)
-constexpr int kLanes = 8;
-#elif defined(__AVX__)
-constexpr int kLanes = 4;
-#else
-constexpr int kLanes = 2;
+/// time slot, unless the build tells how many.
+#if !defined(KWO_LANES) && defined(__AVX512F__)
+#define KWO_LANES 8
+#elif !defined(KWO_LANES) && defined(__AVX__)
+#define KWO_LANES 4
+#elif !defined(KWO_LANES)
+#define KWO_LANES 2
 #endif
+constexpr int kLanes = KWO_LANES;
 
 #if defined(__GNUC__)
 typedef double Lanes __attribute__((vector_size(kLanes * sizeof(double))));
 typedef float FloatLanes __attribute__((vector_size(kLanes * sizeof(float))));
+typedef float Quad __attribute__((vector_size(4 * sizeof(float))));
+
+template <typename Vector>
+inline Vector LoadVector(const void* from) {
+  Vector vector;
+  std::memcpy(&vector, from, sizeof vector);
+  return vector;
+}
+
+template <typename Vector>
+inline void StoreVector(const Vector& vector, void* to) {
+  std::memcpy(to, &vector, sizeof vector);
+}
+
+inline Lanes Widened(FloatLanes floats) {
+#if KWO_LANES == 8 && defined(__AVX512F__)
+  // In the form that leaves nothing undefined, of which one compiler warns.
+  return _mm512_maskz_cvtps_pd(0xFF, floats);
+#elif KWO_LANES == 4 && defined(__AVX__)
+  // The compiler alone makes two halves of it.
+  return _mm256_cvtps_pd(floats);
 #else
-struct Lanes {
-  double values[kLanes];
-  double operator[](int i) const { return values[i]; }
-  double& operator[](int i) { return values[i]; }
-};
-inline Lanes operator+(Lanes a, const Lanes& b) {
-  for (int i = 0; i < kLanes; ++i) a[i] += b[i];
-  return a;
+  return __builtin_convertvector(floats, Lanes);
+#endif
 }
-inline Lanes operator-(Lanes a, const Lanes& b) {
-  for (int i = 0; i < kLanes; ++i) a[i] -= b[i];
-  return a;
+
+inline FloatLanes Rounded(Lanes doubles) {
+  return __builtin_convertvector(doubles, FloatLanes);
 }
-inline Lanes operator*(Lanes a, const Lanes& b) {
-  for (int i = 0; i < kLanes; ++i) a[i] *= b[i];
-  return a;
+
+// For each lane the four floats at `from + lane * stride`; four rows of lanes.
+inline void LoadColumns(const float* from, int stride, Lanes* rows) {
+  Quad quads[kLanes];
+  for (int lane = 0; lane < kLanes; ++lane) quads[lane] = LoadVector<Quad>(from + lane * stride);
+#if KWO_LANES == 8
+  for (int half = 0; half < 2; ++half) {
+    Quad* q = quads + 4 * half;
+    const Quad low = __builtin_shufflevector(q[0], q[1], 0, 4, 1, 5);
+    const Quad high = __builtin_shufflevector(q[0], q[1], 2, 6, 3, 7);
+    const Quad low2 = __builtin_shufflevector(q[2], q[3], 0, 4, 1, 5);
+    const Quad high2 = __builtin_shufflevector(q[2], q[3], 2, 6, 3, 7);
+    q[0] = __builtin_shufflevector(low, low2, 0, 1, 4, 5);
+    q[1] = __builtin_shufflevector(low, low2, 2, 3, 6, 7);
+    q[2] = __builtin_shufflevector(high, high2, 0, 1, 4, 5);
+    q[3] = __builtin_shufflevector(high, high2, 2, 3, 6, 7);
+  }
+  for (int i = 0; i < 4; ++i)
+    rows[i] = Widened(__builtin_shufflevector(quads[i], quads[4 + i], 0, 1, 2, 3, 4, 5, 6, 7));
+#elif KWO_LANES == 4
+  const Quad low = __builtin_shufflevector(quads[0], quads[1], 0, 4, 1, 5);
+  const Quad high = __builtin_shufflevector(quads[0], quads[1], 2, 6, 3, 7);
+  const Quad low2 = __builtin_shufflevector(quads[2], quads[3], 0, 4, 1, 5);
+  const Quad high2 = __builtin_shufflevector(quads[2], quads[3], 2, 6, 3, 7);
+  rows[0] = Widened(__builtin_shufflevector(low, low2, 0, 1, 4, 5));
+  rows[1] = Widened(__builtin_shufflevector(low, low2, 2, 3, 6, 7));
+  rows[2] = Widened(__builtin_shufflevector(high, high2, 0, 1, 4, 5));
+  rows[3] = Widened(__builtin_shufflevector(high, high2, 2, 3, 6, 7));
+#else
+  rows[0] = Widened(__builtin_shufflevector(quads[0], quads[1], 0, 4));
+  rows[1] = Widened(__builtin_shufflevector(quads[0], quads[1], 1, 5));
+  rows[2] = Widened(__builtin_shufflevector(quads[0], quads[1], 2, 6));
+  rows[3] = Widened(__builtin_shufflevector(quads[0], quads[1], 3, 7));
+#endif
 }
-inline Lanes operator*(Lanes a, double b) {
-  for (int i = 0; i < kLanes; ++i) a[i] *= b;
-  return a;
+
+// The other way: for each lane four floats side by side at `to + lane * stride`.
+inline void StoreColumns(const FloatLanes* rows, float* to, int stride) {
+#if KWO_LANES == 8
+  const FloatLanes low = __builtin_shufflevector(rows[0], rows[1], 0, 8, 1, 9, 4, 12, 5, 13);
+  const FloatLanes high = __builtin_shufflevector(rows[0], rows[1], 2, 10, 3, 11, 6, 14, 7, 15);
+  const FloatLanes low2 = __builtin_shufflevector(rows[2], rows[3], 0, 8, 1, 9, 4, 12, 5, 13);
+  const FloatLanes high2 = __builtin_shufflevector(rows[2], rows[3], 2, 10, 3, 11, 6, 14, 7, 15);
+  StoreVector(__builtin_shufflevector(low, low2, 0, 1, 8, 9), to);
+  StoreVector(__builtin_shufflevector(low, low2, 2, 3, 10, 11), to + stride);
+  StoreVector(__builtin_shufflevector(high, high2, 0, 1, 8, 9), to + 2 * stride);
+  StoreVector(__builtin_shufflevector(high, high2, 2, 3, 10, 11), to + 3 * stride);
+  StoreVector(__builtin_shufflevector(low, low2, 4, 5, 12, 13), to + 4 * stride);
+  StoreVector(__builtin_shufflevector(low, low2, 6, 7, 14, 15), to + 5 * stride);
+  StoreVector(__builtin_shufflevector(high, high2, 4, 5, 12, 13), to + 6 * stride);
+  StoreVector(__builtin_shufflevector(high, high2, 6, 7, 14, 15), to + 7 * stride);
+#elif KWO_LANES == 4
+  const Quad low = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5);
+  const Quad high = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7);
+  const Quad low2 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5);
+  const Quad high2 = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
+  StoreVector(__builtin_shufflevector(low, low2, 0, 1, 4, 5), to);
+  StoreVector(__builtin_shufflevector(low, low2, 2, 3, 6, 7), to + stride);
+  StoreVector(__builtin_shufflevector(high, high2, 0, 1, 4, 5), to + 2 * stride);
+  StoreVector(__builtin_shufflevector(high, high2, 2, 3, 6, 7), to + 3 * stride);
+#else
+  const Quad first = __builtin_shufflevector(rows[0], rows[1], 0, 2, 1, 3);
+  const Quad second = __builtin_shufflevector(rows[2], rows[3], 0, 2, 1, 3);
+  StoreVector(__builtin_shufflevector(first, second, 0, 1, 4, 5), to);
+  StoreVector(__builtin_shufflevector(first, second, 2, 3, 6, 7), to + stride);
+#endif
 }
-inline Lanes operator*(double a, const Lanes& b) {
-  return b * a;
+
+inline FloatLanes Reversed(FloatLanes lanes) {
+#if KWO_LANES == 8
+  return __builtin_shufflevector(lanes, lanes, 7, 6, 5, 4, 3, 2, 1, 0);
+#elif KWO_LANES == 4
+  return __builtin_shufflevector(lanes, lanes, 3, 2, 1, 0);
+#else
+  return __builtin_shufflevector(lanes, lanes, 1, 0);
+#endif
 }
-inline Lanes& operator+=(Lanes& a, const Lanes& b) {
-  return a = a + b;
-}
+#else
+#error "The kernels need vectors as GCC and Clang have them"
 #endif
 
 }  // namespace KWO_KERNELS

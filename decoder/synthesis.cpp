@@ -15,7 +15,7 @@ constexpr float kDefaultMatrix[kDefaultMatrixSize] = {1, 0, 1, 0, 1, 1, 0.5f, 0.
 
 struct SynthesisTables {
   SynthesisWeights weights[3];  // by decimation
-  float secants[32];
+  double secants[32];
 };
 
 // The prototype curve: a cosine series over 512 points with its peak of 37,519 in the middle.
