@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
+#include <utility>
 
 namespace kwo {
 namespace {
@@ -59,11 +61,82 @@ class Builder {
   HuffmanLookup lookup_;
 };
 
+constexpr int kFirstQuads = 32, kTables = 34;
+constexpr int kEscape = 15;  // the value that linbits are added to
+
+PairLookup::Entry PairEntry(int pair, int codeBits, int linbits) {
+  const int first = pair >> 4, second = pair & 15;
+  const int signs = (first != 0) + (second != 0);
+  PairLookup::Entry entry{};
+  entry.pair = static_cast<std::uint8_t>(pair);
+  entry.signs = static_cast<std::uint8_t>((first ? 4 : 0) | (second ? 8 : 0));
+  const bool escaped = linbits > 0 && (first == kEscape || second == kEscape);
+  entry.bits = static_cast<std::uint8_t>(escaped ? codeBits : codeBits + signs);
+  entry.codeBits = escaped ? PairLookup::kEscaped : static_cast<std::uint8_t>(codeBits);
+  return entry;
+}
+
+PairLookup PairsOf(const HuffmanTree& tree, const HuffmanLookup& lookup) {
+  constexpr int kIndexBits = PairLookup::kIndexBits;
+  PairLookup pairs;
+  pairs.linbits = tree.linbits;
+  pairs.entries.resize(std::size_t{1} << kIndexBits);
+  const int furtherBits = Depth(tree, 0) - kIndexBits;
+  for (std::uint64_t i = 0; i >> kIndexBits == 0; ++i) {
+    const std::uint64_t window = i << (64 - kIndexBits);
+    int codeBits;
+    const int pair = lookup.Find(window, codeBits);
+    if (codeBits <= kIndexBits) {
+      pairs.entries[i] = PairEntry(pair, codeBits, tree.linbits);
+      continue;
+    }
+    const std::size_t next = pairs.entries.size();
+    pairs.entries[i] = {static_cast<std::uint8_t>(furtherBits), PairLookup::kFurther,
+                        static_cast<std::uint8_t>(next), static_cast<std::uint8_t>(next >> 8)};
+    for (std::uint64_t j = 0; j >> furtherBits == 0; ++j) {
+      const int longer = lookup.Find(window | j << (64 - kIndexBits - furtherBits), codeBits);
+      pairs.entries.push_back(PairEntry(longer, codeBits, tree.linbits));
+    }
+  }
+  return pairs;
+}
+
+QuadLookup QuadsOf(const HuffmanLookup& lookup) {
+  QuadLookup quads{};
+  for (std::uint64_t i = 0; i < std::size(quads.entries); ++i) {
+    const std::uint64_t window = i << (64 - QuadLookup::kIndexBits);
+    int bits, pattern = 0;
+    const int quad = lookup.Find(window, bits);
+    for (int value = 8; value > 0; value >>= 1) {
+      pattern <<= 2;
+      if (quad & value) pattern |= window << bits++ >> 63 ? 2 : 1;
+    }
+    quads.entries[i] = {static_cast<std::uint8_t>(bits), static_cast<std::uint8_t>(pattern)};
+  }
+  return quads;
+}
+
 }  // namespace
 
+const PairLookup& GetPairLookup(int table) {
+  static const auto lookups = [] {
+    std::array<PairLookup, kFirstQuads> built;
+    for (int i = 0; i < kFirstQuads; ++i)
+      built[static_cast<std::size_t>(i)] = PairsOf(kHuffmanTrees[i], GetHuffmanLookup(i));
+    return built;
+  }();
+  return lookups[static_cast<std::size_t>(table)];
+}
+
+const QuadLookup& GetQuadLookup(int table) {
+  static const QuadLookup lookups[] = {QuadsOf(GetHuffmanLookup(kFirstQuads)),
+                                       QuadsOf(GetHuffmanLookup(kFirstQuads + 1))};
+  return lookups[table - kFirstQuads];
+}
+
 const HuffmanLookup& GetHuffmanLookup(int table) {
-  static const std::array<HuffmanLookup, 34> lookups = [] {
-    std::array<HuffmanLookup, 34> built;
+  static const std::array<HuffmanLookup, kTables> lookups = [] {
+    std::array<HuffmanLookup, kTables> built;
     for (std::size_t i = 0; i < built.size(); ++i) built[i] = Builder(kHuffmanTrees[i]).Take();
     return built;
   }();

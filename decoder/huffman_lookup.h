@@ -36,7 +36,48 @@ struct HuffmanLookup {
   }
 };
 
+/// A tree of pairs as tables that also know their signs, to take most pairs by one look.
+///
+/// The first kIndexBits bits index the front of `entries`.  An entry tells how many bits the pair
+/// takes, and what it is; for a longer code word it leads to a further table, indexed by the next
+/// bits; and a pair with linbits is left to the caller.
+struct PairLookup {
+  static constexpr int kIndexBits = 10;
+  static constexpr std::uint8_t kFurther = 254, kEscaped = 255;
+
+  struct Entry {
+    std::uint8_t bits;      ///< of the code word and the signs; of the next index; of the code word
+    std::uint8_t codeBits;  ///< of the code word; or kFurther; or kEscaped
+    std::uint8_t pair;      ///< the first value in the high half
+    std::uint8_t signs;     ///< 4 if the first value has a sign, and 8 if the second has
+  };
+
+  const Entry& Next(const Entry& further, std::uint64_t window) const {
+    const auto index = window << kIndexBits >> (64 - further.bits);
+    return entries[further.pair + 256u * further.signs + index];
+  }
+
+  std::vector<Entry> entries;
+  int linbits = 0;
+};
+
+/// A tree of quads as one table, by the next kIndexBits bits, in which every code word has room with
+/// its signs.
+struct QuadLookup {
+  static constexpr int kIndexBits = 10;
+
+  struct Entry {
+    std::uint8_t bits;     ///< of the code word and the signs
+    std::uint8_t pattern;  ///< two bits for each value, the first in the highest: 0, 1 or 2 for -1
+  };
+
+  Entry entries[1 << kIndexBits];
+};
+
 /// The tables of kHuffmanTrees, in its order.
 const HuffmanLookup& GetHuffmanLookup(int table);
+/// Of those, 0 to 31 are of pairs, 32 and 33 of quads.
+const PairLookup& GetPairLookup(int table);
+const QuadLookup& GetQuadLookup(int table);
 
 }  // namespace kwo

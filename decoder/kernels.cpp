@@ -65,7 +65,7 @@ void ReduceAliases(float* values, int boundaries, const float* cs, const float* 
 
 // e[k] = x[0] + sum of x[2j] cos(j (2k + 1) pi / 18) for k = 0 to 8: sums over even and odd j, of
 // which the second half of the results takes the difference.
-void CosineTransform9(const Lanes* x, Lanes* e) {
+inline __attribute__((always_inline)) void CosineTransform9(const Lanes* x, Lanes* e) {
   const double* c = kCosines9;
   const Lanes a0 = x[0], a1 = x[2], a2 = x[4], a3 = x[6], a4 = x[8];
   const Lanes a5 = x[10], a6 = x[12], a7 = x[14], a8 = x[16];

@@ -8,21 +8,38 @@
 #include <cmath>
 #include <cstring>
 
+#include "decoder/bit_reader.h"
 #include "decoder/header_tables.h"
 #include "decoder/mpeg_decoder.h"
 
 namespace kwo {
 namespace {
 
-constexpr QuantClass Grouped(int levels, int bits) {
-  return {levels, bits, levels / 2, static_cast<float>(2.0 / levels)};
+// What each code word of three samples of so many levels holds, the codes beyond the last too.
+template <int kLevels, int kBits>
+constexpr auto GroupsOf() {
+  std::array<SampleTriple, std::size_t{1} << kBits> groups{};
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    int code = static_cast<int>(i);
+    for (auto& sample : groups[i].samples) {
+      sample = static_cast<std::int8_t>(code % kLevels - kLevels / 2);
+      code /= kLevels;
+    }
+  }
+  return groups;
 }
+
+constexpr auto kGroups3 = GroupsOf<3, 5>();
+constexpr auto kGroups5 = GroupsOf<5, 7>();
+constexpr auto kGroups9 = GroupsOf<9, 10>();
 
 constexpr QuantClass Plain(int bits) {
-  return {0, bits, (1 << (bits - 1)) - 1, static_cast<float>(2.0 / ((1 << bits) - 1))};
+  return {nullptr, bits, (1 << (bits - 1)) - 1, static_cast<float>(2.0 / ((1 << bits) - 1))};
 }
 
-constexpr QuantClass k3 = Grouped(3, 5), k5 = Grouped(5, 7), k9 = Grouped(9, 10);
+constexpr QuantClass k3 = {kGroups3.data(), 5, 0, static_cast<float>(2.0 / 3)};
+constexpr QuantClass k5 = {kGroups5.data(), 7, 0, static_cast<float>(2.0 / 5)};
+constexpr QuantClass k9 = {kGroups9.data(), 10, 0, static_cast<float>(2.0 / 9)};
 constexpr QuantClass kPlain[17] = {{},        {},        {},        Plain(3),  Plain(4),  Plain(5),
                                    Plain(6),  Plain(7),  Plain(8),  Plain(9),  Plain(10), Plain(11),
                                    Plain(12), Plain(13), Plain(14), Plain(15), Plain(16)};
@@ -179,7 +196,10 @@ void MpegDecoder::DecodeLayer2() {
   const int bound = JointBound(table.subbands);
   ReadLayer2Allocation(table, bound);
   ReadLayer2Scales(table.subbands);
-  for (int granule = 0; granule < 12; ++granule) ReadLayer2Granule(granule, table.subbands, bound);
+  std::memset(subbandSamples, 0, sizeof subbandSamples);
+  CodedSubband coded[2 * kSubbands];
+  const int count = ListCodedSubbands(table.subbands, bound, coded);
+  for (int granule = 0; granule < 12; ++granule) ReadLayer2Granule(granule, coded, count);
   *bitCursor = end;
 }
 
@@ -215,29 +235,45 @@ void MpegDecoder::ReadLayer2Scales(int subbands) {
   }
 }
 
-// Three samples of each subband, into the time slots from 3 x `granule` on.
-void MpegDecoder::ReadLayer2Granule(int granule, int subbands, int bound) {
-  const int channels = ChannelsNow();
-  const int part = granule / 4;
-  for (int channel = 0; channel < channels; ++channel)
-    std::memset(subbandSamples[channel][3 * granule], 0, 3 * kSubbands * sizeof(float));
+// The sets of samples that a granule holds, in their order.
+int MpegDecoder::ListCodedSubbands(int subbands, int bound, CodedSubband* coded) const {
+  int count = 0;
   for (int band = 0; band < subbands; ++band) {
-    int samples[3] = {};
-    for (int channel = 0; channel < channels; ++channel) {
+    const bool shared = band >= bound;
+    for (int channel = 0; channel < (shared ? 1 : ChannelsNow()); ++channel) {
       const QuantClass* quant = layer2Alloc[channel][band];
-      if (!quant) continue;
-      if (channel == 0 || band < bound) {
-        int code = quant->levels ? GetBits(quant->bits) : 0;
-        for (int& sample : samples) {
-          sample = (quant->levels ? code % quant->levels : GetBits(quant->bits)) - quant->offset;
-          if (quant->levels) code /= quant->levels;
-        }
-      }
-      for (int k = 0; k < 3; ++k)
-        subbandSamples[channel][3 * granule + k][band] =
-            static_cast<float>(samples[k]) * layer2Scale[channel][part][band];
+      if (quant) coded[count++] = {quant, band, channel, shared ? ChannelsNow() - 1 : channel};
     }
   }
+  return count;
+}
+
+// Three samples of each coded subband, into the time slots from 3 x `granule` on.
+void MpegDecoder::ReadLayer2Granule(int granule, const CodedSubband* coded, int count) {
+  const int part = granule / 4;
+  int cursor = *bitCursor;
+  for (const CodedSubband* set = coded; set < coded + count; ++set) {
+    // The three take 48 bits at most.
+    const std::uint64_t word = PeekBits(bitBase, cursor);
+    const int bits = set->quant->bits;
+    float samples[3];
+    if (set->quant->groups) {
+      const SampleTriple& group = set->quant->groups[word >> (64 - bits)];
+      for (int k = 0; k < 3; ++k) samples[k] = static_cast<float>(group.samples[k]);
+      cursor += bits;
+    } else {
+      for (int k = 0; k < 3; ++k)
+        samples[k] = static_cast<float>(static_cast<int>(word << bits * k >> (64 - bits)) -
+                                        set->quant->offset);
+      cursor += 3 * bits;
+    }
+    for (int channel = set->channel; channel <= set->lastChannel; ++channel) {
+      const float scale = layer2Scale[channel][part][set->band];
+      float* out = &subbandSamples[channel][3 * granule][set->band];
+      for (int k = 0; k < 3; ++k) out[kSubbands * k] = samples[k] * scale;
+    }
+  }
+  *bitCursor = cursor;
 }
 
 }  // namespace kwo

@@ -1,12 +1,19 @@
 #pragma once
 
+#include <cstdint>
+
 namespace kwo {
+
+/// Three signed samples.
+struct SampleTriple {
+  std::int8_t samples[3];
+};
 
 /// A Layer II quantisation class, ISO/IEC 11172-3 Table B.4.
 struct QuantClass {
-  int levels;  ///< of a grouped sample, three to a code word; 0 without grouping
-  int bits;    ///< of a code word
-  int offset;  ///< taken from the code to give the signed sample
+  const SampleTriple* groups;  ///< of each code word, where one holds three samples; null otherwise
+  int bits;                    ///< of a code word
+  int offset;                  ///< taken from the code to give the signed sample
   float step;
 };
 

@@ -23,7 +23,8 @@ class BitWindow {
     Drop(cursor & 7);
   }
 
-  // After this 56 bits at least are there: the longest pair, with its signs and linbits, has 47.
+  // After this 56 bits at least are there: enough for four pairs of the table, or for one that is
+  // left, which has 47 at most with its signs and linbits.
   void Refill() {
     window_ |= PeekBits(next_, 0) >> valid_;
     next_ += (63 - valid_) >> 3;
@@ -39,12 +40,6 @@ class BitWindow {
     Drop(bits);
     return value;
   }
-  // `magnitude` with the sign of the next bit if `coded` is 1, which takes that bit; +0 otherwise.
-  float TakeSigned(float magnitude, unsigned coded) {
-    const auto sign = static_cast<std::uint32_t>(window_ >> 32) & 0x80000000u;
-    Drop(static_cast<int>(coded));
-    return std::bit_cast<float>((std::bit_cast<std::uint32_t>(magnitude) | sign) & (0u - coded));
-  }
   int Cursor() const { return static_cast<int>(next_ - base_) * 8 - valid_; }
 
  private:
@@ -54,10 +49,99 @@ class BitWindow {
   int valid_ = 0;
 };
 
-// One coded value of a pair, with its linbits and sign.
-float TakeValue(BitWindow& bits, int value, int linbits, const float* pow43) {
-  if (value == 15 && linbits) value += bits.Take(linbits);
-  return bits.TakeSigned(pow43[value], value != 0);
+typedef double TwoDoubles __attribute__((vector_size(2 * sizeof(double))));
+typedef float TwoFloats __attribute__((vector_size(2 * sizeof(float))));
+typedef std::int32_t TwoWords __attribute__((vector_size(2 * sizeof(std::int32_t))));
+typedef float FourFloats __attribute__((vector_size(4 * sizeof(float))));
+
+// What the codes stand for.
+struct CodedValues {
+  TwoDoubles pairs[256];  // the magnitudes of both values to the power 4/3
+  // By which values have a sign (PairLookup::Entry::signs) and by the two bits behind the code word,
+  // of which a value without a sign takes none.
+  TwoWords signs[16];
+  FourFloats quads[256];  // by pattern
+};
+
+const CodedValues& GetCodedValues() {
+  static const CodedValues values = [] {
+    constexpr std::int32_t kSign = INT32_MIN;
+    const float* pow43 = GetLayer3Tables().pow43;
+    CodedValues built{};
+    for (int pair = 0; pair < 256; ++pair)
+      built.pairs[pair] = TwoDoubles{pow43[pair >> 4], pow43[pair & 15]};
+    for (int i = 0; i < 16; ++i) {
+      const bool first = i & 4, second = i & 8;
+      const int ofFirst = i >> 1 & 1, ofSecond = first ? i & 1 : ofFirst;
+      built.signs[i] = TwoWords{first && ofFirst ? kSign : 0, second && ofSecond ? kSign : 0};
+    }
+    constexpr float kOfPattern[4] = {0, 1, -1, 0};
+    for (int i = 0; i < 256; ++i)
+      built.quads[i] = FourFloats{kOfPattern[i >> 6], kOfPattern[i >> 4 & 3],
+                                  kOfPattern[i >> 2 & 3], kOfPattern[i & 3]};
+    return built;
+  }();
+  return values;
+}
+
+// One value of a pair with linbits.
+float TakeValue(BitWindow& bits, int value, int linbits, double factor) {
+  if (value == 15) value += bits.Take(linbits);
+  if (value == 0) return 0;
+  const auto magnitude = static_cast<float>(GetLayer3Tables().pow43[value] * factor);
+  return bits.Take(1) ? -magnitude : magnitude;
+}
+
+void StorePair(BitWindow& bits, const PairLookup::Entry& entry, const CodedValues& coded,
+               double factor, float* out) {
+  const std::uint64_t behind = bits.Top() << entry.codeBits;
+  bits.Drop(entry.bits);
+  const auto values = __builtin_convertvector(coded.pairs[entry.pair] * factor, TwoFloats);
+  TwoWords words;
+  std::memcpy(&words, &values, sizeof words);
+  words |= coded.signs[entry.signs | behind >> 62];
+  std::memcpy(out, &words, sizeof words);
+}
+
+// A pair that takes more bits than a quarter of the window.
+void TakeLongPair(BitWindow& bits, const PairLookup& pairs, PairLookup::Entry entry,
+                  const CodedValues& coded, double factor, float* out) {
+  bits.Refill();
+  if (entry.codeBits == PairLookup::kFurther) entry = pairs.Next(entry, bits.Top());
+  if (entry.codeBits == PairLookup::kEscaped) {
+    bits.Drop(entry.bits);
+    out[0] = TakeValue(bits, entry.pair >> 4, pairs.linbits, factor);
+    out[1] = TakeValue(bits, entry.pair & 15, pairs.linbits, factor);
+  } else {
+    StorePair(bits, entry, coded, factor, out);
+  }
+  bits.Refill();
+}
+
+inline __attribute__((always_inline)) void TakePair(BitWindow& bits, const PairLookup& pairs,
+                                                    const CodedValues& coded, double factor,
+                                                    float* out) {
+  const PairLookup::Entry entry = pairs.entries[bits.Top() >> (64 - PairLookup::kIndexBits)];
+  if (entry.codeBits >= PairLookup::kFurther) {
+    TakeLongPair(bits, pairs, entry, coded, factor, out);
+  } else {
+    StorePair(bits, entry, coded, factor, out);
+  }
+}
+
+// The lines from `i` to `end`, of which `factors` has one for each two.
+void TakePairs(BitWindow& bits, const PairLookup& pairs, const double* factors, int i, int end,
+               float* lines) {
+  const CodedValues& coded = GetCodedValues();
+  for (; i + 8 <= end; i += 8) {
+    bits.Refill();
+    for (int k = 0; k < 8; k += 2)
+      TakePair(bits, pairs, coded, factors[(i + k) / 2], lines + i + k);
+  }
+  for (; i < end; i += 2) {
+    bits.Refill();
+    TakePair(bits, pairs, coded, factors[i / 2], lines + i);
+  }
 }
 
 // Bit lengths and the partition group of a granule's scale factors.
@@ -118,8 +202,9 @@ void MpegDecoder::DecodeLayer3() {
       for (int channel = 0; channel < ChannelsNow(); ++channel) {
         const GranuleInfo& record = records[channel][granule];
         ReadScaleFactors(record, scaleFactors[channel]);
-        activeLines[channel] = ReadHuffmanData(record, spectrum[channel]);
-        Requantise(record, spectrum[channel], scaleFactors[channel]);
+        double factors[kLines / 2 + 1];
+        FindFactors(record, scaleFactors[channel], factors);
+        activeLines[channel] = ReadHuffmanData(record, factors, spectrum[channel]);
       }
       if (mode == 1) StereoProcess(records[1][granule], scaleFactors[1]);
       if (enhancerValue) EnhanceTreble();
@@ -230,51 +315,48 @@ void MpegDecoder::ReadScaleFactors(const GranuleInfo& record, int* store) {
   store[0] = store[1] = store[2] = 0;
 }
 
-// Fills all 576 values and gives how many lines from 0 on can be other than zero.
-int MpegDecoder::ReadHuffmanData(const GranuleInfo& record, float* values) {
-  const float* pow43 = GetLayer3Tables().pow43;
-  const int blockKind = record.blockType != 2 ? 0 : record.mixedBlock ? 2 : 1;
-  const std::int16_t* place = lineIndex[blockKind];
+// Fills all values, requantised, and gives how many lines from 0 on can be other than zero.
+// `factors` has one for each two lines, in the order in which they are coded; `values` has room for
+// the end of a last quad.
+int MpegDecoder::ReadHuffmanData(const GranuleInfo& record, const double* factors, float* values) {
+  float mixed[kLines + kPastEnd];
+  float* lines = record.blockType == 2 ? mixed : values;
   BitWindow bits(bitBase, *bitCursor);
   const int regionEnds[3] = {record.region0End, record.region1End, record.bigValueLines};
   int i = 0;
   for (int region = 0; region < 3; ++region) {
-    const HuffmanLookup& lookup = GetHuffmanLookup(record.tableSelect[region]);
-    for (; i < regionEnds[region]; i += 2) {
-      int codeBits;
-      bits.Refill();
-      const int pair = lookup.Find(bits.Top(), codeBits);
-      bits.Drop(codeBits);
-      values[place[i]] = TakeValue(bits, pair >> 4, lookup.linbits, pow43);
-      values[place[i + 1]] = TakeValue(bits, pair & 15, lookup.linbits, pow43);
-    }
+    TakePairs(bits, GetPairLookup(record.tableSelect[region]), factors, i, regionEnds[region],
+              lines);
+    i = std::max(i, regionEnds[region]);
   }
-  const HuffmanLookup& quads = GetHuffmanLookup(record.count1Table);
-  while (bits.Cursor() < record.part23End && i < kLines) {
-    int codeBits;
+  const QuadLookup& quads = GetQuadLookup(record.count1Table);
+  const CodedValues& coded = GetCodedValues();
+  for (; bits.Cursor() < record.part23End && i < kLines; i += 4) {
     bits.Refill();
-    const unsigned quad = static_cast<unsigned>(quads.Find(bits.Top(), codeBits));
-    bits.Drop(codeBits);
-    for (int shift = 3; shift >= 0; --shift, ++i) {
-      const float value = bits.TakeSigned(1.0f, quad >> shift & 1);
-      if (i < kLines) values[place[i]] = value;
-    }
+    const QuadLookup::Entry entry = quads.entries[bits.Top() >> (64 - QuadLookup::kIndexBits)];
+    bits.Drop(entry.bits);
+    const auto first = static_cast<float>(factors[i / 2]);
+    const auto second = static_cast<float>(factors[i / 2 + 1]);
+    const FourFloats four = coded.quads[entry.pattern] * FourFloats{first, first, second, second};
+    std::memcpy(lines + i, &four, sizeof four);
   }
   // The last four values lie behind the part's end, or are big values that ran past it.
   if (bits.Cursor() > record.part23End) i -= 4;
   i = std::clamp(i, 0, kLines);
   *bitCursor = bits.Cursor();
-  return ClearFrom(place, i, blockKind, values);
+  std::fill(lines + i, lines + kLines, 0.0f);
+  return record.blockType == 2 ? PlaceLines(record, lines, i, values) : i;
 }
 
-// Clears the coded places from `first` on.  In reordered blocks the lines below the highest band
-// that holds a value are not in coded order.
-int MpegDecoder::ClearFrom(const std::int16_t* place, int first, int blockKind, float* values) {
-  for (int i = first; i < kLines; ++i) values[place[i]] = 0.0f;
-  if (blockKind == 0) return first;
+// Puts the lines of short blocks from the order in which they are coded into that of the spectrum.
+// Those below the highest band that holds one of the first `count` are mixed with others.
+int MpegDecoder::PlaceLines(const GranuleInfo& record, const float* lines, int count,
+                            float* values) const {
+  const std::int16_t* place = lineIndex[record.mixedBlock ? 2 : 1];
+  for (int i = 0; i < kLines; ++i) values[place[i]] = lines[i];
   const short* edges = kShortBands[BandRow()];
   int band = 0;
-  while (edges[band] < first) ++band;
+  while (edges[band] < count) ++band;
   return edges[band];
 }
 

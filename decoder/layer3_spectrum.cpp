@@ -29,30 +29,33 @@ int MpegDecoder::LongBands(const GranuleInfo& record) const {
   return record.mixedBlock ? (Lsf() ? 6 : 8) : 0;
 }
 
-void MpegDecoder::Requantise(const GranuleInfo& record, float* values, const int* store) {
+// What the lines are multiplied by, one factor for each two in the order in which they are coded:
+// no band has an odd number of lines, nor has a window of one.
+void MpegDecoder::FindFactors(const GranuleInfo& record, const int* store, double* factors) const {
   const Layer3Tables& tables = GetLayer3Tables();
   const double gain = tables.gainPower[record.globalGain];
-  const int lines = activeLines[record.channel];
+  const auto power = [&](int exponent) {
+    return tables.scalePower[std::min(exponent, kLargestPower)];
+  };
   const short* longEdges = kLongBands[BandRow()];
   const int longBands = LongBands(record);
-  auto power = [&](int exponent) { return tables.scalePower[std::min(exponent, kLargestPower)]; };
-  for (int band = 0; band < longBands && longEdges[band] < lines; ++band) {
+  for (int band = 0; band < longBands; ++band) {
     const int preemphasis = record.preflag ? kPretab[band] : 0;
     const double factor = power((store[band] + preemphasis) << record.scalefacScale) * gain;
-    Kernels().scaleLines(values + longEdges[band], longEdges[band + 1] - longEdges[band], factor);
+    std::fill(factors + longEdges[band] / 2, factors + longEdges[band + 1] / 2, factor);
   }
+  factors[kLines / 2] = 0;
   if (record.blockType != 2) return;
   store += longBands;
   double windowGain[3];
   for (int window = 0; window < 3; ++window)
     windowGain[window] = power(record.subblockGain[window]) * gain;
   const short* edges = kShortBands[BandRow()];
-  for (int band = record.mixedBlock ? 3 : 0; band < 13 && edges[band] < lines; ++band) {
-    for (int window = 0; window < 3; ++window) {
-      const double factor = power(*store++ << record.scalefacScale) * windowGain[window];
-      for (int line = edges[band] + window; line < edges[band + 1]; line += 3)
-        values[line] = static_cast<float>(values[line] * factor);
-    }
+  for (int band = record.mixedBlock ? 3 : 0; band < 13; ++band) {
+    const int width = (edges[band + 1] - edges[band]) / 3;
+    double* of = factors + edges[band] / 2;
+    for (int window = 0; window < 3; ++window, of += width / 2)
+      std::fill_n(of, width / 2, power(*store++ << record.scalefacScale) * windowGain[window]);
   }
 }
 

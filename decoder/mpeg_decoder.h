@@ -116,7 +116,13 @@ class MpegDecoder : public InputStream {
   void ReadLayer1Frame(float (*left)[kSubbands], float (*right)[kSubbands]);
   void ReadLayer2Allocation(const AllocationTable& table, int bound);
   void ReadLayer2Scales(int subbands);
-  void ReadLayer2Granule(int granule, int subbands, int bound);
+  /// A set of three samples of one subband; the channels from the first to the last have it.
+  struct CodedSubband {
+    const QuantClass* quant;
+    int band, channel, lastChannel;
+  };
+  int ListCodedSubbands(int subbands, int bound, CodedSubband* coded) const;
+  void ReadLayer2Granule(int granule, const CodedSubband* coded, int count);
   int JointBound(int subbands) const;
 
   // Layer III.
@@ -127,10 +133,10 @@ class MpegDecoder : public InputStream {
   int ReadGranuleInfo(GranuleInfo& record, int running);
   void FillReservoir(int mainDataBegin);
   void ReadScaleFactors(const GranuleInfo& record, int* store);
-  int ReadHuffmanData(const GranuleInfo& record, float* values);
-  int ClearFrom(const std::int16_t* place, int first, int blockKind, float* values);
+  int ReadHuffmanData(const GranuleInfo& record, const double* factors, float* values);
+  int PlaceLines(const GranuleInfo& record, const float* lines, int count, float* values) const;
   int LongBands(const GranuleInfo& record) const;
-  void Requantise(const GranuleInfo& record, float* values, const int* store);
+  void FindFactors(const GranuleInfo& record, const int* store, double* factors) const;
   void StereoProcess(const GranuleInfo& record1, const int* store1);
   void FindIntensityPositions(const GranuleInfo& record1, const int* store1);
   void EnhanceTreble();
@@ -236,7 +242,8 @@ class MpegDecoder : public InputStream {
   static constexpr int kInputMargin = 8192;
   unsigned char inputBuffer[kInputCapacity + kInputMargin];
   unsigned char mainData[kReservoir + kReadAhead];
-  alignas(64) float spectrum[2][kLines];
+  static constexpr int kPastEnd = 16;  // for a last quad that begins two lines before the end
+  alignas(64) float spectrum[2][kLines + kPastEnd];
   alignas(64) float overlap[2][18][kSubbands];
   alignas(64) float subbandSamples[2][kFrameSlots][kSubbands];
   alignas(64) float channelPcm[2][kFrameSamples];

@@ -47,7 +47,9 @@ class DecoderProbe {
     d.bitBase = d.mainData;
     d.bitCursor = &d.mainDataBit;
     d.mainDataBit = 0;
-    return d.ReadHuffmanData(record, values);
+    double ones[kLines / 2 + 1];
+    std::fill(std::begin(ones), std::end(ones), 1.0);
+    return d.ReadHuffmanData(record, ones, values);
   }
   static constexpr int kReservoir = sizeof MpegDecoder::mainData;
 
