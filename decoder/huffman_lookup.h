@@ -61,8 +61,8 @@ struct PairLookup {
   int linbits = 0;
 };
 
-/// A tree of quads as one table, by the next kIndexBits bits, in which every code word has room with
-/// its signs.
+/// A tree of quads as one table, by the next kIndexBits bits, in which every code word has room
+/// with its signs.
 struct QuadLookup {
   static constexpr int kIndexBits = 10;
 

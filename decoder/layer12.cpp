@@ -18,13 +18,15 @@ namespace {
 // What each code word of three samples of so many levels holds, the codes beyond the last too.
 template <int kLevels, int kBits>
 constexpr auto GroupsOf() {
-  std::array<SampleTriple, std::size_t{1} << kBits> groups{};
+  std::array<FourFloats, std::size_t{1} << kBits> groups{};
   for (std::size_t i = 0; i < groups.size(); ++i) {
+    float samples[3];
     int code = static_cast<int>(i);
-    for (auto& sample : groups[i].samples) {
-      sample = static_cast<std::int8_t>(code % kLevels - kLevels / 2);
+    for (float& sample : samples) {
+      sample = static_cast<float>(code % kLevels - kLevels / 2);
       code /= kLevels;
     }
+    groups[i] = FourFloats{samples[0], samples[1], samples[2], 0};
   }
   return groups;
 }
@@ -256,21 +258,23 @@ void MpegDecoder::ReadLayer2Granule(int granule, const CodedSubband* coded, int 
     // The three take 48 bits at most.
     const std::uint64_t word = PeekBits(bitBase, cursor);
     const int bits = set->quant->bits;
-    float samples[3];
+    FourFloats samples;
     if (set->quant->groups) {
-      const SampleTriple& group = set->quant->groups[word >> (64 - bits)];
-      for (int k = 0; k < 3; ++k) samples[k] = static_cast<float>(group.samples[k]);
+      samples = set->quant->groups[word >> (64 - bits)];
       cursor += bits;
     } else {
-      for (int k = 0; k < 3; ++k)
-        samples[k] = static_cast<float>(static_cast<int>(word << bits * k >> (64 - bits)) -
-                                        set->quant->offset);
+      const auto codes = static_cast<std::int64_t>(word >> (64 - 3 * bits));
+      const auto mask = (std::int32_t{1} << bits) - 1;
+      const FourWords words{static_cast<std::int32_t>(codes >> 2 * bits),
+                            static_cast<std::int32_t>(codes >> bits) & mask,
+                            static_cast<std::int32_t>(codes) & mask, 0};
+      samples = __builtin_convertvector(words - set->quant->offset, FourFloats);
       cursor += 3 * bits;
     }
     for (int channel = set->channel; channel <= set->lastChannel; ++channel) {
-      const float scale = layer2Scale[channel][part][set->band];
+      const FourFloats scaled = samples * layer2Scale[channel][part][set->band];
       float* out = &subbandSamples[channel][3 * granule][set->band];
-      for (int k = 0; k < 3; ++k) out[kSubbands * k] = samples[k] * scale;
+      for (int k = 0; k < 3; ++k) out[kSubbands * k] = scaled[k];
     }
   }
   *bitCursor = cursor;

@@ -4,16 +4,15 @@
 
 namespace kwo {
 
-/// Three signed samples.
-struct SampleTriple {
-  std::int8_t samples[3];
-};
+typedef float FourFloats __attribute__((vector_size(4 * sizeof(float))));
+typedef std::int32_t FourWords __attribute__((vector_size(4 * sizeof(std::int32_t))));
 
 /// A Layer II quantisation class, ISO/IEC 11172-3 Table B.4.
 struct QuantClass {
-  const SampleTriple* groups;  ///< of each code word, where one holds three samples; null otherwise
-  int bits;                    ///< of a code word
-  int offset;                  ///< taken from the code to give the signed sample
+  /// The three signed samples of each code word, where one holds three; null otherwise.
+  const FourFloats* groups;
+  int bits;    ///< of a code word
+  int offset;  ///< taken from the code to give the signed sample
   float step;
 };
 

@@ -36,7 +36,7 @@ class BitWindow {
     valid_ -= bits;
   }
   int Take(int bits) {
-    const int value = static_cast<int>(window_ >> (64 - bits));
+    const int value = static_cast<int>(window_ >> 1 >> (63 - bits));
     Drop(bits);
     return value;
   }
@@ -57,8 +57,8 @@ typedef float FourFloats __attribute__((vector_size(4 * sizeof(float))));
 // What the codes stand for.
 struct CodedValues {
   TwoDoubles pairs[256];  // the magnitudes of both values to the power 4/3
-  // By which values have a sign (PairLookup::Entry::signs) and by the two bits behind the code word,
-  // of which a value without a sign takes none.
+  // By which values have a sign (PairLookup::Entry::signs) and by the two bits behind the code
+  // word, of which a value without a sign takes none.
   TwoWords signs[16];
   FourFloats quads[256];  // by pattern
 };
@@ -84,12 +84,14 @@ const CodedValues& GetCodedValues() {
   return values;
 }
 
-// One value of a pair with linbits.
+// One value of a pair with linbits, without a branch that the music would decide.
 float TakeValue(BitWindow& bits, int value, int linbits, double factor) {
-  if (value == 15) value += bits.Take(linbits);
-  if (value == 0) return 0;
+  value += bits.Take(value == 15 ? linbits : 0);
   const auto magnitude = static_cast<float>(GetLayer3Tables().pow43[value] * factor);
-  return bits.Take(1) ? -magnitude : magnitude;
+  const std::uint32_t coded = value != 0;
+  const auto sign = static_cast<std::uint32_t>(bits.Top() >> 32) & coded << 31;
+  bits.Drop(static_cast<int>(coded));
+  return std::bit_cast<float>(std::bit_cast<std::uint32_t>(magnitude) | sign);
 }
 
 void StorePair(BitWindow& bits, const PairLookup::Entry& entry, const CodedValues& coded,
@@ -202,7 +204,7 @@ void MpegDecoder::DecodeLayer3() {
       for (int channel = 0; channel < ChannelsNow(); ++channel) {
         const GranuleInfo& record = records[channel][granule];
         ReadScaleFactors(record, scaleFactors[channel]);
-        double factors[kLines / 2 + 1];
+        double factors[kLines / 2 + kPastEnd];
         FindFactors(record, scaleFactors[channel], factors);
         activeLines[channel] = ReadHuffmanData(record, factors, spectrum[channel]);
       }

@@ -47,7 +47,7 @@ class DecoderProbe {
     d.bitBase = d.mainData;
     d.bitCursor = &d.mainDataBit;
     d.mainDataBit = 0;
-    double ones[kLines / 2 + 1];
+    double ones[kLines / 2 + MpegDecoder::kPastEnd];
     std::fill(std::begin(ones), std::end(ones), 1.0);
     return d.ReadHuffmanData(record, ones, values);
   }
