@@ -127,6 +127,23 @@ TEST(Huffman, EveryTreeIsCompleteAndItsLookupGivesTheWalk) {
       const int expected = WalkTree(tree, window, walked);
       ASSERT_EQ(expected, GetHuffmanLookup(table).Find(window, found));
       ASSERT_EQ(walked, found);
+      if (table >= 32) {
+        const auto quad = GetQuadLookup(table).entries[window >> 54];
+        int pattern = 0, bits = walked;
+        for (int value = 8; value > 0; value /= 2)
+          pattern = pattern * 4 + (expected & value ? 1 + int(window << bits++ >> 63) : 0);
+        ASSERT_EQ(std::pair(bits, pattern), std::pair(int{quad.bits}, int{quad.pattern}));
+        continue;
+      }
+      const PairLookup& pairs = GetPairLookup(table);
+      PairLookup::Entry pair = pairs.entries[window >> 54];
+      if (pair.codeBits == PairLookup::kFurther) pair = pairs.Next(pair, window);
+      ASSERT_EQ(expected, pair.pair);
+      const bool first = expected >> 4, second = expected & 15;
+      const bool escaped = tree.linbits && (expected >> 4 == 15 || (expected & 15) == 15);
+      ASSERT_EQ(escaped, pair.codeBits == PairLookup::kEscaped);
+      ASSERT_EQ(walked + (escaped ? 0 : first + second), pair.bits);
+      ASSERT_EQ(4 * first + 8 * second, pair.signs);
     }
   }
 }
