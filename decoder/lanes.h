@@ -2,10 +2,6 @@
 
 #include <cstring>
 
-#if defined(__AVX__)
-#include <immintrin.h>
-#endif
-
 namespace kwo {
 inline namespace KWO_KERNELS {
 
@@ -37,13 +33,13 @@ inline void StoreVector(const Vector& vector, void* to) {
   std::memcpy(to, &vector, sizeof vector);
 }
 
+// GCC alone would make two halves of it.
 inline Lanes Widened(FloatLanes floats) {
-#if KWO_LANES == 8 && defined(__AVX512F__)
-  // In the form that leaves nothing undefined, of which one compiler warns.
-  return _mm512_maskz_cvtps_pd(0xFF, floats);
-#elif KWO_LANES == 4 && defined(__AVX__)
-  // The compiler alone makes two halves of it.
-  return _mm256_cvtps_pd(floats);
+#if KWO_LANES == 8 && defined(__AVX512F__) && !defined(__clang__)
+  constexpr int kAllLanes = -1, kRoundAsSet = 4;
+  return __builtin_ia32_cvtps2pd512_mask(floats, Lanes{}, kAllLanes, kRoundAsSet);
+#elif KWO_LANES == 4 && defined(__AVX__) && !defined(__clang__)
+  return __builtin_ia32_cvtps2pd256(floats);
 #else
   return __builtin_convertvector(floats, Lanes);
 #endif

@@ -47,7 +47,9 @@ SongTag ReadLongTag(const char* path) {
   if (!BeginsWithTag(path)) return {};
   // Loaded when it is first needed: most libraries of songs have the short tag in every file.
   static const LongTagReader reader = LoadReader();
-  return reader ? reader(ToMachinePath(path).c_str(), Decoded) : SongTag();
+  SongTag tag;
+  if (reader) reader(ToMachinePath(path).c_str(), Decoded, tag);
+  return tag;
 }
 
 }  // namespace kwo::platform

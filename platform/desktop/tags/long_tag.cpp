@@ -40,15 +40,15 @@ SongTag Read(const char* machinePath) {
 }  // namespace
 }  // namespace kwo::platform
 
-extern "C" __attribute__((visibility("default"))) kwo::platform::SongTag KwoReadLongTag(
-    const char* machinePath, kwo::platform::DecodeBytes decode) {
+extern "C" __attribute__((visibility("default"))) void KwoReadLongTag(
+    const char* machinePath, kwo::platform::DecodeBytes decode, kwo::platform::SongTag& tag) {
   using namespace kwo::platform;
   static const Latin1Handler handler;
   decoder = decode;
   TagLib::ID3v2::Tag::setLatin1StringHandler(&handler);
   try {
-    return Read(machinePath);
+    tag = Read(machinePath);
   } catch (...) {
-    return {};
+    // What such a tag says is not to be known.
   }
 }
