@@ -49,33 +49,30 @@ inline FloatLanes Rounded(Lanes doubles) {
   return __builtin_convertvector(doubles, FloatLanes);
 }
 
+// Four by four: rows become columns.
+inline void Transpose(Quad* quads) {
+  const Quad low = __builtin_shufflevector(quads[0], quads[1], 0, 4, 1, 5);
+  const Quad high = __builtin_shufflevector(quads[0], quads[1], 2, 6, 3, 7);
+  const Quad low2 = __builtin_shufflevector(quads[2], quads[3], 0, 4, 1, 5);
+  const Quad high2 = __builtin_shufflevector(quads[2], quads[3], 2, 6, 3, 7);
+  quads[0] = __builtin_shufflevector(low, low2, 0, 1, 4, 5);
+  quads[1] = __builtin_shufflevector(low, low2, 2, 3, 6, 7);
+  quads[2] = __builtin_shufflevector(high, high2, 0, 1, 4, 5);
+  quads[3] = __builtin_shufflevector(high, high2, 2, 3, 6, 7);
+}
+
 // For each lane the four floats at `from + lane * stride`; four rows of lanes.
 inline void LoadColumns(const float* from, int stride, Lanes* rows) {
   Quad quads[kLanes];
   for (int lane = 0; lane < kLanes; ++lane) quads[lane] = LoadVector<Quad>(from + lane * stride);
 #if KWO_LANES == 8
-  for (int half = 0; half < 2; ++half) {
-    Quad* q = quads + 4 * half;
-    const Quad low = __builtin_shufflevector(q[0], q[1], 0, 4, 1, 5);
-    const Quad high = __builtin_shufflevector(q[0], q[1], 2, 6, 3, 7);
-    const Quad low2 = __builtin_shufflevector(q[2], q[3], 0, 4, 1, 5);
-    const Quad high2 = __builtin_shufflevector(q[2], q[3], 2, 6, 3, 7);
-    q[0] = __builtin_shufflevector(low, low2, 0, 1, 4, 5);
-    q[1] = __builtin_shufflevector(low, low2, 2, 3, 6, 7);
-    q[2] = __builtin_shufflevector(high, high2, 0, 1, 4, 5);
-    q[3] = __builtin_shufflevector(high, high2, 2, 3, 6, 7);
-  }
+  Transpose(quads);
+  Transpose(quads + 4);
   for (int i = 0; i < 4; ++i)
     rows[i] = Widened(__builtin_shufflevector(quads[i], quads[4 + i], 0, 1, 2, 3, 4, 5, 6, 7));
 #elif KWO_LANES == 4
-  const Quad low = __builtin_shufflevector(quads[0], quads[1], 0, 4, 1, 5);
-  const Quad high = __builtin_shufflevector(quads[0], quads[1], 2, 6, 3, 7);
-  const Quad low2 = __builtin_shufflevector(quads[2], quads[3], 0, 4, 1, 5);
-  const Quad high2 = __builtin_shufflevector(quads[2], quads[3], 2, 6, 3, 7);
-  rows[0] = Widened(__builtin_shufflevector(low, low2, 0, 1, 4, 5));
-  rows[1] = Widened(__builtin_shufflevector(low, low2, 2, 3, 6, 7));
-  rows[2] = Widened(__builtin_shufflevector(high, high2, 0, 1, 4, 5));
-  rows[3] = Widened(__builtin_shufflevector(high, high2, 2, 3, 6, 7));
+  Transpose(quads);
+  for (int i = 0; i < 4; ++i) rows[i] = Widened(quads[i]);
 #else
   rows[0] = Widened(__builtin_shufflevector(quads[0], quads[1], 0, 4));
   rows[1] = Widened(__builtin_shufflevector(quads[0], quads[1], 1, 5));
@@ -87,33 +84,23 @@ inline void LoadColumns(const float* from, int stride, Lanes* rows) {
 // The other way: for each lane four floats side by side at `to + lane * stride`.
 inline void StoreColumns(const FloatLanes* rows, float* to, int stride) {
 #if KWO_LANES == 8
-  const FloatLanes low = __builtin_shufflevector(rows[0], rows[1], 0, 8, 1, 9, 4, 12, 5, 13);
-  const FloatLanes high = __builtin_shufflevector(rows[0], rows[1], 2, 10, 3, 11, 6, 14, 7, 15);
-  const FloatLanes low2 = __builtin_shufflevector(rows[2], rows[3], 0, 8, 1, 9, 4, 12, 5, 13);
-  const FloatLanes high2 = __builtin_shufflevector(rows[2], rows[3], 2, 10, 3, 11, 6, 14, 7, 15);
-  StoreVector(__builtin_shufflevector(low, low2, 0, 1, 8, 9), to);
-  StoreVector(__builtin_shufflevector(low, low2, 2, 3, 10, 11), to + stride);
-  StoreVector(__builtin_shufflevector(high, high2, 0, 1, 8, 9), to + 2 * stride);
-  StoreVector(__builtin_shufflevector(high, high2, 2, 3, 10, 11), to + 3 * stride);
-  StoreVector(__builtin_shufflevector(low, low2, 4, 5, 12, 13), to + 4 * stride);
-  StoreVector(__builtin_shufflevector(low, low2, 6, 7, 14, 15), to + 5 * stride);
-  StoreVector(__builtin_shufflevector(high, high2, 4, 5, 12, 13), to + 6 * stride);
-  StoreVector(__builtin_shufflevector(high, high2, 6, 7, 14, 15), to + 7 * stride);
+  Quad quads[8];
+  for (int i = 0; i < 4; ++i) {
+    quads[i] = __builtin_shufflevector(rows[i], rows[i], 0, 1, 2, 3);
+    quads[4 + i] = __builtin_shufflevector(rows[i], rows[i], 4, 5, 6, 7);
+  }
+  Transpose(quads);
+  Transpose(quads + 4);
 #elif KWO_LANES == 4
-  const Quad low = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5);
-  const Quad high = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7);
-  const Quad low2 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5);
-  const Quad high2 = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
-  StoreVector(__builtin_shufflevector(low, low2, 0, 1, 4, 5), to);
-  StoreVector(__builtin_shufflevector(low, low2, 2, 3, 6, 7), to + stride);
-  StoreVector(__builtin_shufflevector(high, high2, 0, 1, 4, 5), to + 2 * stride);
-  StoreVector(__builtin_shufflevector(high, high2, 2, 3, 6, 7), to + 3 * stride);
+  Quad quads[4] = {rows[0], rows[1], rows[2], rows[3]};
+  Transpose(quads);
 #else
   const Quad first = __builtin_shufflevector(rows[0], rows[1], 0, 2, 1, 3);
   const Quad second = __builtin_shufflevector(rows[2], rows[3], 0, 2, 1, 3);
-  StoreVector(__builtin_shufflevector(first, second, 0, 1, 4, 5), to);
-  StoreVector(__builtin_shufflevector(first, second, 2, 3, 6, 7), to + stride);
+  const Quad quads[2] = {__builtin_shufflevector(first, second, 0, 1, 4, 5),
+                         __builtin_shufflevector(first, second, 2, 3, 6, 7)};
 #endif
+  for (int lane = 0; lane < kLanes; ++lane) StoreVector(quads[lane], to + lane * stride);
 }
 
 inline FloatLanes Reversed(FloatLanes lanes) {
