@@ -5,6 +5,7 @@
 #include <new>
 #include <string>
 
+#include "engine/equaliser.h"
 #include "platform/ascii.h"
 
 namespace kwo {
@@ -99,6 +100,37 @@ std::int64_t AudioSource::Length() {
 std::int64_t AudioSource::Position() {
   if (decoder) return musicStream.Control(CTL_READ_POSITION);
   return wavReader ? wavReader->Position() : 0;
+}
+
+void AudioSource::SetCrystalizer(int value) {
+  if (decoder) decoder->SetCrystalizer(value);
+}
+
+void AudioSource::SetEnhancer(int value) {
+  if (decoder) decoder->SetEnhancer(value);
+}
+
+void AudioSource::SetVocalReducer(int value) {
+  if (decoder) decoder->SetVocalReducer(value);
+}
+
+void AudioSource::SetWideStereo(int value) {
+  if (decoder) decoder->SetWideStereo(value);
+}
+
+void AudioSource::SetEqualiserSwitch(int value) {
+  if (!decoder) return;
+  eqSwitch = value;
+  decoder->SetEqualiserSwitch(value);
+}
+
+void AudioSource::SetEqualiserCurve(const float* values) {
+  if (!decoder) return;
+  std::copy_n(values, kEqualiserBands + 1, eqValues);
+  float gains[kLines];
+  EqualiserLineGains(values, gains);
+  eqCompensation = static_cast<float>((1.0 - values[kEqualiserBands]) * 2.0 + 1.0);
+  decoder->SetLineGains(gains);
 }
 
 }  // namespace kwo

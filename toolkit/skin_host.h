@@ -147,9 +147,4 @@ class SkinHost {
 /// Gives 1, 2 for the default skin's, or 0.
 int LoadSkinPicture(const SkinHost& host, SkinBitmap& bitmap, const char* fileName);
 
-/// The runs of pixels that are not `transparentColor`, line by line from the top; of a picture with
-/// more of them than a window system takes, one run a line, with what lies between.
-std::vector<platform::Rectangle> FindShape(const SkinBitmap& bitmap,
-                                           std::uint32_t transparentColor);
-
 }  // namespace kwo

@@ -1,7 +1,7 @@
+#include "toolkit/window_shape.h"
+
 #include <cstddef>
 #include <utility>
-
-#include "toolkit/skin_host.h"
 
 namespace kwo {
 namespace {
@@ -29,10 +29,6 @@ void JoinRows(std::vector<platform::Rectangle>& runs) {
   runs = std::move(rows);
 }
 
-bool Loads(SkinBitmap& bitmap, const std::string& folder, const char* fileName) {
-  return bitmap.LoadFromFile((folder + fileName).c_str()) != 0;
-}
-
 }  // namespace
 
 std::vector<platform::Rectangle> FindShape(const SkinBitmap& bitmap,
@@ -52,28 +48,6 @@ std::vector<platform::Rectangle> FindShape(const SkinBitmap& bitmap,
   }
   if (runs.size() > kMostRuns) JoinRows(runs);
   return runs;
-}
-
-int LoadSkinPicture(const SkinHost& host, SkinBitmap& bitmap, const char* fileName) {
-  if (Loads(bitmap, host.skinPath, fileName)) return 1;
-  return Loads(bitmap, host.defaultSkinPath, fileName) ? 2 : 0;
-}
-
-int SkinHost::LoadBackground(const char* fileName, std::uint32_t transparentColor) {
-  auto picture = std::make_unique<SkinBitmap>();
-  if (!LoadSkinPicture(*this, *picture, fileName)) return 0;
-  auto blank = std::make_unique<SkinBitmap>();
-  if (!blank->CreateBlank(picture->width, picture->height, 0)) return 0;
-  background = std::move(picture);
-  canvas = std::move(blank);
-  background->key = kNoKey;
-  windowWidth = background->width;
-  windowHeight = background->height;
-  platform::ResizeWindow({windowWidth, windowHeight});
-  groups[0].PlaceGroup(nullptr, 0, 0, 0, windowWidth, windowHeight, 0, 0);
-  platform::SetWindowShape(FindShape(*background, transparentColor));
-  canvas->CopyFrom(background.get(), 0, 0, windowWidth, windowHeight);
-  return 1;
 }
 
 }  // namespace kwo

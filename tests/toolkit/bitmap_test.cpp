@@ -8,6 +8,7 @@
 #include "toolkit/skin_bitmap.h"
 #include "toolkit/skin_description.h"
 #include "toolkit/skin_host.h"
+#include "toolkit/window_shape.h"
 
 namespace kwo {
 namespace {

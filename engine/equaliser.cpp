@@ -1,9 +1,6 @@
-// The road of the effects' settings from an AudioSource to its decoder.
+#include "engine/equaliser.h"
 
 #include <algorithm>
-
-#include "engine/audio_source.h"
-#include "engine/equaliser.h"
 
 namespace kwo {
 namespace {
@@ -40,37 +37,6 @@ void EqualiserLineGains(const float* values, float* gains) {
       gains[line] = static_cast<float>((step - begin) * slope + gain);
     }
   }
-}
-
-void AudioSource::SetCrystalizer(int value) {
-  if (decoder) decoder->SetCrystalizer(value);
-}
-
-void AudioSource::SetEnhancer(int value) {
-  if (decoder) decoder->SetEnhancer(value);
-}
-
-void AudioSource::SetVocalReducer(int value) {
-  if (decoder) decoder->SetVocalReducer(value);
-}
-
-void AudioSource::SetWideStereo(int value) {
-  if (decoder) decoder->SetWideStereo(value);
-}
-
-void AudioSource::SetEqualiserSwitch(int value) {
-  if (!decoder) return;
-  eqSwitch = value;
-  decoder->SetEqualiserSwitch(value);
-}
-
-void AudioSource::SetEqualiserCurve(const float* values) {
-  if (!decoder) return;
-  std::copy_n(values, kEqualiserBands + 1, eqValues);
-  float gains[kLines];
-  EqualiserLineGains(values, gains);
-  eqCompensation = static_cast<float>((1.0 - values[kEqualiserBands]) * 2.0 + 1.0);
-  decoder->SetLineGains(gains);
 }
 
 }  // namespace kwo
