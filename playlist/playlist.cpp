@@ -251,10 +251,10 @@ int AddSong(const char* path, const platform::SongTag* tag) {
   return 1;
 }
 
-void SetTag(int index, const platform::SongTag& tag, bool selected) {
+void SetTag(int index, const platform::SongTag& tag) {
   PlaylistEntry* old = At(index);
   auto* entry = new PlaylistEntry(old->path, &tag);
-  entry->selected = selected;
+  entry->selected = int{old->selected};
   BuildDisplayName(*entry, playlist.displayMode);
   Put(index, entry);
   retired.push_back(old);

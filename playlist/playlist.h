@@ -67,7 +67,7 @@ bool CopyPath(int index, char (&path)[kPathSize]);
 /// tag stays unread where none is given.
 int AddSong(const char* path, const platform::SongTag* tag = nullptr);
 /// Gives an existing song another tag.
-void SetTag(int index, const platform::SongTag& tag, bool selected);
+void SetTag(int index, const platform::SongTag& tag);
 void ClearList();
 /// Rebuilds all display names by the display mode.  Any thread.
 void BuildDisplayNames();

@@ -67,12 +67,9 @@ void ReadAllTags() {
   const FileWorker::Asked asked = AskForTags(wait.files);
   for (int i = 0; i < playlist.count; ++i) {
     const FileWorker::Answer& answer = wait.Wait(asked, static_cast<std::size_t>(i));
-    if (answer.answered) {
-      SetTag(i, TagOf(answer), false);
-    } else {
-      PlaylistReader().Entry(i)->selected = 0;
-    }
+    if (answer.answered) SetTag(i, TagOf(answer));
   }
+  DeselectAll();
 }
 
 void BeginReadingTags() {
@@ -89,8 +86,7 @@ bool GoOnReadingTags() {
     const FileWorker::Answer* answer = reading->files.Find(reading->asked, next);
     if (!answer) break;
     const int song = UnreadSong(reading->paths[next], static_cast<int>(next));
-    if (song >= 0 && answer->answered)
-      SetTag(song, TagOf(*answer), PlaylistReader().Entry(song)->selected);
+    if (song >= 0 && answer->answered) SetTag(song, TagOf(*answer));
   }
   if (reading->next == reading->paths.size()) reading.reset();
   if ((!reading || reading->next != first) && hooks.refreshPlaylistPage) RefreshDisplays();
