@@ -81,7 +81,7 @@ PairLookup PairsOf(const HuffmanTree& tree, const HuffmanLookup& lookup) {
   PairLookup pairs;
   pairs.linbits = tree.linbits;
   pairs.entries.resize(std::size_t{1} << kIndexBits);
-  const int furtherBits = Depth(tree, 0) - kIndexBits;
+  const int furtherBits = std::max(Depth(tree, 0) - kIndexBits, 0);
   for (std::uint64_t i = 0; i >> kIndexBits == 0; ++i) {
     const std::uint64_t window = i << (64 - kIndexBits);
     int codeBits;
