@@ -194,7 +194,7 @@ void BuildDisplayName(PlaylistEntry& entry, int mode) {
 }
 
 const char* FileNameOf(const std::string& path) {
-  return path.c_str() + path.rfind('\\') + 1;
+  return path.c_str() + (path.rfind('\\') + 1);
 }
 
 }  // namespace
