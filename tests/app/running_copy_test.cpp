@@ -121,6 +121,49 @@ TEST_F(RunningCopy, StartThatDoesNotGetTheListSavesNone) {
   Start([](const Hands&) { EXPECT_EQ("0 1 2 ", Names()); });
 }
 
+TEST_F(RunningCopy, FolderInTheListIsWalkedWithTheWindowUp) {
+  int current = -1;
+  Start([&](const Hands& hands) {
+    hands.Drop(Songs(3));
+    OpenPage(hands, PAGE_PLAYLIST);
+    Press(hands, WIDGET_ROW + 1);
+    current = playlist.currentSong;
+  });
+  const auto list = [this](const std::vector<std::string>& lines) {
+    std::string text = "VERSION 10\r\n";
+    for (const std::string& line : lines)
+      text += (line == "SELECTED" ? "" : "ADD ") +
+              (line == "SELECTED" ? line : platform::FromMachinePath(folder.File(line).c_str())) +
+              "\r\n";
+    WriteBytes(folder.File("HISTORY.PLA"), text);
+    return text;
+  };
+  std::filesystem::create_directories(folder.File("album"));
+  for (const char* song : {"song4.mp3", "song5.mp3"})
+    std::filesystem::copy(folder.File("song0.mp3"), folder.File(std::string("album/") + song));
+  list({"album", "SELECTED", "song0.mp3"});
+  Start([&](const Hands&) {
+    EXPECT_EQ("4 *5 0 ", Names());
+    EXPECT_EQ(current, playlist.currentSong);
+  });
+  const std::string kept = list({"song1.mp3", "album"});
+  headless::SetStandingFolder(platform::FromMachinePath(folder.File("album").c_str()));
+  platform::Thread* end = platform::StartThread(
+      [](void*) {
+        while (playlist.count != 1) platform::Sleep(10);
+        const std::vector<std::uint8_t> picture = headless::WindowPixels();
+        platform::Sleep(500);
+        EXPECT_NE(picture, headless::WindowPixels()) << "it goes on meanwhile";
+        platform::PostQuitMessage(0);
+      },
+      nullptr, "end");
+  EXPECT_EQ(1, Start([](const Hands&) { ADD_FAILURE() << "there is no list to show"; }));
+  platform::JoinThread(end);
+  headless::SetStandingFolder("");
+  EXPECT_EQ(kept, ReadBytes(folder.File("HISTORY.PLA")));
+  EXPECT_TRUE(Copies().empty());
+}
+
 TEST_F(RunningCopy, DeepFolderKeepsWhatTheUserHas) {
   std::string deep = folder.File(std::string(100, 'd'));
   deep += '/' + std::string(250 - deep.size(), 'e');

@@ -121,6 +121,16 @@ TEST_F(List, SongsWithoutTheShortTagAreNamedByTheLongOne) {
   EXPECT_EQ("(n/a)-(n/a)-New", Display(1));
 }
 
+TEST_F(List, LineBehindAnM3uMeansTheFolderThatIsCurrentThen) {
+  std::filesystem::create_directories(folder.File("here/there"));
+  Song("here/there/a.mp3");
+  const std::string here = platform::CurrentFolder();
+  AddPlaylistText("ADD 1.mp3\nADD 2.mp3\nADD 3.mp3\nADD " + folder.File("here/x.m3u") +
+                  "\nADD there\nADD 4.mp3\n");
+  platform::SetCurrentFolder(here.c_str());
+  EXPECT_EQ("1.mp3 2.mp3 3.mp3 a.mp3 4.mp3", Look());
+}
+
 TEST_F(List, PlaylistsMayHaveSlashes) {
   const std::string path = folder.File("sub/a b.mp3");
   AddPlaylistText("ADD " + path + "\nplay " + path + "\n");
@@ -372,13 +382,13 @@ TEST_F(List, RecordsLiveAsLongAsTheirReaders) {
 }
 
 TEST_F(List, AddsFilesFoldersAndNothingElse) {
-  for (const char* name : {"sub/.5", ".Trash", "sub/.Trash-7", "sub/.Trash-x", "home/.cache"})
+  for (const char* name : {"sub/.5", ".Trash", "sub/.Trash-7", "sub/.Trash-", "home/.cache"})
     std::filesystem::create_directories(folder.File(name));
   setenv("HOME", folder.File("home").c_str(), 1);
   std::filesystem::create_directory_symlink(folder.Path(), folder.File("sub/loop"));
   for (const char* name :
        {"a.mp3", "sub/b.Mp2", "sub/.5/c.mp3", ".Trash/t.mp3", "sub/.Trash-7/t.mp3",
-        "sub/.Trash-x/x.mp3", "home/.cache/h.mp3", "home/.h.mp3", "d.wav", "e.ogg", "mp3",
+        "sub/.Trash-/x.mp3", "home/.cache/h.mp3", "home/.h.mp3", "d.wav", "e.ogg", "mp3",
         "back\\slash.mp3", "ADD sub\nADD .mp3"})
     Song(name);
   for (const char* name : {"zz.mp3", "Sub2.mp3", "B.mp3", "sub/A.mp3"}) Song(name);
