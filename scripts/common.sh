@@ -83,33 +83,39 @@ CONF
   sound_server=$!
   disown "$sound_server"
   trap stop_services EXIT
-  local i
-  for i in $(seq 50); do
-    pactl info >/dev/null 2>&1 && return
-    sleep 0.1
-  done
+  wait_until timeout 5 pactl info && return
   cat "$sound_folder/log" >&2
   fail "the null sound server does not start"
 }
 
+# Whether a command succeeds within a minute: a busy machine with a cold disk starts servers slowly.
+wait_until() {
+  local until=$((SECONDS + 60))
+  until "$@" >/dev/null 2>&1; do
+    [ $SECONDS -lt $until ] || return 1
+    sleep 0.1
+  done
+}
+
 # Starts an X display of our own with a window manager on it.  It ends with this script.
 start_own_display() {
-  need_packages xvfb openbox xdotool imagemagick x11-xserver-utils xauth
+  need_packages xvfb openbox xdotool imagemagick x11-utils x11-xserver-utils xauth
   display_folder=$(mktemp -d) || fail "no temporary folder"
   trap stop_services EXIT
   Xvfb -displayfd 3 -screen 0 1280x800x24 3>"$display_folder/number" >"$display_folder/log" 2>&1 &
   display_server=$!
   disown "$display_server"
-  local i
-  for i in $(seq 50); do
-    [ -s "$display_folder/number" ] && break
-    sleep 0.1
-  done
-  [ -s "$display_folder/number" ] || { cat "$display_folder/log" >&2; fail "Xvfb does not start"; }
+  if ! wait_until test -s "$display_folder/number"; then
+    cat "$display_folder/log" >&2
+    ps -o pid,stat,time,wchan,args -p "$display_server" >&2
+    df -h "$display_folder" >&2
+    fail "Xvfb does not start"
+  fi
   export DISPLAY=:$(cat "$display_folder/number")
   openbox >>"$display_folder/log" 2>&1 &
   disown $!
-  sleep 0.5
+  wait_until sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q window' ||
+    fail "the window manager does not start"
 }
 
 stop_services() {
