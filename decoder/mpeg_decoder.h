@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
+#include "base/shared.h"
 #include "decoder/input_stream.h"
 #include "decoder/kernels.h"
 #include "decoder/xing_header.h"
-#include "platform/shared.h"
 
 namespace kwo {
 

@@ -5,8 +5,8 @@
 #include <new>
 #include <string>
 
+#include "base/upper_cased.h"
 #include "engine/equaliser.h"
-#include "platform/ascii.h"
 
 namespace kwo {
 namespace {
@@ -15,7 +15,7 @@ namespace {
 SourceKind KindOfName(const char* name) {
   const std::size_t length = std::strlen(name);
   if (length < 4) return SourceKind::kNothing;
-  const std::string ending = platform::UpperCased(name + length - 4);
+  const std::string ending = UpperCased(name + length - 4);
   if (ending == ".MP3" || ending == ".MP2") return SourceKind::kMpeg;
   return ending == ".WAV" ? SourceKind::kWav : SourceKind::kNothing;
 }

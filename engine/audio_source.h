@@ -3,12 +3,12 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/shared.h"
 #include "decoder/file_input_stream.h"
 #include "decoder/mpeg_decoder.h"
 #include "decoder/music_stream.h"
 #include "decoder/song_stream.h"
 #include "engine/wav_reader.h"
-#include "platform/shared.h"
 
 namespace kwo {
 

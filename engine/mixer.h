@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/shared.h"
 #include "engine/voice.h"
-#include "platform/shared.h"
 #include "platform/threads.h"
 
 namespace kwo {

@@ -5,9 +5,9 @@
 #include <memory>
 #include <new>
 
+#include "base/hooks.h"
 #include "platform/clock.h"
 #include "platform/wave_out.h"
-#include "playlist/hooks.h"
 
 namespace kwo {
 

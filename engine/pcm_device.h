@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/shared.h"
+#include "base/shared.h"
 
 /// The ring of buffers between the render thread and the wave output.  There is one device for the
 /// process; its state is process-wide.  All three operations belong to the render thread.

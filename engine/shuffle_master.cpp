@@ -2,10 +2,10 @@
 
 #include <cstdlib>
 
+#include "base/hooks.h"
 #include "engine/transport.h"
 #include "platform/clock.h"
 #include "platform/threads.h"
-#include "playlist/hooks.h"
 
 namespace kwo {
 namespace {

@@ -4,8 +4,8 @@
 #include <bitset>
 #include <cstdlib>
 
+#include "base/hooks.h"
 #include "platform/clock.h"
-#include "playlist/hooks.h"
 
 namespace kwo {
 

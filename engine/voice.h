@@ -3,8 +3,8 @@
 #include <atomic>
 #include <memory>
 
+#include "base/shared.h"
 #include "engine/audio_source.h"
-#include "platform/shared.h"
 
 namespace kwo {
 

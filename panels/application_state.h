@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/shared.h"
+#include "base/shared_text.h"
 #include "platform/decoding.h"
-#include "platform/shared.h"
-#include "playlist/shared_text.h"
 #include "toolkit/skin_host.h"
 
 /// The process-wide variables of the program.  Main thread, but for the words marked as shared.

@@ -3,11 +3,11 @@
 #include <span>
 #include <vector>
 
+#include "base/hooks.h"
 #include "engine/transport.h"
 #include "panels/main_page.h"
 #include "panels/playlist_page.h"
 #include "platform/shell.h"
-#include "playlist/hooks.h"
 #include "playlist/playlist.h"
 #include "playlist/playlist_files.h"
 #include "playlist/tag_reader.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/shared.h"
+#include "base/shared.h"
 
 /// The wave output: a device that plays queued buffers in order, with no gap.
 namespace kwo::platform {

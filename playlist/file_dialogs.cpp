@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
+#include "base/hooks.h"
 #include "platform/files.h"
 #include "platform/shell.h"
-#include "playlist/hooks.h"
 #include "playlist/playlist.h"
 #include "playlist/playlist_files.h"
 #include "settings/settings.h"

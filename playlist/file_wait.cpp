@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "base/hooks.h"
 #include "platform/messages.h"
-#include "playlist/hooks.h"
 #include "playlist/tag_reader.h"
 
 namespace kwo {

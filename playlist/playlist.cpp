@@ -7,14 +7,13 @@
 #include <utility>
 #include <vector>
 
+#include "base/hooks.h"
 #include "platform/collation.h"
 #include "playlist/file_wait.h"
-#include "playlist/hooks.h"
 
 namespace kwo {
 
 PlaylistState playlist;
-Hooks hooks;
 
 namespace {
 
@@ -198,16 +197,6 @@ const char* FileNameOf(const std::string& path) {
 }
 
 }  // namespace
-
-void RefreshDisplays() {
-  if (hooks.refreshSongLine) hooks.refreshSongLine();
-  RefreshPage();
-}
-
-void SongChanged() {
-  if (hooks.followSong) hooks.followSong();
-  RefreshDisplays();
-}
 
 PlaylistReader::PlaylistReader() {
   readers.fetch_add(1);

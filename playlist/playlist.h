@@ -3,10 +3,10 @@
 #include <atomic>
 #include <string>
 
+#include "base/shared.h"
+#include "base/shared_text.h"
 #include "platform/decoding.h"
-#include "platform/shared.h"
 #include "platform/song_tag.h"
-#include "playlist/shared_text.h"
 
 /// The one list of songs, process-wide.
 ///

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/ascii.h"
+#include "base/upper_cased.h"
 #include "platform/decoding.h"
 #include "platform/file_worker.h"
 #include "platform/files.h"
@@ -28,7 +28,7 @@ constexpr std::size_t kMostNames = 200000;
 constexpr char kAdd[] = "ADD ", kSelected[] = "SELECTED\r\n", kLineEnd[] = "\r\n";
 
 bool IsSong(const std::string& path) {
-  const std::string upper = platform::UpperCased(path);
+  const std::string upper = UpperCased(path);
   return upper.ends_with(".MP3") || upper.ends_with(".MP2");
 }
 
@@ -88,7 +88,7 @@ int AddFound(const std::string& path, const FileWorker::Answer& found) {
     return AddSong(path.c_str(), &tag);
   }
   if (!found.answered) return 0;
-  const std::string upper = platform::UpperCased(path);
+  const std::string upper = UpperCased(path);
   if (upper.ends_with(".PLA")) return LoadPlaylistFile(path.c_str());
   return upper.ends_with(".M3U") ? EnterM3uDirectory(path.c_str()) : 0;
 }
@@ -98,7 +98,7 @@ using Line = std::string;
 
 void TakeLine(const std::string& keyword, const std::string& value, std::vector<Line>& lines) {
   if (keyword.size() >= kKeywordSize) return;
-  const std::string word = platform::UpperCased(keyword);
+  const std::string word = UpperCased(keyword);
   const bool adds = word == "PLAY" || word == "ADD";
   // A list made by hand may have the machine's separators.
   if (adds && !value.empty() && platform::IsOfNameLength(value))

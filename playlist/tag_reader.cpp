@@ -4,9 +4,9 @@
 #include <memory>
 #include <vector>
 
+#include "base/hooks.h"
 #include "platform/decoding.h"
 #include "playlist/file_wait.h"
-#include "playlist/hooks.h"
 
 namespace kwo {
 namespace {

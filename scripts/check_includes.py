@@ -6,14 +6,15 @@ import re
 import sys
 
 LAYERS = {
-    "platform": set(),
-    "decoder": {"platform"},
-    "settings": {"platform"},
-    "playlist": {"settings", "platform"},
-    "engine": {"decoder", "playlist", "platform"},
-    "toolkit": {"platform"},
-    "panels": {"toolkit", "engine", "playlist", "settings", "platform"},
-    "app": {"panels", "toolkit", "engine", "playlist", "settings", "platform"},
+    "base": set(),
+    "platform": {"base"},
+    "decoder": {"platform", "base"},
+    "settings": {"platform", "base"},
+    "playlist": {"settings", "platform", "base"},
+    "engine": {"decoder", "playlist", "platform", "base"},
+    "toolkit": {"platform", "base"},
+    "panels": {"toolkit", "engine", "playlist", "settings", "platform", "base"},
+    "app": {"panels", "toolkit", "engine", "playlist", "settings", "platform", "base"},
 }
 BACKENDS = ("platform/desktop", "platform/headless", "platform/posix")
 STANDARD = re.compile(r"^[a-z_0-9]+$")

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "platform/ascii.h"
+#include "base/upper_cased.h"
 #include "platform/decoding.h"
 #include "platform/registry.h"
 
@@ -17,7 +17,7 @@ constexpr std::size_t kTextSize = platform::kMostBytes + 1;
 }  // namespace
 
 int GetSettingInt(const char* name, int fallback, int force) {
-  const std::string folded = platform::UpperCased(name);
+  const std::string folded = UpperCased(name);
   std::string bytes;
   std::int32_t value = 0;
   if (!force && platform::ReadRegistry(kKey, folded.c_str(), bytes) &&
@@ -33,7 +33,7 @@ int GetSettingInt(const char* name, int fallback, int force) {
 
 const char* GetSettingString(const char* name, const char* fallback, int force) {
   static char text[kTextSize];
-  const std::string folded = platform::UpperCased(name);
+  const std::string folded = UpperCased(name);
   std::string bytes;
   if (!force && platform::ReadRegistry(kKey, folded.c_str(), bytes) && bytes.size() < kTextSize) {
     std::memcpy(text, bytes.data(), bytes.size());

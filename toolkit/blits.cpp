@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "platform/shared.h"
+#include "base/shared.h"
 
 namespace kwo {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/shared.h"
+#include "base/shared.h"
 
 namespace kwo {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/shared.h"
+#include "base/shared.h"
 
 namespace kwo {
 

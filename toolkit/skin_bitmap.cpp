@@ -6,8 +6,8 @@
 #include <new>
 #include <string>
 
+#include "base/shared.h"
 #include "platform/files.h"
-#include "platform/shared.h"
 #include "toolkit/bmp_reader.h"
 
 namespace kwo {

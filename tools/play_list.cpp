@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/hooks.h"
 #include "engine/transport.h"
 #include "platform/clock.h"
-#include "playlist/hooks.h"
 #include "tools/tool_engine.h"
 
 namespace {

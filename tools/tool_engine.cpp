@@ -2,10 +2,10 @@
 
 #include <cstring>
 
+#include "base/hooks.h"
 #include "engine/shuffle_master.h"
 #include "engine/transport.h"
 #include "platform/files.h"
-#include "playlist/hooks.h"
 #include "playlist/playlist_files.h"
 
 namespace kwo::tools {

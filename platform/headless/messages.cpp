@@ -5,10 +5,10 @@
 #include <mutex>
 #include <vector>
 
+#include "base/shared.h"
 #include "platform/headless/headless.h"
 #include "platform/headless/scheduler.h"
 #include "platform/headless/timers.h"
-#include "platform/shared.h"
 
 namespace kwo::platform {
 namespace {

@@ -5,8 +5,8 @@
 #include <mutex>
 #include <tuple>
 
+#include "base/shared.h"
 #include "platform/headless/headless.h"
-#include "platform/shared.h"
 
 namespace kwo::platform {
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "base/shared.h"
 #include "platform/headless/headless.h"
 #include "platform/headless/scheduler.h"
 #include "platform/headless/timers.h"
-#include "platform/shared.h"
 #include "platform/show_state.h"
 
 namespace kwo {

@@ -7,7 +7,7 @@
 #include <set>
 #include <utility>
 
-#include "platform/ascii.h"
+#include "base/upper_cased.h"
 #include "platform/clock.h"
 #include "platform/decoding.h"
 #include "platform/files.h"

@@ -16,12 +16,12 @@
 #include <string>
 #include <vector>
 
+#include "base/hooks.h"
 #include "engine/shuffle_master.h"
 #include "engine/transport.h"
 #include "platform/clock.h"
 #include "platform/headless/headless.h"
 #include "platform/threads.h"
-#include "playlist/hooks.h"
 #include "playlist/playlist_files.h"
 #include "playlist/tag_reader.h"
 #include "tests/support.h"

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
+#include "base/hooks.h"
 #include "engine/pcm_device.h"
 #include "platform/clock.h"
 #include "platform/headless/headless.h"
 #include "platform/wave_out.h"
-#include "playlist/hooks.h"
 #include "tests/engine/engine_fixture.h"
 
 namespace kwo {

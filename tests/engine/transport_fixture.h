@@ -4,11 +4,11 @@
 
 #include <string>
 
+#include "base/hooks.h"
 #include "engine/shuffle_master.h"
 #include "engine/transport.h"
 #include "platform/clock.h"
 #include "platform/headless/headless.h"
-#include "playlist/hooks.h"
 #include "tests/support.h"
 
 namespace kwo {

@@ -8,10 +8,10 @@
 #include <functional>
 #include <random>
 
+#include "base/hooks.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/headless/headless.h"
-#include "playlist/hooks.h"
 #include "playlist/playlist_files.h"
 #include "playlist/tag_reader.h"
 #include "settings/settings.h"

@@ -19,11 +19,11 @@
 #include <system_error>
 #include <thread>
 
+#include "base/shared.h"
 #include "platform/decoding.h"
 #include "platform/desktop/main_loop.h"
 #include "platform/files.h"
 #include "platform/posix/dropped_songs.h"
-#include "platform/shared.h"
 
 namespace kwo::platform {
 

@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "base/shared.h"
 #include "platform/desktop/qt/main_window.h"
-#include "platform/shared.h"
 
 namespace kwo::platform {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace kwo::platform {
+namespace kwo {
 
 /// `text` in capitals, whatever the user's language: in some, the capital of "i" is no "I".  Only
 /// the letters of ASCII change.  Any thread.
@@ -12,4 +12,4 @@ inline std::string UpperCased(std::string text) {
   return text;
 }
 
-}  // namespace kwo::platform
+}  // namespace kwo
