@@ -20,6 +20,7 @@
 #include "panels/equaliser_presets.h"
 #include "panels/main_page.h"
 #include "panels/mixer_page.h"
+#include "panels/pages.h"
 #include "panels/panel_tools.h"
 #include "panels/playlist_page.h"
 #include "panels/top_bar.h"
@@ -37,10 +38,6 @@
 namespace kwo {
 namespace {
 
-constexpr int kBlockSize = 4608;
-constexpr int kSampleRate = 44100;
-constexpr int kChannels = 2;
-constexpr int kVoices = 3;
 constexpr int kFrameRate = 20;
 constexpr int kFontHeight = 12;
 constexpr char kFontFace[] = "굴림체";
@@ -73,9 +70,7 @@ bool NoThread() {
 bool StartEngine() {
   TheMixer = new (std::nothrow) Mixer;
   if (!TheMixer) return false;
-  TheMixer->Init(kBlockSize, kSampleRate, kChannels, OnMixerEvent);
-  for (int slot = 0; slot < kVoices; ++slot)
-    if (!TheMixer->CreateVoice(slot, kBlockSize)) return false;
+  if (!TheMixer->Prepare(OnMixerEvent)) return false;
   return TheMixer->StartThread() || NoThread();
 }
 
@@ -121,28 +116,22 @@ bool OpenWindow(const platform::Rectangle& described) {
   // Gives 0 here, since the canvas comes with the background.
   host.CreateMainWindow(SkinName, MainCallback, 0, 0, 0, 0, kFrameRate);
   if (!platform::MainWindowExists()) return false;
-  if (!host.LoadBackground("background.bmp", TransparentColor)) return false;
-  host.SetSkinFont(kFontFace, kFontHeight, FontColor);
-  host.colorKey = host.defaultColorKey = TransparentColor;
+  if (!host.LoadBackground("background.bmp", skin.TransparentColor)) return false;
+  host.SetSkinFont(kFontFace, kFontHeight, skin.FontColor);
+  host.colorKey = host.defaultColorKey = skin.TransparentColor;
   const platform::Rectangle window = Within(described, host.windowWidth, host.windowHeight);
   host.groups[GROUP_INTERFACE].PlaceGroup(nullptr, window.x, window.y, 0, window.width,
                                           window.height, 0, 0);
   const platform::Point place = CentredPlace();
-  GetSettingInt("Y", place.y, 1);
-  GetSettingInt("X", place.x, 1);
+  SetSettingInt("Y", place.y);
+  SetSettingInt("X", place.x);
   host.MoveHostWindow(place.x, place.y, host.windowWidth, host.windowHeight);
   host.groups[GROUP_INTERFACE].visible = 1;
   return true;
 }
 
-void BuildPages() {
-  BuildTopBar();
-  BuildMainPage();
-  BuildPlaylistPage();
-  BuildMixerPage();
-  BuildInfoPage();
-  BuildConfigPage();
-  BuildWindowPage();
+void BuildInterface() {
+  BuildPages();
   CurrentPage = PAGE_MAIN;
   MixerSubPage = 0;
   TheSkinHost->VisualiserWidget = Find(WIDGET_VISUALISER);
@@ -151,10 +140,9 @@ void BuildPages() {
 }
 
 void RestoreWindow() {
-  const platform::Point centred = CentredPlace();
-  const platform::Point saved{GetSettingInt("POS_X", centred.x, 0),
-                              GetSettingInt("POS_Y", centred.y, 0)};
-  WindowFlags = GetSettingInt("POS_Z", 0, 0) & 7;
+  platform::Point saved = CentredPlace();
+  ReadWindowSettings(saved);
+  WindowFlags &= 7;
   if (CurrentAutoMode() > AUTO_MINIMISE) WindowFlags &= ~3;
   const platform::Size size{TheSkinHost->windowWidth, TheSkinHost->windowHeight};
   platform::Point place = SeenPlace(saved, size);
@@ -209,7 +197,7 @@ void RestoreCurrentSong(int saved) {
 bool AddRestOfList(int savedSong) {
   if (restOfList.empty()) return true;
   AddPlaylistText(std::exchange(restOfList, {}));
-  if (shuffleOn) BuildShuffleTable();
+  if (transport.shuffleOn) BuildShuffleTable();
   if (playlist.currentSong < 0) RestoreCurrentSong(savedSong);
   RefreshPlaylistPage();
   return !platform::EndAsked();
@@ -255,7 +243,7 @@ int StartUp() {
   std::snprintf(SkinName, sizeof SkinName, "default");
   platform::RemoveAbandonedFiles(AppDir);
   FindDeadCopy();
-  GetSettingString("Skin", SkinName, 1);
+  SetSettingString("Skin", SkinName);
   platform::Rectangle window{0, 0, 0, 0};
   if (!ReadSkinDescription(window)) {
     std::fputs("kwo: there is no skin/default/ui.txt beside the program\n", stderr);
@@ -267,14 +255,13 @@ int StartUp() {
                stderr);
     return 0;
   }
-  BuildPages();
+  BuildInterface();
   AddTrayIcon();
   platform::CreateInputEdit();
   InputText.Store("");
-  int displayMode, visualiser;
-  ReadDisplaySettings(displayMode, visualiser);
-  SetMainDisplayMode(displayMode);
-  SetMainSAMode(visualiser);
+  ReadDisplaySettings();
+  SetMainDisplayMode(MainDisplayMode);
+  SetMainSAMode(MainSAMode);
   const int savedSong = ReadPlaylistSettings();
   LoadEqPresets();
   if (const RunningCopy* copy = DeadCopy()) {
@@ -283,15 +270,15 @@ int StartUp() {
   }
   ReadMixerSettings();
   ApplyMixerPage();
-  if (!DjSetMode(djMode)) return NoThread();
+  if (!DjSetMode(transport.djMode)) return NoThread();
   RestoreWindow();
   if (!RestoreList()) return NoList();
-  if (shuffleOn) BuildShuffleTable();
+  if (transport.shuffleOn) BuildShuffleTable();
   RestoreCurrentSong(savedSong);
   FlushSettings();
   TheSkinHost->BringToFront();
   if (!TheSkinHost->StartRedraw()) return NoThread();
-  if (!VisualiserFillsWindow()) TheSkinHost->ShowTile(PAGE_MAIN, BackgroundEffect);
+  if (!VisualiserFillsWindow()) TheSkinHost->ShowTile(PAGE_MAIN, skin.BackgroundEffect);
   ShowMainPage(0);
   ShowTopBar(1);
   if (!AddRestOfList(savedSong)) return NoList();

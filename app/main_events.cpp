@@ -9,6 +9,7 @@
 #include "panels/equaliser_curve.h"
 #include "panels/main_page.h"
 #include "panels/menus.h"
+#include "panels/pages.h"
 #include "panels/panel_tools.h"
 #include "panels/playlist_page.h"
 #include "panels/top_bar.h"
@@ -17,6 +18,7 @@
 #include "playlist/playlist.h"
 #include "playlist/playlist_files.h"
 #include "playlist/tag_reader.h"
+#include "toolkit/slider.h"
 
 namespace kwo {
 namespace {
@@ -25,8 +27,6 @@ using platform::Point;
 using platform::Rectangle;
 
 enum Press : int { PRESS_NONE = 0, PRESS_HELD = 1, PRESS_CAP = 2 };
-// The pieces of a slider, as `Widget::ApplyValue` numbers them.
-enum SliderPart : int { PART_FIRST_CAP = 1, PART_SECOND_CAP = 2, PART_THUMB = 3 };
 
 int PressState;
 Widget* PressedWidget;
@@ -66,9 +66,8 @@ void HidePointer(bool hide) {
 struct SliderView {
   explicit SliderView(const Widget& slider)
       : upright(slider.kind == VERTICAL_SLIDER),
-        cell(slider.CellSize()),
+        cell(CellSize(slider)),
         length(upright ? slider.height : slider.width),
-        track(upright ? slider.image->height : slider.image->width),
         start(Along(WidgetPlace(slider))) {}
   int Along(Point place) const { return upright ? place.y : place.x; }
   // A point at `along` on the slider's axis, and at `place` on the other.
@@ -80,27 +79,26 @@ struct SliderView {
                    : static_cast<unsigned>(horizontal);
   }
   bool upright;
-  int cell, length, track, start;
+  int cell, length, start;
 };
 
-void MoveThumb(Widget& slider, const SliderView& view, int position, int way) {
+void MoveThumb(Widget& slider, const SliderView& view, int position) {
   slider.heldPart = PART_THUMB;
-  const float value =
-      slider.ApplyValue(PART_THUMB, static_cast<float>(position) / static_cast<float>(way));
+  const float value = slider.ApplyValue(PART_THUMB, ThumbValue(slider, position));
   DispatchEvent(view.Event(EVENT_HORIZONTAL_THUMB), &slider, value, 0);
 }
 
 void PressCap(Widget& slider, const SliderView& view, SliderPart part) {
   slider.heldPart = part;
-  slider.ApplyValue(static_cast<float>(part), -1.0f);
+  slider.ApplyValue(static_cast<float>(part), kSamePosition);
   DispatchEvent(view.Event(part == PART_FIRST_CAP ? EVENT_HORIZONTAL_LEFT : EVENT_HORIZONTAL_RIGHT),
                 &slider, 0, 0);
 }
 
 // Shows a slider that is not held any more.
 void Rest(Widget& slider) {
-  slider.heldPart = 0;
-  slider.ApplyValue(0.0f, -1.0f);
+  slider.heldPart = PART_REST;
+  slider.ApplyValue(PART_REST, kSamePosition);
 }
 
 void LetSliderGo() {
@@ -129,16 +127,14 @@ void LetGo() {
 void PressSlider(Widget& slider, Point place) {
   const SliderView view(slider);
   const int position = view.Along(place) - view.start;
-  if (position <= view.cell) {
-    PressCap(slider, view, PART_FIRST_CAP);
-    PressState = PRESS_CAP;
-  } else if (position >= view.length - view.cell) {
-    PressCap(slider, view, PART_SECOND_CAP);
-    PressState = PRESS_CAP;
-  } else {
+  const SliderPart part = HitSlider(slider, position);
+  if (part == PART_THUMB) {
     HidePointer(true);
     platform::SetCapture();
-    MoveThumb(slider, view, position - view.cell, view.track - 2 * view.cell);
+    MoveThumb(slider, view, position);
+  } else {
+    PressCap(slider, view, part);
+    PressState = PRESS_CAP;
   }
 }
 
@@ -162,11 +158,11 @@ void OnPress(int message, Point place) {
       PressSlider(widget, place);
       break;
     case BUTTON_WIDGET:
-      widget.ApplyValue(1.0f, 0.0f);
+      widget.ApplyValue(0, 0);
       DispatchEvent(EVENT_BUTTON, &widget, static_cast<float>(message), 0);
       break;
     case CHECK_WIDGET:
-      DispatchEvent(EVENT_CHECK, &widget, widget.ApplyValue(2.0f, 1.0f), 0);
+      DispatchEvent(EVENT_CHECK, &widget, widget.ApplyValue(CHECK_FLIP, 1.0f), 0);
       break;
     default:
       DispatchEvent(EVENT_IMAGE, &widget, 0, 0);
@@ -180,15 +176,15 @@ void OnPress(int message, Point place) {
 
 void DragThumb(Widget& slider, Point place) {
   const SliderView view(slider);
-  int position = view.Along(place) - view.cell - view.start;
-  if (position < 0) {
-    position = 0;
-    SetClientPointer(view.At(view.cell + view.start, place));
-  } else if (position >= view.length) {
-    position = view.length - 1;
+  int position = view.Along(place) - view.start;
+  if (position < view.cell) {
+    position = view.cell;
+    SetClientPointer(view.At(position + view.start, place));
+  } else if (position >= view.length + view.cell) {
+    position = view.length + view.cell - 1;
     SetClientPointer(view.At(view.length - view.cell + view.start, place));
   }
-  MoveThumb(slider, view, position, view.length - 2 * view.cell);
+  MoveThumb(slider, view, position);
 }
 
 void OnMove(Point place) {
@@ -219,7 +215,7 @@ void OnRelease(int message, Point place) {
 }
 
 bool AnythingHeld() {
-  return PressState == PRESS_HELD || (PressedWidget && PressedWidget->heldPart != 0);
+  return PressState == PRESS_HELD || (PressedWidget && PressedWidget->heldPart != PART_REST);
 }
 
 // A notch is so many presses and releases of a cap.
@@ -274,27 +270,27 @@ void OnDrop(int drop) {
   bool stepped = false;
   AddPaths(platform::TakeDroppedFiles(drop), [&stepped](int) {
     // While nothing plays, the steps to all but the last would show nothing.
-    if (playing) {
+    if (transport.playing) {
       TransportNext();
     } else {
       stepped = true;
       AdvanceSong();
     }
   });
-  if (stepped && !playing) TransportLoad();
-  if (shuffleOn && playlist.count != before) BuildShuffleTable();
+  if (stepped && !transport.playing) TransportLoad();
+  if (transport.shuffleOn && playlist.count != before) BuildShuffleTable();
   RefreshSongLine();
   RefreshPlaylistPage();
 }
 
-void SlideOut() {
-  HideTopBar(0);
-  HideCurrentPage(0);
-}
-
-void SlideIn() {
-  ShowTopBar(0);
-  ShowCurrentPage(0);
+void Slide(bool in) {
+  if (in) {
+    ShowTopBar(0);
+    ShowCurrentPage(0);
+  } else {
+    HideTopBar(0);
+    HideCurrentPage(0);
+  }
 }
 
 Point CornerOf(const Rectangle& screen, const Rectangle& window, bool right, bool bottom) {
@@ -385,7 +381,7 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
       break;
     case platform::kMessageSize:
       if (wParam == platform::kSizeMinimised) LetGo();
-      if (AppReady) (wParam == platform::kSizeMinimised ? SlideOut : SlideIn)();
+      if (AppReady) Slide(wParam != platform::kSizeMinimised);
       break;
     case platform::kMessageActivate:
       if (CurrentAutoMode() == AUTO_MINIMISE && (wParam & 0xFFFF) == 0)
@@ -393,7 +389,7 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
       break;
     case platform::kMessageShowWindow:
       if (!wParam) LetGo();
-      if (AppReady) (wParam ? SlideIn : SlideOut)();
+      if (AppReady) Slide(wParam != 0);
       break;
     case platform::kMessageCommand:
       OnCommand(wParam);
@@ -401,7 +397,7 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
     case platform::kMessageSysCommand:
       if (!AppReady) break;
       if (wParam == platform::kSystemClose) platform::PostQuitMessage(0);
-      if (wParam == platform::kSystemRestore) SlideIn();
+      if (wParam == platform::kSystemRestore) Slide(true);
       break;
     case platform::kMessageTimer:
       if (wParam == kRunningCopyTimer) {

@@ -84,8 +84,7 @@ void TakeSettings(const std::string& lines) {
     const std::size_t end = std::min(lines.find('\n', at), lines.size());
     const std::size_t equals = lines.find('=', at);
     if (equals < end)
-      GetSettingInt(lines.substr(at, equals - at).c_str(), std::atoi(lines.c_str() + equals + 1),
-                    1);
+      SetSettingInt(lines.substr(at, equals - at).c_str(), std::atoi(lines.c_str() + equals + 1));
     at = end + 1;
   }
 }

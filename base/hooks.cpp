@@ -5,12 +5,12 @@ namespace kwo {
 Hooks hooks;
 
 void RefreshDisplays() {
-  if (hooks.refreshSongLine) hooks.refreshSongLine();
-  if (hooks.refreshPlaylistPage) hooks.refreshPlaylistPage();
+  hooks.refreshSongLine();
+  hooks.refreshPlaylistPage();
 }
 
 void SongChanged() {
-  if (hooks.followSong) hooks.followSong();
+  hooks.followSong();
   RefreshDisplays();
 }
 

@@ -4,22 +4,22 @@
 
 namespace kwo {
 
-/// What the list and the engine tell the layers above them.  Each may be empty, is set before the
-/// threads start, and may be called on any thread; it touches no engine state.
+/// What the list and the engine tell the layers above them.  Each does nothing until it is set, is
+/// set before the threads start, and may be called on any thread; it touches no engine state.
 struct Hooks {
-  void (*refreshSongLine)() = nullptr;
-  void (*refreshPlaylistPage)() = nullptr;
+  void (*refreshSongLine)() = [] {};
+  void (*refreshPlaylistPage)() = [] {};
   /// The play order has moved on to another song, whose row may be out of sight.
-  void (*followSong)() = nullptr;
+  void (*followSong)() = [] {};
   /// A menu or dialog is about to wait for the user.  Main thread.
-  void (*beforeChoice)() = nullptr;
+  void (*beforeChoice)() = [] {};
   /// In hundredths of a second.
-  void (*showSongTime)(int hundredths) = nullptr;
+  void (*showSongTime)(int hundredths) = [](int) {};
   /// A block of `count` interleaved 16-bit values that has just been played.  Comes on the wave
   /// output's thread and must return soon.
-  void (*pushSamples)(const std::int16_t* samples, int count) = nullptr;
+  void (*pushSamples)(const std::int16_t* samples, int count) = [](const std::int16_t*, int) {};
   /// Stops the music before the song under way leaves the list.  Main thread.
-  void (*transportStop)() = nullptr;
+  void (*transportStop)() = [] {};
 };
 
 extern Hooks hooks;

@@ -13,15 +13,12 @@ int StartAgain(Mixer*, int event, Voice* voice, int, int, int) {
 
 void MixThreeSongs(benchmark::State& state) {
   Mixer mixer;
-  mixer.Init(4608, 44100, 2, StartAgain);
+  mixer.Prepare(StartAgain);
   mixer.limiter = mixer.crystalizer = mixer.vocalReducer = mixer.wideStereo = mixer.eqSwitch = 1;
   mixer.enhancer = 2;
   mixer.speed = 1.1f;
   mixer.pan = 0.2f;
-  for (int slot = 0; slot < 3; ++slot) {
-    mixer.CreateVoice(slot, 4608);
-    mixer.Slot(slot)->Start();
-  }
+  for (int slot = 0; slot < kVoices; ++slot) mixer.Slot(slot)->Start();
   for (auto _ : state) mixer.RenderBlock();
   state.counters["share_of_block"] =
       benchmark::Counter(2304.0 / 44100 * static_cast<double>(state.iterations()),

@@ -58,10 +58,10 @@ BENCHMARK(RefreshNames)->Arg(0)->Arg(4)->Unit(benchmark::kMillisecond);
 
 void StepToNext(benchmark::State& state) {
   FillInReverse();
-  repeatOn = 1;
-  shuffleOn = static_cast<int>(state.range(0));
+  transport.repeatOn = 1;
+  transport.shuffleOn = static_cast<int>(state.range(0));
   for (auto _ : state) benchmark::DoNotOptimize(AdvanceSong());
-  shuffleOn = 0;
+  transport.shuffleOn = 0;
 }
 BENCHMARK(StepToNext)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 

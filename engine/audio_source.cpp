@@ -126,7 +126,7 @@ void AudioSource::SetEqualiserSwitch(int value) {
 
 void AudioSource::SetEqualiserCurve(const float* values) {
   if (!decoder) return;
-  std::copy_n(values, kEqualiserBands + 1, eqValues);
+  std::copy_n(values, kEqualiserValues, eqValues);
   float gains[kLines];
   EqualiserLineGains(values, gains);
   eqCompensation = static_cast<float>((1.0 - values[kEqualiserBands]) * 2.0 + 1.0);

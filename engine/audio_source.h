@@ -8,6 +8,7 @@
 #include "decoder/mpeg_decoder.h"
 #include "decoder/music_stream.h"
 #include "decoder/song_stream.h"
+#include "engine/equaliser.h"
 #include "engine/wav_reader.h"
 
 namespace kwo {
@@ -70,7 +71,7 @@ class AudioSource {
   int sampleRate = 44100;
   int channels = 2;
   float eqCompensation = 1.0f;
-  float eqValues[17] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+  float eqValues[kEqualiserValues] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
   int eqSwitch = 0;
 
  private:

@@ -3,6 +3,7 @@
 namespace kwo {
 
 constexpr int kEqualiserBands = 16;
+constexpr int kEqualiserValues = kEqualiserBands + 1;  ///< the bands, then the master value
 
 /// The gain of each of the 576 spectral lines for 16 band values, 1.0 neutral.  A lift reaches much
 /// further than a cut, and the gain steps every three lines.

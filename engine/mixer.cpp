@@ -10,6 +10,9 @@
 #include "platform/wave_out.h"
 
 namespace kwo {
+
+Mixer* TheMixer = nullptr;
+
 namespace {
 
 constexpr float kBeyond16Bits = 65536.0f;
@@ -42,7 +45,7 @@ void Mixer::Reset() {
   mixBuffer.reset();
   for (int slot = 0; slot < kSlots; ++slot) DeleteVoice(slot);
   callback = nullptr;
-  sampleRate = 44100;
+  sampleRate = kOutputRate;
   channels = blockSize = anyVoice = 0;
   volume = speed = 1.0f;
   pan = 0.0f;
@@ -60,6 +63,13 @@ int Mixer::Init(int blockValues, int rate, int channelCount, MixerCallback event
   pcmBlock.reset(new (std::nothrow) std::int16_t[static_cast<std::size_t>(blockValues)]());
   mixBuffer.reset(new (std::nothrow) float[static_cast<std::size_t>(blockValues)]());
   return 1;
+}
+
+bool Mixer::Prepare(MixerCallback eventCallback) {
+  Init(kBlockValues, kOutputRate, kOutputChannels, eventCallback);
+  for (int slot = 0; slot < kVoices; ++slot)
+    if (!CreateVoice(slot, kBlockValues)) return false;
+  return true;
 }
 
 int Mixer::CreateVoice(int slot, int capacity) {

@@ -10,6 +10,12 @@
 
 namespace kwo {
 
+/// What the program's mixer has.
+constexpr int kBlockValues = 4608;
+constexpr int kOutputRate = 44100;
+constexpr int kOutputChannels = 2;
+constexpr int kVoices = 3;
+
 /// Turns voices into sound: 128 slots, a float mix buffer, the 16-bit block, and the render thread
 /// that keeps the PcmDevice fed.
 ///
@@ -30,6 +36,8 @@ class Mixer {
   void Reset();
   /// `blockSize` in float values.  Always 1; without memory the Mixer renders nothing.
   int Init(int blockValues, int rate, int channelCount, MixerCallback eventCallback);
+  /// The same for the program's block and output, with its voices; false without memory for these.
+  bool Prepare(MixerCallback eventCallback);
   /// Replaces the voice in a slot; 0 if it can't be made.  Not while the thread runs.
   int CreateVoice(int slot, int capacity);
   void DeleteVoice(int slot);
@@ -52,7 +60,7 @@ class Mixer {
   Voice* Slot(int slot) const { return slots[slot].load(std::memory_order_acquire); }
 
   MixerCallback callback = nullptr;
-  Shared<int> sampleRate = 44100;
+  Shared<int> sampleRate = kOutputRate;
   int channels = 0;
   int blockSize = 0;
   int anyVoice = 0;  ///< some voice has written to the mix buffer in this block; render thread
@@ -65,7 +73,7 @@ class Mixer {
   Shared<int> wideStereo;
   Shared<int> limiter;
   Shared<int> eqSwitch;
-  Shared<float> eqValues[17] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+  Shared<float> eqValues[kEqualiserValues] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
 
  private:
   static void RunThread(void* mixer);
@@ -80,6 +88,9 @@ class Mixer {
   Shared<int> threadAlive;
   platform::Thread* thread = nullptr;
 };
+
+/// The single mixer; null before start-up and after shutdown.
+extern Mixer* TheMixer;
 
 /// Plain rounding to nearest, ties to even, with saturation at 16 bits.
 void ConvertToPcm(const float* values, std::int16_t* pcm, int count);

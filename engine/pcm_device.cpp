@@ -26,9 +26,8 @@ int currentBuffer = 0;
 int fillOffset = 0;  // 0: no buffer is being filled
 
 void PassPlayed(platform::WaveHeader& header) {
-  if (hooks.pushSamples)
-    hooks.pushSamples(reinterpret_cast<const std::int16_t*>(header.data),
-                      static_cast<int>(header.bufferLength / 2));
+  hooks.pushSamples(reinterpret_cast<const std::int16_t*>(header.data),
+                    static_cast<int>(header.bufferLength / 2));
 }
 
 // The lowest-numbered buffer that the device does not hold, or -1.

@@ -64,11 +64,11 @@ bool DjSleep(int milliseconds) {
 // `run` is what was playing as the transition began; one that the user has begun since is not ours
 // to end.
 void EndOfList(unsigned run) {
-  if (playing.Raising() != run) return;
+  if (transport.playing.Raising() != run) return;
   DjVoice(0).Stop();
   DjVolumeRamp(1, kLastVolume);
   DjVoice(2).Stop();
-  playing.LowerIf(run);
+  transport.playing.LowerIf(run);
   RefreshDisplays();
 }
 
@@ -90,13 +90,13 @@ void CrossFade() {
 }
 
 void Transition() {
-  const unsigned run = playing.Raising();
+  const unsigned run = transport.playing.Raising();
   DjVoice(2).Stop();
   DjVoice(2).ResetRamps();
   TheMixer->RotateSlots(0, 2);
   const int result = AdvanceSong();
   const int index = playlist.currentSong;
-  if (result < 0 && !repeatOn) {
+  if (result < 0 && !transport.repeatOn) {
     EndOfList(run);
   } else if (index >= 0 && DjLoad(0, index)) {
     CrossFade();
@@ -106,12 +106,12 @@ void Transition() {
 void RunDj(void*) {
   int ticks = 0;
   while (djWanted) {
-    if (ticks > kTicksPerSong && playing) {
+    if (ticks > kTicksPerSong && transport.playing) {
       Transition();
       ticks = 0;
     }
     if (!DjSleep(kTickMilliseconds)) return;
-    if (playing) ++ticks;
+    if (transport.playing) ++ticks;
   }
 }
 

@@ -9,16 +9,7 @@
 
 namespace kwo {
 
-Mixer* TheMixer = nullptr;
-SharedFlag playing;
-Shared<int> paused;
-Shared<int> playMode;
-Shared<int> repeatOn;
-Shared<int> shuffleOn;
-Shared<int> djMode;
-Shared<int> shuffleTable[kPlaylistSlots];
-Shared<int> shufflePosition;
-Shared<int> SeekActive;
+TransportState transport;
 
 namespace {
 
@@ -40,8 +31,8 @@ void StartFadeIn(Voice& voice, const FadeIn& fade) {
 }
 
 bool InPlayMode(const PlaylistEntry& entry) {
-  if (playMode == 1) return entry.selected != 0;
-  return playMode != 2 || entry.selected == 0;
+  if (transport.playMode == 1) return entry.selected != 0;
+  return transport.playMode != 2 || entry.selected == 0;
 }
 
 bool AnySongInPlayMode(const PlaylistReader& reader) {
@@ -55,15 +46,15 @@ bool AnySongInPlayMode(const PlaylistReader& reader) {
 // One step forward; `wrapped` is set at the list's end.
 int StepForward(bool& wrapped) {
   const int count = playlist.count;
-  if (shuffleOn) {
-    int place = shufflePosition + 1;
+  if (transport.shuffleOn) {
+    int place = transport.shufflePosition + 1;
     if (place >= count) {
       BuildShuffleTable();
       place = 0;
       wrapped = true;
     }
-    shufflePosition = place;
-    return shuffleTable[place];
+    transport.shufflePosition = place;
+    return transport.shuffleTable[place];
   }
   const int next = playlist.currentSong + 1;
   if (next < count) return next;
@@ -73,10 +64,10 @@ int StepForward(bool& wrapped) {
 
 int StepBack(bool&) {
   const int last = playlist.count - 1;
-  if (shuffleOn) {
-    const int place = shufflePosition - 1;
-    shufflePosition = place < 0 || place > last ? last : place;
-    return shuffleTable[shufflePosition];
+  if (transport.shuffleOn) {
+    const int place = transport.shufflePosition - 1;
+    transport.shufflePosition = place < 0 || place > last ? last : place;
+    return transport.shuffleTable[transport.shufflePosition];
   }
   const int previous = playlist.currentSong - 1;
   return previous < 0 || previous > last ? last : previous;
@@ -107,7 +98,7 @@ void StepSong(int (*step)()) {
     RefreshDisplays();
     return;
   }
-  const bool wasPlaying = playing != 0;
+  const bool wasPlaying = transport.playing != 0;
   if (wasPlaying) TransportStop();
   const int index = step();
   if (index < 0) {
@@ -127,9 +118,9 @@ void ShowTimeZero(Mixer* mixer) {
 // The song in slot 0 has ended.  Not 0: the voice has more to read, or nothing is left to play.
 int OnSourceEnd(Mixer* mixer, Voice* voice) {
   // Read before the slot: a stop and a new play in between make either another one.
-  const unsigned run = playing.Raising();
+  const unsigned run = transport.playing.Raising();
   // The ShuffleMaster owns the order then, and the voice stays silent until its next crossfade.
-  if (djMode != 0) return 1;
+  if (transport.djMode != 0) return 1;
   // A fading voice simply runs out.
   if (voice != mixer->Slot(0)) return 0;
   if (playlist.count <= 0) {
@@ -142,7 +133,7 @@ int OnSourceEnd(Mixer* mixer, Voice* voice) {
     voice->Stop();
     voice->Seek(0.0f);
     ShowTimeZero(mixer);
-    playing.LowerIf(run);
+    transport.playing.LowerIf(run);
   }
   SongChanged();
   return 1;
@@ -152,7 +143,7 @@ int OnSourceEnd(Mixer* mixer, Voice* voice) {
 
 void TransportPlay() {
   // Whatever the current song's number has come to.
-  if (playing) {
+  if (transport.playing) {
     TogglePause();
     return;
   }
@@ -179,13 +170,13 @@ void TransportPlay() {
     voice.SetVolume(1.0f);
   }
   // In this order: a song that ends at once must find what it has to lower.
-  playing.Raise();
+  transport.playing.Raise();
   voice.Start();
 }
 
 void TransportStop() {
-  if (!playing) return;
-  playing.Lower();
+  if (!transport.playing) return;
+  transport.playing.Lower();
   for (int slot = 0; slot < 2; ++slot) {
     Voice& voice = *TheMixer->Slot(slot);
     voice.ResetRamps();
@@ -200,16 +191,16 @@ void TransportStop() {
 }
 
 void TogglePause() {
-  if (!playing) return;
+  if (!transport.playing) return;
   Voice& voice = *TheMixer->Slot(0);
-  if (!paused) {
+  if (!transport.paused) {
     voice.SetVolume(1.0f);
     voice.SetVolumeRamp(0, 0.8f, 0.01f, 1);
-    paused = 1;
+    transport.paused = 1;
   } else {
     StartFadeIn(voice, kUnpause);
     voice.Start();
-    paused = 0;
+    transport.paused = 0;
   }
 }
 
@@ -229,7 +220,7 @@ void TransportLoad() {
 int AdvanceSong() {
   bool wrapped = false;
   const int index = StepToSong(StepForward, wrapped);
-  return wrapped && !repeatOn ? -1 : index;
+  return wrapped && !transport.repeatOn ? -1 : index;
 }
 
 int RetreatSong() {
@@ -248,17 +239,17 @@ void BuildShuffleTable() {
       song = std::rand() % count;
     } while (taken[static_cast<std::size_t>(song)]);
     taken.set(static_cast<std::size_t>(song));
-    shuffleTable[i] = song;
+    transport.shuffleTable[i] = song;
   }
-  shufflePosition = 0;
+  transport.shufflePosition = 0;
 }
 
 int OnMixerEvent(Mixer* mixer, int event, Voice* voice, int a, int b, int) {
   if (event == EVENT_SOURCE_END) return OnSourceEnd(mixer, voice);
   if (event != EVENT_POSITION || voice != mixer->Slot(0)) return 1;
   // The main page gives its own times with b = 1.
-  if (SeekActive && b == 0) return 1;
-  if (hooks.showSongTime) hooks.showSongTime(a);
+  if (transport.SeekActive && b == 0) return 1;
+  hooks.showSongTime(a);
   return 1;
 }
 

@@ -11,21 +11,22 @@
 /// at most, and `currentSong` stays within the list.
 namespace kwo {
 
-/// The single mixer; null before start-up and after shutdown.
-extern Mixer* TheMixer;
+/// What the transport is doing.  All words are shared; each says who writes it.
+struct TransportState {
+  SharedFlag playing;     ///< a song is under way; stays 1 during a pause.  Any thread
+  Shared<int> paused;     ///< the last toggle was a pause.  Main thread
+  Shared<int> playMode;   ///< 0 All, 1 Selected, 2 Unselected.  Main thread
+  Shared<int> repeatOn;   ///< Main thread
+  Shared<int> shuffleOn;  ///< Main thread
+  Shared<int> djMode;     ///< 0 "DJ - None", 1 "DJ - ShuffleMaster".  Main thread
+  Shared<int> shuffleTable[kPlaylistSlots];  ///< Main thread
+  Shared<int> shufflePosition;               ///< whoever steps
+  /// A drag of the time is under way: the render thread's times are held off.  Main thread
+  Shared<int> SeekActive;
+};
+extern TransportState transport;
 
-extern SharedFlag playing;    ///< a song is under way; stays 1 during a pause
-extern Shared<int> paused;    ///< the last toggle was a pause
-extern Shared<int> playMode;  ///< 0 All, 1 Selected, 2 Unselected
-extern Shared<int> repeatOn;
-extern Shared<int> shuffleOn;
-extern Shared<int> djMode;  ///< 0 "DJ - None", 1 "DJ - ShuffleMaster"
-extern Shared<int> shuffleTable[kPlaylistSlots];
-extern Shared<int> shufflePosition;
-
-/// A drag of the time is under way: the render thread's times are held off.
-extern Shared<int> SeekActive;
-
+/// Starts the current song, or the next one of the play mode; while one plays, toggles the pause.
 void TransportPlay();
 void TransportStop();
 void TogglePause();

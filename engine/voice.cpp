@@ -4,6 +4,7 @@
 #include <cmath>
 #include <new>
 
+#include "base/handshake.h"
 #include "engine/limiter.h"
 #include "engine/mixer.h"
 #include "platform/clock.h"
@@ -44,15 +45,14 @@ int Voice::Create(Mixer* owner, int blockSize) {
   return source && buffer;
 }
 
-// Open and Render are kept apart by two words.  Each side raises its own before it looks at the
-// other's, in one total order, so at least one of them sees the other.  The render thread leaves
-// the voice out of this block then; only the opener waits.
+// Open and Render are kept apart by a hand-shake: the render thread leaves the voice out of a block
+// while it is being opened; only the opener waits.
 int Voice::Open(const char* path) {
   if (!source) return 0;
   const bool inside = renderedHere == this;
   if (!inside) {
     while (opening.exchange(1) != 0) platform::Sleep(1);
-    while (rendering.load() != 0) platform::Sleep(1);
+    AwaitTurnsEnd(rendering, [] { platform::Sleep(1); });
   }
   source->Open(path);
   HandOverParameters();
@@ -61,18 +61,14 @@ int Voice::Open(const char* path) {
 }
 
 bool Voice::EnterRender() {
-  rendering.store(1);
-  if (opening.load() == 0) {
-    renderedHere = this;
-    return true;
-  }
-  rendering.store(0);
-  return false;
+  if (!EnterTurn(rendering, opening, 0)) return false;
+  renderedHere = this;
+  return true;
 }
 
 void Voice::LeaveRender() {
   renderedHere = nullptr;
-  rendering.store(0);
+  LeaveTurn(rendering);
 }
 
 void Voice::ApplyMixerParameters() {
@@ -85,8 +81,8 @@ void Voice::HandOverParameters() {
   source->SetVocalReducer(mixer->vocalReducer);
   source->SetWideStereo(mixer->wideStereo);
   source->SetEqualiserSwitch(mixer->eqSwitch);
-  float curve[17];
-  for (int i = 0; i < 17; ++i) curve[i] = mixer->eqValues[i];
+  float curve[kEqualiserValues];
+  for (int i = 0; i < kEqualiserValues; ++i) curve[i] = mixer->eqValues[i];
   source->SetEqualiserCurve(curve);
 }
 

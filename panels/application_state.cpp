@@ -2,7 +2,6 @@
 
 namespace kwo {
 
-SkinHost* TheSkinHost = nullptr;
 char AppDir[platform::kMostBytes + 1];
 char SkinName[256];
 SharedText InputText(kInputTextSize);

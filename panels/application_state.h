@@ -8,10 +8,6 @@
 /// The process-wide variables of the program.  Main thread, but for the words marked as shared.
 namespace kwo {
 
-/// The single toolkit object; null before start-up and after shutdown.  It stands
-/// before the other threads start, and until they have ended.
-extern SkinHost* TheSkinHost;
-
 /// Folder of the executable, with its trailing backslash.
 extern char AppDir[platform::kMostBytes + 1];
 

@@ -4,7 +4,6 @@
 
 #include "engine/transport.h"
 #include "panels/equaliser_presets.h"
-#include "panels/mixer_page.h"
 #include "panels/panel_tools.h"
 #include "panels/preset_name_edit.h"
 
@@ -69,8 +68,7 @@ void BuildCurve(int top, int height) {
     TheSkinHost->CreateCanvasWidget(index, TheSkinHost->colorKey, kCurveWidth, height, IMAGE_WIDGET,
                                     GROUP_INTERFACE);
     Widget& curve = *Find(index);
-    curve.SetPath(kEnterProgram, outside, top, x, top, 100, 3.0f, MOTION_ONCE);
-    curve.SetPath(kLeaveProgram, x, top, -kCurveWidth, top, 100, 6.0f, MOTION_ONCE);
+    curve.SetWays({{outside, top}, {x, top}, {-kCurveWidth, top}}, 100, 3.0f, 6.0f);
     curve.SetRamp(kDipProgram, 0, -140, -20.0f, MOTION_OUT_AND_BACK);
     curve.visible = index == WIDGET_CURVE;
   }
@@ -86,15 +84,13 @@ void DrawEqualiser() {
   canvas.FillSolid(TheSkinHost->colorKey);
   for (int band = 0; band < kBands; ++band) DrawBand(canvas, band, values[band]);
   DrawMaster(canvas, values[kMasterValue]);
-  if (TheMixer) {
-    for (int i = 0; i < kPresetValues; ++i) TheMixer->eqValues[i] = values[i];
-    TheMixer->eqSwitch = EffectEQSwitch;
-  }
+  for (int i = 0; i < kPresetValues; ++i) TheMixer->eqValues[i] = values[i];
+  TheMixer->eqSwitch = EffectEQSwitch;
   Label(WIDGET_EQ_SWITCH, EffectEQSwitch ? "ON" : "OFF");
   ShowPresetName(EqPresetNames[EffectEQCurrent]);
   hidden.visible = 1;
   shown.visible = 0;
-  if (TheMixer) TheMixer->Slot(0)->ApplyMixerParameters();
+  TheMixer->Slot(0)->ApplyMixerParameters();
 }
 
 void Dip() {

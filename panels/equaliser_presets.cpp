@@ -12,6 +12,8 @@
 
 namespace kwo {
 
+Shared<int> EffectEQCurrent;
+int EffectEQSwitch;
 char EqPresetNames[kPresets][kPresetNameSize];
 float EqPresetValues[kPresets][kPresetValues];
 platform::KeptFile EqPresetFile;
@@ -29,7 +31,7 @@ std::string PresetFile() {
 }
 
 // A name without an end gets one, and a value that is no curve's becomes neutral.
-void MakeSound() {
+void RepairPresets() {
   for (auto& name : EqPresetNames) name[kPresetNameSize - 1] = 0;
   for (auto& values : EqPresetValues)
     for (float& value : values)
@@ -56,7 +58,7 @@ void TakePresetBytes(const std::string& bytes) {
   std::memcpy(EqPresetNames, bytes.data(), names);
   std::memcpy(EqPresetValues, bytes.data() + names,
               std::min(bytes.size() - names, sizeof EqPresetValues));
-  MakeSound();
+  RepairPresets();
 }
 
 std::string PresetBytes() {

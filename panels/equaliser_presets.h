@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "base/shared.h"
+#include "engine/equaliser.h"
 #include "platform/kept_file.h"
 
 /// The 64 presets of the equaliser, each a name and a curve, kept in EQ.SET beside the program.
@@ -10,9 +12,13 @@ namespace kwo {
 
 constexpr int kPresets = 64;
 constexpr int kPresetNameSize = 64;  ///< with the closing NUL
-constexpr int kBands = 16;
+constexpr int kBands = kEqualiserBands;
 constexpr int kMasterValue = kBands;
-constexpr int kPresetValues = kBands + 1;  ///< the bands, then the master value
+constexpr int kPresetValues = kEqualiserValues;  ///< the bands, then the master value
+
+/// Which preset holds, and whether the equaliser is on.
+extern Shared<int> EffectEQCurrent;
+extern int EffectEQSwitch;
 
 extern char EqPresetNames[kPresets][kPresetNameSize];
 /// 1.0 is neutral.

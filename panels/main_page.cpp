@@ -38,8 +38,8 @@ void MakeVisualiser() {
   TheSkinHost->CreateCanvasWidget(WIDGET_VISUALISER, kLabelFill, place.width, place.height,
                                   IMAGE_WIDGET, GROUP_INTERFACE);
   Widget& canvas = *Find(WIDGET_VISUALISER);
-  canvas.SetPath(kEnterProgram, Layout().width, place.y, place.x, place.y, 100, 3.0f, MOTION_ONCE);
-  canvas.SetPath(kLeaveProgram, place.x, place.y, -place.width, place.y, 100, 6.0f, MOTION_ONCE);
+  canvas.SetWays({{Layout().width, place.y}, {place.x, place.y}, {-place.width, place.y}}, 100,
+                 3.0f, 6.0f);
   canvas.blendMode = BLEND_ADD;
   canvas.visible = 1;
 }
@@ -78,11 +78,11 @@ void BuildStrip() {
   const int right = left + 2 * half + 10;
   const int buttonWidth =
       MakeStripButton(WIDGET_VISUALISER_MODE, "ma-wave.bmp", GROUP_MAIN_STRIP, right);
-  PlaceStrip(GROUP_MAIN_STRIP, 3, right + buttonWidth, 100,
+  PlaceStrip(GROUP_MAIN_STRIP, LAYER_CONTROLS, right + buttonWidth, 100,
              (Layout().width - 2 * (half + left)) / 2);
   Group(GROUP_DIGITS)
-      .PlaceGroup(&Group(GROUP_MAIN_STRIP), left, digit.height / 3, 3, 2 * half, digit.height, 0,
-                  0);
+      .PlaceGroup(&Group(GROUP_MAIN_STRIP), left, digit.height / 3, LAYER_CONTROLS, 2 * half,
+                  digit.height, 0, 0);
   Group(GROUP_DIGITS).visible = 1;
 }
 
@@ -90,7 +90,7 @@ void RunMainPage(int program, int wait) {
   if (!VisualiserFillsWindow()) Move(WIDGET_VISUALISER, program);
   Move(WIDGET_SONG_TEXT, program);
   MoveGroup(GROUP_MAIN_STRIP, program);
-  Move(PageButton(PAGE_MAIN), program == kEnterProgram ? kEnterProgram : kNoProgram);
+  PulsePageButton(PAGE_MAIN, program);
   Move(WIDGET_MAIN_BOX, program);
   for (int i = 0; i < kDigits; ++i) Move(WIDGET_DIGIT + i, program);
   if (wait) Find(WIDGET_MAIN_BOX)->WaitSlot(kMoveSlot);
@@ -104,8 +104,8 @@ platform::Point ClientPointer() {
 
 void BeginSeek(platform::Point place) {
   // A second button may be pressed before the first one is released.
-  if (!SeekActive) platform::ShowPointer(false);
-  SeekActive = 1;
+  if (!transport.SeekActive) platform::ShowPointer(false);
+  transport.SeekActive = 1;
   platform::SetCapture();
   SeekStartSeconds = TheMixer->Slot(0)->position;
   SeekStartX = place.x;
@@ -122,7 +122,7 @@ void ShowDraggedTime(float seconds) {
 }
 
 void LetGoOfTime() {
-  SeekActive = 0;
+  transport.SeekActive = 0;
   platform::ReleaseCapture();
   platform::ShowPointer(true);
 }
@@ -142,10 +142,10 @@ void EndSeek(int x) {
 void ToggleBars() {
   if (BarsHidden) {
     ShowTopBar(0);
-    ShowCurrentPage(0);
+    ShowMainPage(0);
   } else {
     HideTopBar(0);
-    HideCurrentPage(0);
+    HideMainPage(0);
   }
   BarsHidden = !BarsHidden;
 }
@@ -153,7 +153,7 @@ void ToggleBars() {
 void OnPress() {
   if (playlist.count == 0) return;
   const platform::Point place = ClientPointer();
-  if (TheMixer && Group(GROUP_DIGITS).Contains(place.x, place.y)) BeginSeek(place);
+  if (Group(GROUP_DIGITS).Contains(place.x, place.y)) BeginSeek(place);
   if (MainDisplayMode == DISPLAY_FULL &&
       TheSkinHost->HitTest(place.x, place.y) == Find(WIDGET_VISUALISER))
     ToggleBars();
@@ -168,8 +168,7 @@ void OnDrag() {
 
 // "[MP3]-[192K]-[STEREO]-[04:37]" of the song on voice 0.
 void WriteFacts(char* text, std::size_t size) {
-  const Voice* voice = TheMixer ? TheMixer->Slot(0) : nullptr;
-  const AudioSource* source = voice ? voice->Source() : nullptr;
+  const AudioSource* source = TheMixer->Slot(0)->Source();
   text[0] = 0;
   if (!source) return;
   const auto kind = static_cast<SourceKind>(int{source->info[INFO_KIND]});
@@ -192,8 +191,8 @@ bool VisualiserFillsWindow() {
 void BuildMainPage() {
   const Layout layout;
   MakeImage(TileOf(PAGE_MAIN), "tile-ma.bmp", GROUP_INTERFACE);
-  const Widget* box = MakeGroupBox(WIDGET_MAIN_BOX, "ma-groupbox.bmp", MainEffect);
-  Find(WIDGET_MAIN_BOX)->layer = 2;
+  const Widget* box = MakeGroupBox(WIDGET_MAIN_BOX, "ma-groupbox.bmp", skin.MainEffect);
+  Find(WIDGET_MAIN_BOX)->layer = LAYER_BOXES;
   BuildStrip();
 
   const int textY = box->height + layout.margin;
@@ -201,9 +200,9 @@ void BuildMainPage() {
   TheSkinHost->CreateCanvasWidget(WIDGET_SONG_TEXT, kLabelFill, textWidth,
                                   2 * layout.fontHeight + 2, IMAGE_WIDGET, GROUP_INTERFACE);
   Widget& text = *Find(WIDGET_SONG_TEXT);
-  text.layer = 1;
-  text.SetPath(kEnterProgram, layout.width, textY, layout.margin, textY, 100, 2.5f, MOTION_ONCE);
-  text.SetPath(kLeaveProgram, layout.margin, textY, -text.width, textY, 100, 10.0f, MOTION_ONCE);
+  text.layer = LAYER_TEXT;
+  text.SetWays({{layout.width, textY}, {layout.margin, textY}, {-text.width, textY}}, 100, 2.5f,
+               10.0f);
   text.SetRamp(kSwingProgram, -80, 40, 10.0f, MOTION_TO_AND_FRO);
   text.RunProgram(kNudgeSlot, kSwingProgram);
   text.blendMode = BLEND_ADD;
@@ -257,7 +256,7 @@ void PushSamples(const std::int16_t* samples, int count) {
 }
 
 void CancelSeek() {
-  if (!SeekActive) return;
+  if (!transport.SeekActive) return;
   LetGoOfTime();
   // What the drag has shown: the song's own time again.
   ShowDraggedTime(TheMixer->Slot(0)->position);
@@ -271,11 +270,11 @@ void SetMainDisplayMode(int mode) {
     Find(WIDGET_VISUALISER)->blendMode = BLEND_COPY;
     return;
   }
-  host.PauseRedraw();
+  const RedrawPause pause(host);
   switch (mode) {
     case DISPLAY_ADDED:
-      host.ShowTile(-1, BackgroundEffect);
-      host.ShowTile(CurrentPage, BackgroundEffect);
+      host.ShowTile(-1, skin.BackgroundEffect);
+      host.ShowTile(CurrentPage, skin.BackgroundEffect);
       ReplaceVisualiser(MakeVisualiser, VISUALISER_ON_PAGE);
       Move(WIDGET_VISUALISER, kEnterProgram);
       break;
@@ -288,7 +287,6 @@ void SetMainDisplayMode(int mode) {
       host.ShowTile(WIDGET_VISUALISER, 0);
       break;
   }
-  host.PauseRedraw();
 }
 
 void SetMainSAMode(int mode) {
@@ -304,11 +302,11 @@ void MainPageHandler(unsigned event, Widget* widget, float, float) {
       OnPress();
       break;
     case platform::kMessageMouseMove:
-      if (SeekActive) OnDrag();
+      if (transport.SeekActive) OnDrag();
       break;
     case platform::kMessageLeftUp:
     case platform::kMessageRightUp:
-      if (SeekActive) EndSeek(ClientPointer().x);
+      if (transport.SeekActive) EndSeek(ClientPointer().x);
       break;
     case EVENT_BUTTON:
       if (widget == Find(WIDGET_DISPLAY_MODE)) SetMainDisplayMode(MainDisplayMode + 1);

@@ -5,8 +5,6 @@
 
 #include "base/hooks.h"
 #include "engine/transport.h"
-#include "panels/main_page.h"
-#include "panels/playlist_page.h"
 #include "platform/shell.h"
 #include "playlist/playlist.h"
 #include "playlist/playlist_files.h"
@@ -19,29 +17,35 @@ struct MenuRow {
   int command;  ///< 0: a separator
   const char* text;
   void (*action)();
+  int displayMode = -1;  ///< of the list, for the rows that choose one
 };
 
 template <int mode>
 void ShowNamesAs() {
   playlist.displayMode = mode;
-  RefreshPlaylistPage();
-  RefreshSongLine();
+  hooks.refreshPlaylistPage();
+  hooks.refreshSongLine();
+}
+
+template <int mode>
+constexpr MenuRow NamesRow(int command, const char* text) {
+  return {command, text, ShowNamesAs<mode>, mode};
 }
 
 template <void (*change)()>
 void AndRefresh() {
   change();
-  RefreshPlaylistPage();
+  hooks.refreshPlaylistPage();
 }
 
 // The order of songs to come is made anew before the list changes, and once more for what has come.
 template <void (*dialog)(int), int clearFirst>
 void AddByDialog() {
-  if (shuffleOn) BuildShuffleTable();
+  if (transport.shuffleOn) BuildShuffleTable();
   const int before = playlist.count;
   dialog(clearFirst);
-  if (shuffleOn && playlist.count != before) BuildShuffleTable();
-  RefreshPlaylistPage();
+  if (transport.shuffleOn && playlist.count != before) BuildShuffleTable();
+  hooks.refreshPlaylistPage();
 }
 
 constexpr MenuRow kFunctionMenu[] = {
@@ -51,13 +55,12 @@ constexpr MenuRow kFunctionMenu[] = {
     {40024, "Sort", AndRefresh<SortList>},
     {40023, "Read Tag Information", AndRefresh<ReadAllTags>},
     {0, "", nullptr},
-    {40020, "Show : Filename", ShowNamesAs<0>},
-    {40019, "Show : Title", ShowNamesAs<1>},
-    {40018, "Show : Title - Artist", ShowNamesAs<2>},
-    {40021, "Show : Artist - Title", ShowNamesAs<3>},
-    {40022, "Show : Artist - Album - Title", ShowNamesAs<4>},
+    NamesRow<0>(40020, "Show : Filename"),
+    NamesRow<1>(40019, "Show : Title"),
+    NamesRow<2>(40018, "Show : Title - Artist"),
+    NamesRow<3>(40021, "Show : Artist - Title"),
+    NamesRow<4>(40022, "Show : Artist - Album - Title"),
 };
-constexpr int kFirstNameMode = 6;
 
 constexpr MenuRow kAddMenu[] = {
     {40001, "Open Files", AddByDialog<OpenFilesDialog, 1>},
@@ -90,15 +93,17 @@ constexpr std::span<const MenuRow> kMenus[] = {kFunctionMenu, kAddMenu, kRemoveM
 std::vector<platform::MenuItem> MenuItems(SubMenu menu) {
   std::vector<platform::MenuItem> items;
   for (const MenuRow& row : kMenus[menu]) {
-    const int position = static_cast<int>(items.size());
-    const bool marked = menu == MENU_FUNCTION && position == kFirstNameMode + playlist.displayMode;
-    items.push_back({row.command, row.text, marked});
+    const bool chosen = row.displayMode == playlist.displayMode;
+    items.push_back({row.command, row.text,
+                     row.displayMode < 0 ? platform::MenuMark::kNone
+                     : chosen            ? platform::MenuMark::kChosen
+                                         : platform::MenuMark::kChoice});
   }
   return items;
 }
 
 void ShowPopupMenu(SubMenu menu, platform::Point place) {
-  if (hooks.beforeChoice) hooks.beforeChoice();
+  hooks.beforeChoice();
   platform::TrackPopupMenu(MenuItems(menu), place);
 }
 

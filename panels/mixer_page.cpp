@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <span>
 
 #include "engine/shuffle_master.h"
 #include "engine/transport.h"
@@ -16,63 +15,10 @@ namespace kwo {
 
 float SliderVol = 100, SliderPan = 0, SliderSpd = 100;
 int EffectCR, EffectTE, EffectVR, EffectCE, EffectLT;
-Shared<int> EffectEQCurrent;
-int EffectEQSwitch;
 
 namespace {
 
-constexpr int kSubPages = 4;
 constexpr int kNameWidth = 160;
-
-struct SliderRow {
-  int label, slider;
-  const char* name;
-  float* variable;
-  float least, most, rest;
-  float Range() const { return most - least; }
-};
-
-const SliderRow kSliders[] = {
-    {WIDGET_VOLUME_LABEL, WIDGET_VOLUME, "Volume", &SliderVol, 0, 200, 100},
-    {WIDGET_PAN_LABEL, WIDGET_PAN, "Pan", &SliderPan, -100, 100, 0},
-    {WIDGET_SPEED_LABEL, WIDGET_SPEED, "Speed", &SliderSpd, 75, 125, 100},
-};
-
-struct EffectRow {
-  int index;
-  const char* name;
-  int* variable;
-};
-
-const EffectRow kEffects[] = {
-    {WIDGET_CRYSTALIZER, "Crystalizer", &EffectCR},
-    {WIDGET_ENHANCER, "T. Enhancer", &EffectTE},
-    {WIDGET_VOCAL_REDUCER, "Vocal Reducer", &EffectVR},
-    {WIDGET_WIDE_STEREO, "Wide Stereo", &EffectCE},
-    {WIDGET_LIMITER, "Limiter", &EffectLT},
-};
-
-constexpr int kEnhancerStates = 3;
-constexpr int kPlayModes = 3;
-constexpr const char* kEnhancerTexts[] = {"T. Enhancer", "T. Enhancer-1", "T. Enhancer-2"};
-constexpr const char* kDjTexts[] = {"DJ - None", "DJ - ShuffleMaster"};
-constexpr const char* kPlayModeTexts[] = {"Play Mode - All", "Play Mode - Selected",
-                                          "Play Mode - Unselected"};
-
-constexpr const char* kSubPageFiles[kSubPages] = {"mi-page-sl.bmp", "mi-page-eq.bmp",
-                                                  "mi-page-ef.bmp", "mi-page-dj.bmp"};
-
-// The widgets that move with each sub-page.
-constexpr int kSliderWidgets[] = {WIDGET_VOLUME_LABEL, WIDGET_VOLUME,      WIDGET_PAN_LABEL,
-                                  WIDGET_PAN,          WIDGET_SPEED_LABEL, WIDGET_SPEED};
-constexpr int kEqualiserWidgets[] = {WIDGET_CURVE,         WIDGET_CURVE + 1,   WIDGET_EQ_SWITCH,
-                                     WIDGET_EQ_RESET,      WIDGET_PRESET_NAME, WIDGET_PRESET_BACK,
-                                     WIDGET_PRESET_FORWARD};
-constexpr int kEffectWidgets[] = {WIDGET_CRYSTALIZER, WIDGET_ENHANCER, WIDGET_VOCAL_REDUCER,
-                                  WIDGET_WIDE_STEREO, WIDGET_LIMITER};
-constexpr int kDjWidgets[] = {WIDGET_DJ, WIDGET_PLAY_MODE, WIDGET_REPEAT, WIDGET_SHUFFLE};
-constexpr std::span<const int> kSubPageWidgets[kSubPages] = {kSliderWidgets, kEqualiserWidgets,
-                                                             kEffectWidgets, kDjWidgets};
 
 // The sub-pages' measures, beyond those of every page.
 struct MixerLayout : Layout {
@@ -99,6 +45,37 @@ void HangByMiddle(Widget& widget) {
   widget.offsetY = widget.height / 2;
 }
 
+// The next of `count` states that go round; the first behind one that a setting brought from
+// beyond.
+int NextState(int state, int count) {
+  return state >= 0 && state < count - 1 ? state + 1 : 0;
+}
+
+// One of a row's texts; for a number that a setting brought from beyond them, the first.
+template <std::size_t kCount>
+const char* TextFor(const char* const (&texts)[kCount], int number) {
+  return texts[number >= 0 && number < static_cast<int>(kCount) ? number : 0];
+}
+
+void SetCheck(int index, int state) {
+  Find(index)->ApplyValue(state != 0 ? CHECK_ON : CHECK_OFF, 0);
+}
+
+// The sliders, each with a label that is its button.
+struct SliderRow {
+  int label, slider;
+  const char* name;
+  float* variable;
+  float least, most, rest;
+  float Range() const { return most - least; }
+};
+
+const SliderRow kSliders[] = {
+    {WIDGET_VOLUME_LABEL, WIDGET_VOLUME, "Volume", &SliderVol, 0, 200, 100},
+    {WIDGET_PAN_LABEL, WIDGET_PAN, "Pan", &SliderPan, -100, 100, 0},
+    {WIDGET_SPEED_LABEL, WIDGET_SPEED, "Speed", &SliderSpd, 75, 125, 100},
+};
+
 void BuildSliders(const MixerLayout& layout) {
   const int pitch = (layout.height - layout.bandHeight - layout.boxHeight) / 4;
   int y = layout.boxHeight;
@@ -109,11 +86,98 @@ void BuildSliders(const MixerLayout& layout) {
                                    HORIZONTAL_SLIDER, GROUP_INTERFACE);
     Widget& slider = *Find(row.slider);
     slider.SetFlyIn(layout.width / 2 - layout.margin, y);
-    slider.ApplyValue(0, 0);
+    slider.ApplyValue(PART_REST, 0);
     HangByMiddle(*Find(row.label));
     HangByMiddle(slider);
   }
 }
+
+void MoveSliders(int program) {
+  for (const SliderRow& row : kSliders) {
+    Move(row.label, program);
+    Move(row.slider, program);
+  }
+}
+
+void ApplySliders() {
+  for (const SliderRow& row : kSliders) {
+    Find(row.slider)->ApplyValue(PART_REST, (*row.variable - row.least) / row.Range());
+    char text[64];
+    std::snprintf(text, sizeof text, "%s = %d", row.name, static_cast<int>(*row.variable));
+    Label(row.label, text);
+  }
+  TheMixer->volume = SliderVol * 0.01f;
+  TheMixer->pan = SliderPan * 0.01f;
+  TheMixer->speed = SliderSpd * 0.01f;
+}
+
+void StepSlider(const Widget* widget, float by) {
+  for (const SliderRow& row : kSliders) {
+    if (widget != Find(row.slider)) continue;
+    *row.variable =
+        by < 0 ? std::max(*row.variable + by, row.least) : std::min(*row.variable + by, row.most);
+    ApplyMixerPage();
+  }
+}
+
+void DragSlider(const Widget* widget, float position) {
+  for (const SliderRow& row : kSliders) {
+    if (widget != Find(row.slider)) continue;
+    *row.variable = static_cast<float>(static_cast<int>(position * row.Range() + row.least));
+    ApplyMixerPage();
+  }
+}
+
+void PressSliderLabel(const Widget* widget) {
+  for (const SliderRow& row : kSliders) {
+    if (widget != Find(row.label)) continue;
+    *row.variable = row.rest;
+    ApplyMixerPage();
+  }
+}
+
+// The equaliser: the curve's pair, the buttons below it, and the preset's line.
+
+void StepPreset(int by) {
+  EffectEQCurrent = std::clamp(EffectEQCurrent + by, 0, kPresets - 1);
+  DrawEqualiser();
+  Dip();
+}
+
+// While a name is being typed, the buttons of its line only end that.
+template <auto press>
+void UnlessTyping() {
+  if (platform::EditHasFocus()) {
+    EndNameEdit();
+  } else {
+    press();
+  }
+}
+
+void ResetCurve() {
+  std::fill_n(EqPresetValues[EffectEQCurrent], kPresetValues, 1.0f);
+  DrawEqualiser();
+  Dip();
+}
+
+void SwitchEqualiser() {
+  EffectEQSwitch = !EffectEQSwitch;
+  DrawEqualiser();
+  Dip();
+}
+
+constexpr struct {
+  int index;
+  void (*press)();
+} kEqualiserWidgets[] = {
+    {WIDGET_CURVE, nullptr},
+    {WIDGET_CURVE + 1, nullptr},
+    {WIDGET_EQ_SWITCH, SwitchEqualiser},
+    {WIDGET_EQ_RESET, ResetCurve},
+    {WIDGET_PRESET_NAME, UnlessTyping<BeginNameEdit>},
+    {WIDGET_PRESET_BACK, UnlessTyping<[] { StepPreset(-1); }>},
+    {WIDGET_PRESET_FORWARD, UnlessTyping<[] { StepPreset(1); }>},
+};
 
 void MakeStepButton(int index, const char* file) {
   TheSkinHost->CreateImageWidget(index, file, 0, 0, BUTTON_WIDGET, GROUP_INTERFACE);
@@ -138,197 +202,176 @@ void BuildEqualiser(const MixerLayout& layout) {
              layout.width - layout.labelWidth - layout.margin, y);
 }
 
+void MoveEqualiser(int program) {
+  for (const auto& row : kEqualiserWidgets) Move(row.index, program);
+}
+
+void PressEqualiser(const Widget* widget) {
+  for (const auto& row : kEqualiserWidgets)
+    if (row.press && widget == Find(row.index)) row.press();
+}
+
+// The check boxes and buttons of the last two sub-pages.
+struct Control {
+  int index, kind;
+  const char* text;          ///< at the start
+  void (*press)(int state);  ///< of a check box, the new state
+  void (*apply)(int index);  ///< brings the control and what it controls into line
+  void (*then)() = nullptr;  ///< once a press has been applied
+};
+
+// A check box that is its variable, and the Mixer's parameter that follows it.
+template <int& variable, Shared<int> Mixer::*parameter>
+constexpr Control EffectBox(int index, const char* text) {
+  return {index, CHECK_WIDGET, text, [](int state) { variable = state; },
+          [](int box) {
+            SetCheck(box, variable);
+            TheMixer->*parameter = variable;
+          }};
+}
+
+constexpr const char* kEnhancerTexts[] = {"T. Enhancer", "T. Enhancer-1", "T. Enhancer-2"};
+constexpr const char* kDjTexts[] = {"DJ - None", "DJ - ShuffleMaster"};
+constexpr const char* kPlayModeTexts[] = {"Play Mode - All", "Play Mode - Selected",
+                                          "Play Mode - Unselected"};
+
+// The enhancer's three states go round, whatever the box says.
+void PressEnhancer(int) {
+  EffectTE = NextState(EffectTE, static_cast<int>(std::size(kEnhancerTexts)));
+}
+
+void ApplyEnhancer(int index) {
+  SetCheck(index, EffectTE == 1 || EffectTE == 2);
+  Label(index, TextFor(kEnhancerTexts, EffectTE));
+  TheMixer->enhancer = EffectTE;
+}
+
+constexpr Control kEffects[] = {
+    EffectBox<EffectCR, &Mixer::crystalizer>(WIDGET_CRYSTALIZER, "Crystalizer"),
+    {WIDGET_ENHANCER, CHECK_WIDGET, "T. Enhancer", PressEnhancer, ApplyEnhancer},
+    EffectBox<EffectVR, &Mixer::vocalReducer>(WIDGET_VOCAL_REDUCER, "Vocal Reducer"),
+    EffectBox<EffectCE, &Mixer::wideStereo>(WIDGET_WIDE_STEREO, "Wide Stereo"),
+    EffectBox<EffectLT, &Mixer::limiter>(WIDGET_LIMITER, "Limiter"),
+};
+
+constexpr Control kPlayOrder[] = {
+    {WIDGET_DJ, BUTTON_WIDGET, "DJ - None", [](int) { transport.djMode = !transport.djMode; },
+     [](int index) { Label(index, TextFor(kDjTexts, transport.djMode)); },
+     [] { DjSetMode(transport.djMode); }},
+    {WIDGET_PLAY_MODE, BUTTON_WIDGET, "Play Mode - Unselected",
+     [](int) {
+       transport.playMode =
+           NextState(transport.playMode, static_cast<int>(std::size(kPlayModeTexts)));
+     },
+     [](int index) { Label(index, TextFor(kPlayModeTexts, transport.playMode)); }},
+    {WIDGET_REPEAT, CHECK_WIDGET, "Repeat", [](int state) { transport.repeatOn = state; },
+     [](int index) { SetCheck(index, transport.repeatOn); }},
+    {WIDGET_SHUFFLE, CHECK_WIDGET, "Shuffle", [](int state) { transport.shuffleOn = state; },
+     [](int index) { SetCheck(index, transport.shuffleOn); },
+     [] {
+       if (transport.shuffleOn) BuildShuffleTable();
+     }},
+};
+
 void BuildEffects(const MixerLayout& layout) {
   int y = layout.boxHeight - layout.fontHeight;
-  for (const EffectRow& row : kEffects) {
+  for (const Control& row : kEffects) {
     y += layout.area / 5;
-    MakeButton(row.index, row.name, layout.width / 2, layout, layout.width / 4, y, CHECK_WIDGET);
+    MakeButton(row.index, row.text, layout.width / 2, layout, layout.width / 4, y, row.kind);
   }
 }
 
-void BuildDj(const MixerLayout& layout) {
-  constexpr struct {
-    int index;
-    const char* text;
-    int kind;
-  } kRows[] = {
-      {WIDGET_DJ, "DJ - None", BUTTON_WIDGET},
-      {WIDGET_PLAY_MODE, "Play Mode - Unselected", BUTTON_WIDGET},
-      {WIDGET_REPEAT, "Repeat", CHECK_WIDGET},
-      {WIDGET_SHUFFLE, "Shuffle", CHECK_WIDGET},
-  };
+void BuildPlayOrder(const MixerLayout& layout) {
   int y = layout.top - layout.margin - layout.fontHeight;
-  for (const auto& row : kRows) {
+  for (const Control& row : kPlayOrder) {
     y += layout.area / 4;
     MakeButton(row.index, row.text, 4 * (layout.width / 6), layout, layout.width / 6, y, row.kind);
   }
 }
 
+template <const auto& controls>
+void MoveControls(int program) {
+  for (const Control& row : controls) Move(row.index, program);
+}
+
+template <const auto& controls>
+void ApplyControls() {
+  for (const Control& row : controls) row.apply(row.index);
+}
+
+void PressControl(const Widget* widget, int state) {
+  const auto press = [&](const Control& row) {
+    if (widget != Find(row.index)) return;
+    row.press(state);
+    ApplyMixerPage();
+    if (row.then) row.then();
+  };
+  std::for_each(std::begin(kEffects), std::end(kEffects), press);
+  std::for_each(std::begin(kPlayOrder), std::end(kPlayOrder), press);
+}
+
+constexpr struct {
+  const char* file;
+  void (*build)(const MixerLayout& layout);
+  void (*move)(int program);
+  void (*apply)();
+} kSubPages[] = {
+    {"mi-page-sl.bmp", BuildSliders, MoveSliders, ApplySliders},
+    {"mi-page-eq.bmp", BuildEqualiser, MoveEqualiser, [] {}},
+    {"mi-page-ef.bmp", BuildEffects, MoveControls<kEffects>, ApplyControls<kEffects>},
+    {"mi-page-dj.bmp", BuildPlayOrder, MoveControls<kPlayOrder>, ApplyControls<kPlayOrder>},
+};
+constexpr int kSubPageCount = static_cast<int>(std::size(kSubPages));
+
 void RunMixerPage(int program, int wait) {
-  Move(PageButton(PAGE_MIXER), program == kEnterProgram ? kEnterProgram : kNoProgram);
+  PulsePageButton(PAGE_MIXER, program);
   MoveGroup(GROUP_SUB_PAGES, program);
   Move(WIDGET_MIXER_BOX, program);
-  (program == kEnterProgram ? ShowMixerSubPage : HideMixerSubPage)();
+  if (program == kEnterProgram) {
+    ShowMixerSubPage();
+  } else {
+    HideMixerSubPage();
+  }
   if (wait) Find(WIDGET_WIDE_STEREO)->WaitSlot(kMoveSlot);
 }
 
 void ChooseSubPage(const Widget* widget) {
-  for (int page = 0; page < kSubPages; ++page) {
+  for (int page = 0; page < kSubPageCount; ++page) {
     if (widget != Find(WIDGET_SUB_PAGE + page) || page == MixerSubPage) continue;
     HideMixerSubPage();
-    for (int i = 0; i < kSubPages; ++i) PutBack(WIDGET_SUB_PAGE + i);
+    for (int i = 0; i < kSubPageCount; ++i) PutBack(WIDGET_SUB_PAGE + i);
     MixerSubPage = page;
     ShowMixerSubPage();
     return;
   }
 }
 
-void StepSlider(const Widget* widget, float by) {
-  for (const SliderRow& row : kSliders) {
-    if (widget != Find(row.slider)) continue;
-    *row.variable =
-        by < 0 ? std::max(*row.variable + by, row.least) : std::min(*row.variable + by, row.most);
-    ApplyMixerPage();
-  }
-}
-
-void DragSlider(const Widget* widget, float position) {
-  for (const SliderRow& row : kSliders) {
-    if (widget != Find(row.slider)) continue;
-    *row.variable = static_cast<float>(static_cast<int>(position * row.Range() + row.least));
-    ApplyMixerPage();
-  }
-}
-
-// The next of `count` states that go round; the first behind one that a setting brought from
-// beyond.
-int NextState(int state, int count) {
-  return state >= 0 && state < count - 1 ? state + 1 : 0;
-}
-
-void PressCheck(const Widget* widget, int state) {
-  for (const EffectRow& row : kEffects) {
-    if (widget != Find(row.index)) continue;
-    // The enhancer's three states go round, whatever the box says.
-    *row.variable = row.index == WIDGET_ENHANCER ? NextState(EffectTE, kEnhancerStates) : state;
-  }
-  if (widget == Find(WIDGET_REPEAT)) repeatOn = state;
-  if (widget == Find(WIDGET_SHUFFLE)) shuffleOn = state;
-  ApplyMixerPage();
-  if (widget == Find(WIDGET_SHUFFLE) && shuffleOn) BuildShuffleTable();
-}
-
-void StepPreset(int by) {
-  EffectEQCurrent = std::clamp(EffectEQCurrent + by, 0, kPresets - 1);
-  DrawEqualiser();
-  Dip();
-}
-
-void PressNameOrStep(const Widget* widget) {
-  if (platform::EditHasFocus()) {
-    EndNameEdit();
-    return;
-  }
-  if (widget == Find(WIDGET_PRESET_NAME)) BeginNameEdit();
-  if (widget == Find(WIDGET_PRESET_BACK)) StepPreset(-1);
-  if (widget == Find(WIDGET_PRESET_FORWARD)) StepPreset(1);
-}
-
-void PressButton(const Widget* widget) {
-  for (const SliderRow& row : kSliders) {
-    if (widget != Find(row.label)) continue;
-    *row.variable = row.rest;
-    ApplyMixerPage();
-  }
-  if (widget == Find(WIDGET_EQ_RESET)) {
-    std::fill_n(EqPresetValues[EffectEQCurrent], kPresetValues, 1.0f);
-    DrawEqualiser();
-    Dip();
-  }
-  if (widget == Find(WIDGET_EQ_SWITCH)) {
-    EffectEQSwitch = !EffectEQSwitch;
-    DrawEqualiser();
-    Dip();
-  }
-  if (widget == Find(WIDGET_PRESET_NAME) || widget == Find(WIDGET_PRESET_BACK) ||
-      widget == Find(WIDGET_PRESET_FORWARD))
-    PressNameOrStep(widget);
-  if (widget == Find(WIDGET_DJ)) {
-    djMode = !djMode;
-    ApplyMixerPage();
-    DjSetMode(djMode);
-  }
-  if (widget == Find(WIDGET_PLAY_MODE)) {
-    playMode = NextState(playMode, kPlayModes);
-    ApplyMixerPage();
-  }
-}
-
-// One of a row's texts; for a number that a setting brought from beyond them, the first.
-template <std::size_t kCount>
-const char* TextFor(const char* const (&texts)[kCount], int number) {
-  return texts[number >= 0 && number < static_cast<int>(kCount) ? number : 0];
-}
-
-void SetCheck(int index, int state) {
-  Find(index)->ApplyValue(state != 0, 0);
-}
-
-void ApplySliders() {
-  for (const SliderRow& row : kSliders) {
-    Find(row.slider)->ApplyValue(0, (*row.variable - row.least) / row.Range());
-    char text[64];
-    std::snprintf(text, sizeof text, "%s = %d", row.name, static_cast<int>(*row.variable));
-    Label(row.label, text);
-  }
-  if (!TheMixer) return;
-  TheMixer->volume = SliderVol * 0.01f;
-  TheMixer->pan = SliderPan * 0.01f;
-  TheMixer->speed = SliderSpd * 0.01f;
-}
-
-void ApplyEffects() {
-  for (const EffectRow& row : kEffects)
-    if (row.index != WIDGET_ENHANCER) SetCheck(row.index, *row.variable);
-  SetCheck(WIDGET_ENHANCER, EffectTE == 1 || EffectTE == 2);
-  Label(WIDGET_ENHANCER, TextFor(kEnhancerTexts, EffectTE));
-  if (!TheMixer) return;
-  TheMixer->crystalizer = EffectCR;
-  TheMixer->enhancer = EffectTE;
-  TheMixer->vocalReducer = EffectVR;
-  TheMixer->wideStereo = EffectCE;
-  TheMixer->limiter = EffectLT;
-}
-
 }  // namespace
 
 void BuildMixerPage() {
   MakeImage(TileOf(PAGE_MIXER), "tile-mi.bmp", GROUP_INTERFACE);
-  const Widget* box = MakeGroupBox(WIDGET_MIXER_BOX, "mi-groupbox.bmp", MixerEffect);
+  const Widget* box = MakeGroupBox(WIDGET_MIXER_BOX, "mi-groupbox.bmp", skin.MixerEffect);
   const MixerLayout layout(box->height);
   int x = 0;
-  for (int page = 0; page < kSubPages; ++page) {
-    Widget& button = *MakeImage(WIDGET_SUB_PAGE + page, kSubPageFiles[page], GROUP_SUB_PAGES);
+  for (int page = 0; page < kSubPageCount; ++page) {
+    Widget& button = *MakeImage(WIDGET_SUB_PAGE + page, kSubPages[page].file, GROUP_SUB_PAGES);
     button.SetPlace(x, 0);
-    button.SetRamp(kEnterProgram, 150, -150, 30.0f, MOTION_TO_AND_FRO);
+    SetPulse(button, 150, 30.0f);
     button.visible = 1;
     x += button.width;
   }
-  PlaceStrip(GROUP_SUB_PAGES, 2, x, layout.height / 2, (layout.width - x) / 2);
-  BuildSliders(layout);
-  BuildEqualiser(layout);
-  BuildEffects(layout);
-  BuildDj(layout);
+  PlaceStrip(GROUP_SUB_PAGES, LAYER_BOXES, x, layout.height / 2, (layout.width - x) / 2);
+  for (const auto& page : kSubPages) page.build(layout);
 }
 
 void ShowMixerSubPage() {
   Move(WIDGET_SUB_PAGE + MixerSubPage, kEnterProgram);
-  for (int index : kSubPageWidgets[MixerSubPage]) Move(index, kEnterProgram);
+  kSubPages[MixerSubPage].move(kEnterProgram);
 }
 
 void HideMixerSubPage() {
   Move(WIDGET_SUB_PAGE + MixerSubPage, kNoProgram);
-  for (int index : kSubPageWidgets[MixerSubPage]) Move(index, kLeaveProgram);
+  kSubPages[MixerSubPage].move(kLeaveProgram);
 }
 
 void ShowMixerPage(int wait) {
@@ -342,13 +385,9 @@ void HideMixerPage(int wait) {
 }
 
 void ApplyMixerPage() {
-  ApplySliders();
-  ApplyEffects();
+  for (const auto& page : kSubPages) page.apply();
+  // The last, since it hands the Mixer's parameters on to the song.
   DrawEqualiser();
-  Label(WIDGET_DJ, TextFor(kDjTexts, djMode));
-  Label(WIDGET_PLAY_MODE, TextFor(kPlayModeTexts, playMode));
-  SetCheck(WIDGET_REPEAT, repeatOn);
-  SetCheck(WIDGET_SHUFFLE, shuffleOn);
 }
 
 void MixerPageHandler(unsigned event, Widget* widget, float a, float b) {
@@ -363,13 +402,15 @@ void MixerPageHandler(unsigned event, Widget* widget, float a, float b) {
       DragSlider(widget, a);
       break;
     case EVENT_CHECK:
-      PressCheck(widget, static_cast<int>(a));
+      PressControl(widget, static_cast<int>(a));
       break;
     case EVENT_IMAGE:
       ChooseSubPage(widget);
       break;
     case EVENT_BUTTON:
-      PressButton(widget);
+      PressSliderLabel(widget);
+      PressEqualiser(widget);
+      PressControl(widget, 0);
       break;
     case platform::kMessageLeftDown:
       BeginCurveDrag(widget, CurveDrag::kBands, a, b);

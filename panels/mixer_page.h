@@ -10,8 +10,6 @@ namespace kwo {
 // Whole numbers: percent of the volume, of the pan (-100 to 100) and of the speed.
 extern float SliderVol, SliderPan, SliderSpd;
 extern int EffectCR, EffectTE, EffectVR, EffectCE, EffectLT;
-extern Shared<int> EffectEQCurrent;
-extern int EffectEQSwitch;
 
 void BuildMixerPage();
 void ShowMixerPage(int wait);

@@ -30,16 +30,10 @@ Widget* MakeGroupBox(int index, const char* fileName, int effect) {
   Widget* box = MakeImage(index, fileName, GROUP_INTERFACE);
   const int width = Layout().width;
   const int rest = (width - box->width) / 2;
-  box->SetPath(kEnterProgram, width, 0, rest, 0, 100, 2.0f, MOTION_ONCE);
-  box->SetPath(kLeaveProgram, rest, 0, -box->width, 0, 100, 4.0f, MOTION_ONCE);
+  box->SetWays({{width, 0}, {rest, 0}, {-box->width, 0}}, 100, 2.0f, 4.0f);
   box->blendMode = effect;
   box->visible = 1;
   return box;
-}
-
-void SetNudge(Widget& widget, int program, int x, int y) {
-  constexpr int kNudge = 3;
-  widget.SetPath(program, x, y, x + kNudge, y + kNudge, kNudge, 0, MOTION_SNAP_BACK);
 }
 
 void PutBack(int index) {
@@ -52,7 +46,7 @@ int MakeStripButton(int index, const char* fileName, int group, int x) {
   TheSkinHost->CreateImageWidget(index, fileName, 0, 0, BUTTON_WIDGET, group);
   Widget& button = *Find(index);
   button.SetPlace(x, 0);
-  SetNudge(button, kNudgeProgram, x, 0);
+  button.SetNudge(kNudgeProgram, {x, 0});
   button.visible = 1;
   return button.width;
 }
@@ -63,9 +57,16 @@ void PlaceStrip(int group, int layer, int width, int height, int restX) {
   WidgetGroup& strip = Group(group);
   const int outside = Layout().width;
   strip.PlaceGroup(&Group(GROUP_INTERFACE), outside, 0, layer, width, height, 0, 0);
-  strip.SetPath(kEnterProgram, -outside, 0, restX, 0, kSteps, kAcceleration, MOTION_ONCE);
-  strip.SetPath(kLeaveProgram, restX, 0, outside, 0, kSteps, kAcceleration, MOTION_ONCE);
+  strip.SetWays({{-outside, 0}, {restX, 0}, {outside, 0}}, kSteps, kAcceleration, kAcceleration);
   strip.visible = 1;
+}
+
+void SetPulse(Widget& button, int reach, float step) {
+  button.SetRamp(kEnterProgram, reach, -reach, step, MOTION_TO_AND_FRO);
+}
+
+void PulsePageButton(Page page, int program) {
+  Move(PageButton(page), program == kEnterProgram ? kEnterProgram : kNoProgram);
 }
 
 void Move(int index, int program) {

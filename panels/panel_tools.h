@@ -20,17 +20,8 @@ enum EventNumber : unsigned {
   EVENT_IMAGE = 100,
 };
 
-/// Programs and slots by convention.
-constexpr int kEnterProgram = 0;
-constexpr int kLeaveProgram = 1;
-constexpr int kNudgeProgram = 2;
-constexpr int kPulseProgram = 3;
-constexpr int kNoProgram = -1;
-constexpr int kMoveSlot = 0;
-constexpr int kNudgeSlot = 1;
-constexpr int kPulseSlot = 2;
-
-/// The measures that every page's layout is reckoned from, in pixels.
+/// The measures that every page's layout is reckoned from, in pixels.  The bar is built first:
+/// until then its band has no height.
 struct Layout {
   Layout();
   int width, height;  ///< what the window leaves of the interface
@@ -62,8 +53,11 @@ int MakeStripButton(int index, const char* fileName, int group, int x);
 void PlaceStrip(int group, int layer, int width, int height, int restX);
 /// Puts the button of a page that goes back to rest: a stopped pulse leaves its last brightness.
 void PutBack(int index);
-/// The nudge of a press: three pixels right and down, and back.
-void SetNudge(Widget& widget, int program, int x, int y);
+
+/// The pulse of a page's or sub-page's button while its page is in front.
+void SetPulse(Widget& button, int reach, float step);
+/// Pulses the button of a page that enters, and stops that of one that leaves.
+void PulsePageButton(Page page, int program);
 
 /// Runs a program in the slot of entrances and exits.
 void Move(int index, int program);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "base/hooks.h"
 #include "engine/transport.h"
-#include "panels/main_page.h"
 #include "panels/menus.h"
 #include "panels/panel_tools.h"
 #include "platform/clock.h"
@@ -44,7 +44,7 @@ void BuildRows(const Layout& layout, int top, int area) {
                          GROUP_INTERFACE);
   Widget& bar = *Find(WIDGET_SCROLL_BAR);
   bar.SetFlyIn(layout.width - bar.width - layout.margin, top);
-  bar.ApplyValue(0, 0);
+  bar.ApplyValue(PART_REST, 0);
   playlist.visibleRows = std::clamp(fit, 0, kMaxRows);
   for (int i = 0; i < playlist.visibleRows; ++i) {
     host.CreateImageWidget(WIDGET_ROW + i, "cc-button.bmp",
@@ -57,7 +57,7 @@ void BuildRows(const Layout& layout, int top, int area) {
 
 void RunPlaylistPage(int program, int wait) {
   MoveGroup(GROUP_PLAYLIST_BUTTONS, program);
-  Move(PageButton(PAGE_PLAYLIST), program == kEnterProgram ? kEnterProgram : kNoProgram);
+  PulsePageButton(PAGE_PLAYLIST, program);
   for (int i = 0; i < playlist.visibleRows; ++i) Move(WIDGET_ROW + i, program);
   Move(WIDGET_SCROLL_BAR, program);
   Move(WIDGET_PLAYLIST_BOX, program);
@@ -83,7 +83,8 @@ void RefreshRow(int row, const PlaylistReader& reader) {
   if (entry) entry->displayName.Load(name);
   char text[kPathSize + 16];
   std::snprintf(text, sizeof text, "%d. %s", song + 1, name);
-  widget->SetLabelOn(text, entry && entry->selected ? SelectedSongColor : TransparentColor);
+  widget->SetLabelOn(text,
+                     entry && entry->selected ? skin.SelectedSongColor : skin.TransparentColor);
   if (entry && song == playlist.currentSong) {
     widget->RunProgram(kPulseSlot, kPulseProgram);
   } else {
@@ -94,14 +95,18 @@ void RefreshRow(int row, const PlaylistReader& reader) {
 
 void Scroll(int top) {
   playlist.topIndex = std::max(0, top);
-  Find(WIDGET_SCROLL_BAR)->ApplyValue(-1.0f, ScrollPosition());
+  Find(WIDGET_SCROLL_BAR)->ApplyValue(PART_KEEP_CAPS, ScrollPosition());
   RefreshPlaylistPage();
 }
 
 void PressButton(const Widget* widget, bool left) {
-  if (widget == Find(WIDGET_ITEM_UP)) (left ? MoveSelectedUp : MoveSelectedPageUp)();
-  if (widget == Find(WIDGET_ITEM_DOWN)) (left ? MoveSelectedDown : MoveSelectedPageDown)();
-  if (!left) return;
+  if (!left) {
+    if (widget == Find(WIDGET_ITEM_UP)) MoveSelectedPageUp();
+    if (widget == Find(WIDGET_ITEM_DOWN)) MoveSelectedPageDown();
+    return;
+  }
+  if (widget == Find(WIDGET_ITEM_UP)) MoveSelectedUp();
+  if (widget == Find(WIDGET_ITEM_DOWN)) MoveSelectedDown();
   const platform::Point pointer = platform::PointerPosition();
   for (const auto& button : kMenuButtons)
     if (widget == Find(button.index))
@@ -137,8 +142,7 @@ void PlayRow(Widget* widget) {
   playlist.currentSong = song;
   TransportStop();
   TransportPlay();
-  RefreshSongLine();
-  RefreshPlaylistPage();
+  RefreshDisplays();
 }
 
 }  // namespace
@@ -153,13 +157,13 @@ void BuildPlaylistPage() {
   lastTouch = platform::GetTickCount() - kHandsMilliseconds;
   const Layout layout;
   MakeImage(TileOf(PAGE_PLAYLIST), "tile-pl.bmp", GROUP_INTERFACE);
-  const Widget* box = MakeGroupBox(WIDGET_PLAYLIST_BOX, "pl-groupbox.bmp", PlaylistEffect);
+  const Widget* box = MakeGroupBox(WIDGET_PLAYLIST_BOX, "pl-groupbox.bmp", skin.PlaylistEffect);
   const int top = box->height + layout.margin;
   BuildRows(layout, top, layout.Bottom() - top);
   int x = 0;
   for (const auto& button : kStripButtons)
     x += MakeStripButton(button.index, button.file, GROUP_PLAYLIST_BUTTONS, x);
-  PlaceStrip(GROUP_PLAYLIST_BUTTONS, 2, x, layout.height / 2, (layout.width - x) / 2);
+  PlaceStrip(GROUP_PLAYLIST_BUTTONS, LAYER_BOXES, x, layout.height / 2, (layout.width - x) / 2);
 }
 
 void ShowPlaylistPage(int wait) {
@@ -190,7 +194,7 @@ void RefreshPlaylistPage() {
     PlaylistReader reader;
     for (int row = 0; row < playlist.visibleRows; ++row) RefreshRow(row, reader);
   }
-  bar->ApplyValue(0, ScrollPosition());
+  bar->ApplyValue(PART_REST, ScrollPosition());
 }
 
 void PlaylistPageHandler(unsigned event, Widget* widget, float a, float b) {

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string>
 
+#include "base/handshake.h"
 #include "panels/equaliser_presets.h"
-#include "panels/mixer_page.h"
 #include "panels/panel_tools.h"
 #include "platform/clock.h"
 
@@ -16,8 +16,8 @@ namespace {
 constexpr char kCaretMark[] = "|";
 constexpr int kBusyMilliseconds = 100;
 
-// The redraw thread is inside ShowNameEdit.  It sets this before it looks at InputActiveTick, and
-// the main thread clears that before it looks at this, so that no tick paints over the final name.
+// The redraw thread is inside ShowNameEdit: its hand-shake with InputActiveTick, so that no tick
+// paints over the final name.
 std::atomic<int> NameTickBusy = 0;
 
 bool IsContinuation(char byte) {
@@ -76,7 +76,7 @@ void EndNameEdit() {
   if (!TheSkinHost->InputActiveTick) return;
   platform::FocusWindow();
   TheSkinHost->InputActiveTick = 0;
-  while (NameTickBusy) platform::Sleep(kBusyMilliseconds);
+  AwaitTurnsEnd(NameTickBusy, [] { platform::Sleep(kBusyMilliseconds); });
   char text[kInputTextSize];
   InputText.Load(text);
   char* name = EqPresetNames[EffectEQCurrent];
@@ -87,16 +87,14 @@ void EndNameEdit() {
 }
 
 void ShowNameEdit() {
-  NameTickBusy = 1;
-  if (TheSkinHost->InputActiveTick) {
-    char text[kInputTextSize];
-    const auto length = static_cast<int>(InputText.Load(text));
-    // The caret is a newer one than the text, or an older: it must not part a character.
-    int caret = std::clamp(platform::EditCaret(), 0, length);
-    while (caret > 0 && IsContinuation(text[caret])) --caret;
-    ShowPresetName(MarkedText(text, static_cast<std::size_t>(caret)).c_str());
-  }
-  NameTickBusy = 0;
+  if (!EnterTurn(NameTickBusy, TheSkinHost->InputActiveTick, 1)) return;
+  char text[kInputTextSize];
+  const auto length = static_cast<int>(InputText.Load(text));
+  // The caret is a newer one than the text, or an older: it must not part a character.
+  int caret = std::clamp(platform::EditCaret(), 0, length);
+  while (caret > 0 && IsContinuation(text[caret])) --caret;
+  ShowPresetName(MarkedText(text, static_cast<std::size_t>(caret)).c_str());
+  LeaveTurn(NameTickBusy);
 }
 
 }  // namespace kwo

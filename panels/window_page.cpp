@@ -28,7 +28,7 @@ void MinimiseAfterNudge(Widget& button) {
     platform::ShowWindow(platform::WindowShow::kHide);
     return;
   }
-  HideCurrentPage(0);
+  HideWindowPage(0);
   HideTopBar(1);
   platform::ShowWindow(platform::WindowShow::kMinimise);
 }
@@ -49,13 +49,13 @@ void BuildWindowPage() {
 }
 
 void ShowWindowPage(int wait) {
-  Move(PageButton(PAGE_WINDOW), kEnterProgram);
+  PulsePageButton(PAGE_WINDOW, kEnterProgram);
   for (const auto& row : kButtons) Move(row.index, kEnterProgram);
   if (wait) Find(WIDGET_QUIT)->WaitSlot(kMoveSlot);
 }
 
 void HideWindowPage(int wait) {
-  Move(PageButton(PAGE_WINDOW), kNoProgram);
+  PulsePageButton(PAGE_WINDOW, kLeaveProgram);
   for (const auto& row : kButtons) Move(row.index, kLeaveProgram);
   if (wait) Find(WIDGET_QUIT)->WaitSlot(kMoveSlot);
 }

@@ -17,10 +17,13 @@ bool ChooseFiles(const char* filter, const char* folder, std::vector<std::string
 /// Lets the user choose a folder; false if none was chosen.
 bool ChooseFolder(const char* title, std::string& folder);
 
+/// Of the choices of a menu, which exclude each other, one is the chosen one.
+enum class MenuMark { kNone, kChoice, kChosen };
+
 struct MenuItem {
   int command;  ///< 0: a separator
   const char* text;
-  bool marked;  ///< with a radio mark
+  MenuMark mark;
 };
 
 /// Shows a menu at a place of the screen until the user has chosen or dismissed it.  The choice is

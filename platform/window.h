@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -20,8 +21,19 @@ struct Size {
 struct Rectangle {
   int x, y, width, height;
   bool operator==(const Rectangle&) const = default;
+  int Bottom() const { return y + height; }
+  bool Empty() const { return width < 1 || height < 1; }
   bool Contains(Point point) const {
     return x <= point.x && point.x < x + width && y <= point.y && point.y < y + height;
+  }
+  /// What both have in common; all zero for nothing.
+  Rectangle Intersected(const Rectangle& other) const {
+    const auto end = [](int start, int size) { return std::int64_t{start} + size; };
+    const int left = std::max(x, other.x), top = std::max(y, other.y);
+    const std::int64_t right = std::min(end(x, width), end(other.x, other.width));
+    const std::int64_t bottom = std::min(end(y, height), end(other.y, other.height));
+    if (right <= left || bottom <= top) return {0, 0, 0, 0};
+    return {left, top, static_cast<int>(right - left), static_cast<int>(bottom - top)};
   }
 };
 

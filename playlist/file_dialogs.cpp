@@ -26,18 +26,18 @@ void OpenFilesDialog(int clearFirst) {
   const std::string here = platform::CurrentFolder();
   const std::string folder = GetSettingString("DirOpen", here.c_str(), 0);
   std::vector<std::string> paths;
-  if (hooks.beforeChoice) hooks.beforeChoice();
+  hooks.beforeChoice();
   if (!platform::ChooseFiles(filter.c_str(), folder.c_str(), paths)) return;
   if (clearFirst) ClearList();
   AddPaths(std::move(paths), [](int) {});
   // The dialog has made the user's folder current, and this is how the next one finds it.
-  GetSettingString("DirOpen", platform::CurrentFolder().c_str(), 1);
+  SetSettingString("DirOpen", platform::CurrentFolder().c_str());
   FlushSettings();
 }
 
 void OpenDirectoryDialog(int clearFirst) {
   std::string folder;
-  if (hooks.beforeChoice) hooks.beforeChoice();
+  hooks.beforeChoice();
   if (!platform::ChooseFolder("Choose a Directory", folder)) return;
   if (clearFirst) ClearList();
   AddPath(folder.c_str());

@@ -20,7 +20,7 @@ const FileWait::Answer& FileWait::Wait(const Asked& asked, std::size_t index) {
     const unsigned now = platform::GetTickCount();
     if (now - refreshed_ < kRefreshMilliseconds || playlist.count == 0) continue;
     refreshed_ = now;
-    if (hooks.refreshPlaylistPage) hooks.refreshPlaylistPage();
+    hooks.refreshPlaylistPage();
   }
 }
 

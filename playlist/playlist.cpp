@@ -49,14 +49,6 @@ void Exchange(int i, int j) {
   }
 }
 
-void RefreshPage() {
-  if (hooks.refreshPlaylistPage) hooks.refreshPlaylistPage();
-}
-
-void StopMusic() {
-  if (hooks.transportStop) hooks.transportStop();
-}
-
 void FreeAll() {
   const int count = playlist.count;
   playlist.count = 0;
@@ -75,10 +67,10 @@ void RemoveAt(int index) {
   Put(last, nullptr);
   playlist.count = last;
   if (playlist.currentSong != index) return;
-  StopMusic();
+  hooks.transportStop();
   if (playlist.count <= playlist.currentSong) playlist.currentSong = 0;
   if (playlist.count <= 0) playlist.currentSong = -1;
-  if (hooks.refreshSongLine) hooks.refreshSongLine();
+  hooks.refreshSongLine();
 }
 
 template <typename Test>
@@ -89,10 +81,10 @@ void RemoveWhere(Test chosen) {
   // The number is not followed while songs below it go: where it now names none, none is current.
   if (playlist.currentSong >= playlist.count) {
     playlist.currentSong = -1;
-    if (hooks.refreshSongLine) hooks.refreshSongLine();
+    hooks.refreshSongLine();
   }
   playlist.selectionAnchor = -1;
-  RefreshPage();
+  hooks.refreshPlaylistPage();
 }
 
 void MoveTop(int delta) {
@@ -100,7 +92,7 @@ void MoveTop(int delta) {
   int top = playlist.topIndex + delta;
   if (delta > 0) top = std::min(top, lowest);
   playlist.topIndex = std::max(top, 0);
-  RefreshPage();
+  hooks.refreshPlaylistPage();
 }
 
 // The farthest unselected place within a page from `index`, in steps of `direction`; 0 for none.
@@ -251,7 +243,7 @@ void SetTag(int index, const platform::SongTag& tag) {
 }
 
 void ClearList() {
-  StopMusic();
+  hooks.transportStop();
   FreeAll();
 }
 
@@ -328,7 +320,7 @@ void RemoveDeadLinks() {
 void RemoveAll() {
   FreeAll();
   playlist.selectionAnchor = -1;
-  StopMusic();
+  hooks.transportStop();
   RefreshDisplays();
 }
 

@@ -89,7 +89,7 @@ bool GoOnReadingTags() {
     if (song >= 0 && answer->answered) SetTag(song, TagOf(*answer));
   }
   if (reading->next == reading->paths.size()) reading.reset();
-  if ((!reading || reading->next != first) && hooks.refreshPlaylistPage) RefreshDisplays();
+  if (!reading || reading->next != first) RefreshDisplays();
   return reading != nullptr;
 }
 

@@ -45,6 +45,14 @@ const char* GetSettingString(const char* name, const char* fallback, int force) 
   return fallback;
 }
 
+void SetSettingInt(const char* name, int value) {
+  GetSettingInt(name, value, 1);
+}
+
+void SetSettingString(const char* name, const char* value) {
+  GetSettingString(name, value, 1);
+}
+
 bool FlushSettings() {
   return platform::FlushRegistry();
 }

@@ -11,6 +11,10 @@ int GetSettingInt(const char* name, int fallback, int force);
 /// next call.  A stored text of more than 263 characters counts as absent.
 const char* GetSettingString(const char* name, const char* fallback, int force);
 
+/// Store a value.
+void SetSettingInt(const char* name, int value);
+void SetSettingString(const char* name, const char* value);
+
 /// Carries all settings to where they last, in one step; false where they can't be written.
 bool FlushSettings();
 

@@ -64,6 +64,19 @@ void MotionOwner::SetPath(int program, int startX, int startY, int endX, int end
   words[PATH_TYPE] = kPathType;
 }
 
+void MotionOwner::SetWays(const Ways& ways, int steps, float enterAcceleration,
+                          float leaveAcceleration) {
+  SetPath(kEnterProgram, ways.from.x, ways.from.y, ways.rest.x, ways.rest.y, steps,
+          enterAcceleration, MOTION_ONCE);
+  SetPath(kLeaveProgram, ways.rest.x, ways.rest.y, ways.to.x, ways.to.y, steps, leaveAcceleration,
+          MOTION_ONCE);
+}
+
+void MotionOwner::SetNudge(int program, platform::Point rest) {
+  constexpr int kNudge = 3;
+  SetPath(program, rest.x, rest.y, rest.x + kNudge, rest.y + kNudge, kNudge, 0, MOTION_SNAP_BACK);
+}
+
 void MotionOwner::RunProgram(int slot, int program) {
   if (slot < 0 || slot >= kSlots || program < -1 || program >= kPrograms) return;
   // The program's words were written before; the redraw thread sees them once it sees the slot.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/shared.h"
+#include "platform/window.h"
 
 namespace kwo {
 
@@ -19,6 +20,21 @@ struct MotionProgram {
   Shared<float> words[16];
 };
 
+/// Programs and slots by convention.
+constexpr int kNoProgram = -1;
+constexpr int kEnterProgram = 0;
+constexpr int kLeaveProgram = 1;
+constexpr int kNudgeProgram = 2;
+constexpr int kPulseProgram = 3;
+constexpr int kMoveSlot = 0;
+constexpr int kNudgeSlot = 1;
+constexpr int kPulseSlot = 2;
+
+/// Where something comes from when it enters, where it rests, and where it leaves to.
+struct Ways {
+  platform::Point from, rest, to;
+};
+
 /// The slots and programs of something that moves.
 ///
 /// The main thread writes a program, then its number into a slot; the redraw thread steps the
@@ -35,6 +51,10 @@ class MotionOwner {
   /// grows by `acceleration`.
   void SetPath(int program, int startX, int startY, int endX, int endY, int steps,
                float acceleration, int mode);
+  /// The entrance and the exit, each a straight way that runs once.
+  void SetWays(const Ways& ways, int steps, float enterAcceleration, float leaveAcceleration);
+  /// The nudge of a press: three pixels right and down, and back.
+  void SetNudge(int program, platform::Point rest);
   /// Puts a program into a slot, which starts it; -1 stops what runs there.
   void RunProgram(int slot, int program);
   /// Sleeps 100 ms at a time until the slot is free.  Not on the redraw thread, which alone frees

@@ -1,12 +1,12 @@
 #include <algorithm>
 
+#include "base/handshake.h"
 #include "platform/clock.h"
 #include "toolkit/skin_host.h"
 
 namespace kwo {
 namespace {
 
-constexpr int kLayers = 4;
 constexpr int kFadeProgram = 0;
 constexpr int kDriftProgram = 2;
 constexpr int kFadeSlot = 0;
@@ -34,11 +34,7 @@ void SkinHost::RunRedraw(void* host) {
 }
 
 void SkinHost::RedrawFrame() {
-  drawing = 1;
-  if (paused) {
-    drawing = 0;
-    return;
-  }
+  if (!EnterTurn(drawing, paused, 0)) return;
   PaintVisualiser();
   StepAll();
   if (active) {
@@ -49,7 +45,7 @@ void SkinHost::RedrawFrame() {
       canvas->PresentToWindow(interface.absX, interface.absY, interface.clipWidth,
                               interface.clipHeight);
   }
-  drawing = 0;
+  LeaveTurn(drawing);
 }
 
 void SkinHost::PaintVisualiser() {
@@ -91,10 +87,10 @@ void SkinHost::DrawTile(int index) {
 }
 
 void SkinHost::DrawWidgets() {
-  for (int groupLayer = 0; groupLayer < kLayers; ++groupLayer) {
+  for (int groupLayer = 0; groupLayer < LAYER_COUNT; ++groupLayer) {
     for (int group = 0; group < kGroups; ++group) {
       if (!groups[group].visible || groups[group].layer != groupLayer) continue;
-      for (int layer = 0; layer < kLayers; ++layer) {
+      for (int layer = 0; layer < LAYER_COUNT; ++layer) {
         for (int index = 0; index < kWidgets; ++index) {
           Widget* widget = GetWidget(index);
           if (widget && widget->group == group && widget->visible && widget->layer == layer &&
@@ -114,7 +110,7 @@ bool SkinHost::FillsInterface(const Widget& tile) {
 void SkinHost::DriftTile(Widget& tile) {
   if (FillsInterface(tile)) {
     tile.SetPlace(0, 0);
-    tile.layer = 0;
+    tile.layer = LAYER_GROUND;
     return;
   }
   if (tile.width < 1) return;

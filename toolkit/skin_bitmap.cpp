@@ -85,8 +85,8 @@ void SkinBitmap::FillSolid(std::uint32_t color) {
 }
 
 void SkinBitmap::FillRectangle(int x, int y, int rectWidth, int rectHeight, std::uint32_t color) {
-  const platform::Rectangle area = Cut(x, y, rectWidth, rectHeight);
-  for (int top = area.y; top < area.y + area.height; ++top)
+  const platform::Rectangle area = Cut({x, y, rectWidth, rectHeight});
+  for (int top = area.y; top < area.Bottom(); ++top)
     FillRow(bits + std::ptrdiff_t{height - 1 - top} * stride + 3 * area.x, area.width, color);
 }
 
@@ -97,24 +97,20 @@ void SkinBitmap::FillAndText(const char* text, const platform::Font* font, std::
     platform::DrawTextLine({bits, stride, width, height}, text, *font, textColor, x, y);
 }
 
-platform::Rectangle SkinBitmap::Cut(int x, int y, int rectWidth, int rectHeight) const {
-  const int left = std::clamp(x, 0, width), top = std::clamp(y, 0, height);
-  const int right = std::clamp(x + rectWidth, left, width);
-  const int bottom = std::clamp(y + rectHeight, top, height);
-  return {left, top, right - left, bottom - top};
+platform::Rectangle SkinBitmap::Cut(const platform::Rectangle& area) const {
+  return area.Intersected({0, 0, width, height});
 }
 
 void SkinBitmap::PresentToWindow(int x, int y, int rectWidth, int rectHeight) const {
-  const platform::Rectangle area = Cut(x, y, rectWidth, rectHeight);
-  if (area.width > 0 && area.height > 0) platform::Present({bits, stride, width, height}, area);
+  const platform::Rectangle area = Cut({x, y, rectWidth, rectHeight});
+  if (!area.Empty()) platform::Present({bits, stride, width, height}, area);
 }
 
 void SkinBitmap::CopyFrom(const SkinBitmap* source, int x, int y, int rectWidth, int rectHeight) {
   if (!source) return;
-  platform::Rectangle area = source->Cut(x, y, rectWidth, rectHeight);
-  area = Cut(area.x, area.y, area.width, area.height);
-  BlitCopy(source->Source(area.x, source->height - area.y - area.height), area.width, area.height,
-           Target(area.x, height - area.y - area.height));
+  const platform::Rectangle area = Cut(source->Cut({x, y, rectWidth, rectHeight}));
+  BlitCopy(source->Source(area.x, source->height - area.Bottom()), area.width, area.height,
+           Target(area.x, height - area.Bottom()));
 }
 
 }  // namespace kwo

@@ -74,7 +74,7 @@ class SkinBitmap {
  private:
   bool keyless = false;
   bool Allocate(int newWidth, int newHeight);
-  platform::Rectangle Cut(int x, int y, int rectWidth, int rectHeight) const;
+  platform::Rectangle Cut(const platform::Rectangle& area) const;
 };
 
 /// Bytes from one row of 24-bit pixels to the next.

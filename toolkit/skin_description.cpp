@@ -5,17 +5,17 @@
 
 namespace kwo {
 
-std::uint32_t TransparentColor, FontColor, SelectedSongColor, CurrentSongColor;
-int TopEffect, MainEffect, PlaylistEffect, MixerEffect, BackgroundEffect;
+SkinDescription skin;
 
 namespace {
 
 void SetDefaults() {
-  TransparentColor = 0xFFFF00;
-  FontColor = 0x00FF00;
-  SelectedSongColor = 0x64FF64;
-  CurrentSongColor = 0xFF0000;
-  TopEffect = MainEffect = PlaylistEffect = MixerEffect = BackgroundEffect = 0;
+  skin.TransparentColor = 0xFFFF00;
+  skin.FontColor = 0x00FF00;
+  skin.SelectedSongColor = 0x64FF64;
+  skin.CurrentSongColor = 0xFF0000;
+  skin.TopEffect = skin.MainEffect = skin.PlaylistEffect = skin.MixerEffect =
+      skin.BackgroundEffect = 0;
 }
 
 constexpr std::int64_t kMaxNumber = 0x7FFFFFFF;
@@ -75,10 +75,10 @@ void ReadColor(TokenReader& reader) {
   const std::string_view name = reader.Token();
   int a, b, c;
   if (!reader.Number(a) || !reader.Number(b) || !reader.Number(c)) return;
-  if (name == "TRANSPARENT") TransparentColor = Color(c, b, a);
-  if (name == "FONT") FontColor = Color(a, b, c);
-  if (name == "CURRENTSONG") CurrentSongColor = Color(a, b, c);
-  if (name == "SELECTEDSONG") SelectedSongColor = Color(a, b, c);
+  if (name == "TRANSPARENT") skin.TransparentColor = Color(c, b, a);
+  if (name == "FONT") skin.FontColor = Color(a, b, c);
+  if (name == "CURRENTSONG") skin.CurrentSongColor = Color(a, b, c);
+  if (name == "SELECTEDSONG") skin.SelectedSongColor = Color(a, b, c);
 }
 
 void ReadWindow(TokenReader& reader, platform::Rectangle& window) {
@@ -96,11 +96,11 @@ constexpr struct {
 constexpr struct {
   std::string_view word;
   int* variable;
-} kTargets[] = {{"TOGB", &TopEffect},
-                {"MAGB", &MainEffect},
-                {"PLGB", &PlaylistEffect},
-                {"MIGB", &MixerEffect},
-                {"BK", &BackgroundEffect}};
+} kTargets[] = {{"TOGB", &skin.TopEffect},
+                {"MAGB", &skin.MainEffect},
+                {"PLGB", &skin.PlaylistEffect},
+                {"MIGB", &skin.MixerEffect},
+                {"BK", &skin.BackgroundEffect}};
 
 void ReadEffect(TokenReader& reader) {
   const std::string_view target = reader.Token();

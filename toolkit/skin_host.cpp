@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "base/handshake.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "toolkit/window_shape.h"
@@ -9,6 +10,8 @@
 namespace kwo {
 
 using platform::Message;
+
+SkinHost* TheSkinHost = nullptr;
 
 namespace {
 
@@ -127,11 +130,10 @@ WidgetGroup* SkinHost::GetGroup(int index) {
 }
 
 Widget* SkinHost::HitTest(int x, int y) {
-  constexpr int kTop = 3;
-  for (int groupLayer = kTop; groupLayer >= 0; --groupLayer) {
+  for (int groupLayer = LAYER_COUNT - 1; groupLayer >= 0; --groupLayer) {
     for (int group = kGroups - 1; group >= 0; --group) {
       if (!groups[group].visible || groups[group].layer != groupLayer) continue;
-      for (int layer = kTop; layer >= 0; --layer) {
+      for (int layer = LAYER_COUNT - 1; layer >= 0; --layer) {
         for (int index = kWidgets - 1; index >= 0; --index) {
           Widget* widget = GetWidget(index);
           if (widget && widget->visible && widget->group == group && widget->layer == layer &&
@@ -217,7 +219,7 @@ void SkinHost::PauseRedraw() {
     return;
   }
   paused = 1;
-  while (drawing) platform::Sleep(kPauseMilliseconds);
+  AwaitTurnsEnd(drawing, [] { platform::Sleep(kPauseMilliseconds); });
 }
 
 int LoadSkinPicture(const SkinHost& host, SkinBitmap& bitmap, const char* fileName) {

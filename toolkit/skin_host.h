@@ -136,11 +136,26 @@ class SkinHost {
 
   Shared<Widget*> widgets[kWidgets];
   platform::Thread* threadHandle = nullptr;
-  // The pause hand-shake: each side writes its own word before it reads the other's, in one order
-  // that both see, so that a frame and a pause never overlap.
-  std::atomic<int> drawing = 0, paused = 0;
+  std::atomic<int> drawing = 0,
+                   paused = 0;  // a hand-shake: the redraw thread's turns are the frames
   bool windowDrag = false;
   platform::Point pressPlace{0, 0};
+};
+
+/// The single toolkit object; null before start-up and after shutdown.  It stands before the other
+/// threads start, and until they have ended.
+extern SkinHost* TheSkinHost;
+
+/// While it lives, no frame is drawn.  Main thread.
+class RedrawPause {
+ public:
+  explicit RedrawPause(SkinHost& host) : host_(host) { host_.PauseRedraw(); }
+  ~RedrawPause() { host_.PauseRedraw(); }
+  RedrawPause(const RedrawPause&) = delete;
+  RedrawPause& operator=(const RedrawPause&) = delete;
+
+ private:
+  SkinHost& host_;
 };
 
 /// Loads a picture of the skin: from `skinPath`, else by the same name from `defaultSkinPath`.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "toolkit/skin_host.h"
+#include "toolkit/slider.h"
 
 namespace kwo {
 namespace {
@@ -177,16 +178,45 @@ void Widget::SetFlyIn(int restX, int restY) {
   if (!host) return;
   constexpr int kSteps = 100;
   constexpr float kAcceleration = 4.0f;
-  constexpr int kNudge = 3;
-  const int outX = host->groups[0].clipWidth, outY = host->groups[0].clipHeight;
-  SetPlace(outX, outY);
-  layer = 3;
-  SetPath(0, outX, outY, restX, restY, kSteps, kAcceleration, MOTION_ONCE);
-  SetPath(1, restX, restY, outX, outY, kSteps, kAcceleration, MOTION_ONCE);
-  SetPath(2, restX, restY, restX + kNudge, restY + kNudge, kNudge, 0, MOTION_SNAP_BACK);
-  SetRamp(3, -200, 100, 50.0f, MOTION_TO_AND_FRO);
+  const platform::Point outside{host->groups[0].clipWidth, host->groups[0].clipHeight};
+  const platform::Point rest{restX, restY};
+  SetPlace(outside.x, outside.y);
+  layer = LAYER_CONTROLS;
+  SetWays({outside, rest, outside}, kSteps, kAcceleration, kAcceleration);
+  SetNudge(kNudgeProgram, rest);
+  SetRamp(kPulseProgram, -200, 100, 50.0f, MOTION_TO_AND_FRO);
   blendMode = BLEND_ADD;
   visible = 1;
+}
+
+float Widget::ApplyValue(float part, float newValue) {
+  if (!image || !cap) return 0.0f;
+  float result = 0.0f;
+  if (IsSlider() && part <= 0 && heldPart != PART_REST) part = static_cast<float>(int{heldPart});
+  switch (kind) {
+    case BUTTON_WIDGET:
+      RunProgram(kNudgeSlot, kNudgeProgram);
+      break;
+    case CHECK_WIDGET:
+      result = ApplyCheck(part < 0 ? static_cast<float>(value) : part, newValue);
+      break;
+    case VERTICAL_SLIDER:
+    case HORIZONTAL_SLIDER:
+      result = PaintSlider(*this, part, newValue < 0 ? static_cast<float>(value) : newValue);
+      break;
+    default:
+      break;
+  }
+  value = result;
+  return result;
+}
+
+float Widget::ApplyCheck(float part, float newValue) {
+  if (newValue != 0.0f) RunProgram(kNudgeSlot, kNudgeProgram);
+  if (IsPart(part, CHECK_FLIP)) part = frame != 0 ? 0.0f : 1.0f;
+  if (!IsPart(part, CHECK_OFF) && !IsPart(part, CHECK_ON)) return CHECK_OFF;
+  SetFrame(static_cast<int>(part));
+  return part;
 }
 
 void Widget::StepMotion() {
@@ -228,39 +258,21 @@ void Widget::DrawImage(const SkinBitmap* bitmap, int left, int top, int shownFra
   SkinBitmap* canvas = host->canvas.get();
   if (!bitmap || !bitmap->bits || !canvas || !canvas->bits) return;
   const WidgetGroup& area = *host->GetGroup(group);
-  int w = bitmap->width, h = bitmap->height, sourceX = 0, sourceRow = 0;
-  if (frames > 0) {
-    h /= frames;
-    sourceRow = (frames - shownFrame - 1) * h;
-  }
-  const int canvasWidth = canvas->width, canvasHeight = canvas->height;
-  int clipLeft = area.absX - area.originX, clipTop = area.absY - area.originY;
-  const int clipRight = std::min(clipLeft + area.clipWidth, canvasWidth);
-  const int clipBottom = std::min(clipTop + area.clipHeight, canvasHeight);
-  int x0 = area.rawX - offsetX - area.originX + left;
-  const int y0 = area.rawY - offsetY - area.originY + top;
-  if (x0 > canvasWidth || y0 > canvasHeight) return;
-  clipLeft = std::max(clipLeft, 0);
-  clipTop = std::max(clipTop, 0);
-  int row = canvasHeight - y0 - h;
-  const int minRow = canvasHeight - clipBottom, maxRow = canvasHeight - clipTop;
-  w = std::min(w, clipRight - x0);
-  h = std::min(h, maxRow - row);
-  if (w < 1 || h < 1) return;
-  if (clipLeft > x0) {
-    sourceX = clipLeft - x0;
-    w -= sourceX;
-    x0 = clipLeft;
-  }
-  if (minRow > row) {
-    sourceRow += minRow - row;
-    h -= minRow - row;
-    row = minRow;
-  }
-  if (w < 1 || h < 1) return;
-
-  const BlitSource source = bitmap->Source(sourceX, sourceRow);
-  const BlitTarget target = canvas->Target(x0, row);
+  const int frameHeight = frames > 0 ? bitmap->height / frames : bitmap->height;
+  const int firstRow = frames > 0 ? (frames - shownFrame - 1) * frameHeight : 0;
+  const platform::Rectangle picture{area.rawX - offsetX - area.originX + left,
+                                    area.rawY - offsetY - area.originY + top, bitmap->width,
+                                    frameHeight};
+  const platform::Rectangle window{area.absX - area.originX, area.absY - area.originY,
+                                   area.clipWidth, area.clipHeight};
+  const platform::Rectangle shown =
+      picture.Intersected(window).Intersected({0, 0, canvas->width, canvas->height});
+  if (shown.Empty()) return;
+  // Rows count from the bottom.
+  const BlitSource source =
+      bitmap->Source(shown.x - picture.x, firstRow + picture.Bottom() - shown.Bottom());
+  const BlitTarget target = canvas->Target(shown.x, canvas->height - shown.Bottom());
+  const int w = shown.width, h = shown.height;
   const std::uint32_t key = bitmap->DrawnKey();
   const bool keyed = key <= 0xFFFFFF;
   const int bright = brightness, mode = blendMode;

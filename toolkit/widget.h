@@ -18,6 +18,24 @@ enum WidgetKind : int {
   HORIZONTAL_SLIDER = 4,
 };
 
+/// What lies before what, of groups and of the widgets of a group.
+enum Layer : int { LAYER_GROUND, LAYER_TEXT, LAYER_BOXES, LAYER_CONTROLS, LAYER_COUNT };
+
+/// What `Widget::ApplyValue` is told of a check box and of a slider.
+enum CheckPart : int { CHECK_AS_IT_IS = -1, CHECK_OFF = 0, CHECK_ON = 1, CHECK_FLIP = 2 };
+enum SliderPart : int {
+  PART_KEEP_CAPS = -1,  ///< they stay as they are
+  PART_REST = 0,
+  PART_FIRST_CAP = 1,  ///< the left or the upper one
+  PART_SECOND_CAP = 2,
+  PART_THUMB = 3,
+};
+constexpr bool IsPart(float part, int which) {
+  return part == static_cast<float>(which);
+}
+/// A position that leaves a slider's as it is.
+constexpr float kSamePosition = -1.0f;
+
 constexpr int kUnplaced = -99999;
 
 /// A frame of the interface that its widgets move with and are cut to.  Written by the main thread
@@ -70,9 +88,9 @@ class Widget : public MotionOwner {
                   int textY);
 
   /// Changes what the widget shows and stores and gives its value.  Button: starts the nudge. Check
-  /// box: `part` 0 off, 1 on, 2 flip, below 0 as it was; with a `newValue` other than 0, nudges.
-  /// Slider: repaints the canvas for the position `newValue`, 0 to 1, or as it was if below 0;
-  /// `part` below 0 leaves the end caps, 0 shows them at rest, 1 and 2 press one, 3 the thumb.
+  /// box: `part` is a CheckPart; with a `newValue` other than 0, nudges.  Slider: `part` is a
+  /// SliderPart, which is shown pressed; repaints the canvas for the position `newValue`, 0 to 1,
+  /// or as it was if below 0.
   float ApplyValue(float part, float newValue);
 
   bool PointInWidget(int pointX, int pointY) const;
@@ -90,8 +108,6 @@ class Widget : public MotionOwner {
   void DrawWidget() { DrawWidgetAt(x, y); }
   void DrawWidgetAt(int left, int top);
 
-  /// Width of a slider's cells, or their height if it stands upright.
-  int CellSize() const;
   bool IsSlider() const { return kind == VERTICAL_SLIDER || kind == HORIZONTAL_SLIDER; }
 
   SkinHost* host = nullptr;
@@ -100,8 +116,8 @@ class Widget : public MotionOwner {
   Shared<int> group;
   Shared<int> kind;
   Shared<float> value;
-  /// The piece of a slider under the user's hand, as `ApplyValue` numbers them; 0 for none.  It is
-  /// shown pressed whoever repaints the slider.
+  /// The piece of a slider under the user's hand, PART_REST for none.  It is shown pressed whoever
+  /// repaints the slider.
   Shared<int> heldPart;
   Shared<int> x = kUnplaced, homeX = kUnplaced, y = kUnplaced, homeY = kUnplaced;
   Shared<int> layer;
@@ -116,8 +132,6 @@ class Widget : public MotionOwner {
   bool TakeRole(SkinHost* newHost, int newKind, int newGroup);
   int LoadPicture(SkinBitmap& bitmap, const char* fileName);
   float ApplyCheck(float part, float newValue);
-  float PaintVerticalSlider(float part, float position);
-  float PaintHorizontalSlider(float part, float position);
   void DrawImage(const SkinBitmap* bitmap, int left, int top, int shownFrame, int frames);
 };
 

@@ -56,8 +56,8 @@ bool Print(const ScriptStep&, const std::string&) {
   const headless::WindowState window = headless::Window();
   std::printf("caption \"%s\", page %d, song %d of %d, playing %d, window %d,%d %dx%d%s%s\n",
               window.caption.c_str(), int{CurrentPage}, playlist.currentSong + 1,
-              int{playlist.count}, int{playing}, window.place.x, window.place.y, window.place.width,
-              window.place.height, window.visible ? "" : ", hidden",
+              int{playlist.count}, int{transport.playing}, window.place.x, window.place.y,
+              window.place.width, window.place.height, window.visible ? "" : ", hidden",
               window.minimised ? ", minimised" : "");
   return true;
 }

@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
   std::signal(SIGINT, [](int) { interrupted = 1; });
   std::signal(SIGTERM, [](int) { interrupted = 1; });
   kwo::TransportPlay();
-  for (int tenths = 0; kwo::playing && !interrupted; ++tenths) {
+  for (int tenths = 0; kwo::transport.playing && !interrupted; ++tenths) {
     ShowPosition();
     if (tenths == kPatience && hundredths > 0 && hundredths < kFirstBlock)
       std::fputs("\nplay_list: no sound device answers; waiting for one\n", stderr);

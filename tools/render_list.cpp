@@ -128,7 +128,7 @@ int Parse(int argc, char** argv, Options& options) {
 }
 
 bool Sounding() {
-  if (kwo::playing) return true;
+  if (kwo::transport.playing) return true;
   for (int slot = 0; slot < 3; ++slot)
     if (kwo::TheMixer->Slot(slot)->active) return true;
   return false;

@@ -11,8 +11,6 @@
 namespace kwo::tools {
 namespace {
 
-constexpr int kBlockSize = 4608;
-
 // A setting's name and where its value goes.
 struct Setting {
   const char* name;
@@ -28,16 +26,16 @@ constexpr Setting kSettings[] = {
     {"EffectCE", [](int v) { TheMixer->wideStereo = v; }},
     {"EffectLT", [](int v) { TheMixer->limiter = v; }},
     {"EffectEQSwitch", [](int v) { TheMixer->eqSwitch = v; }},
-    {"ModePlay", [](int v) { playMode = v; }},
-    {"ModeRepeat", [](int v) { repeatOn = v; }},
+    {"ModePlay", [](int v) { transport.playMode = v; }},
+    {"ModeRepeat", [](int v) { transport.repeatOn = v; }},
     {"ModeShuffle",
      [](int v) {
-       shuffleOn = v;
+       transport.shuffleOn = v;
        if (v) BuildShuffleTable();
      }},
     {"ModeDJ",
      [](int v) {
-       djMode = v;
+       transport.djMode = v;
        DjSetMode(v);
      }},
 };
@@ -46,9 +44,7 @@ constexpr Setting kSettings[] = {
 
 bool MakeEngine() {
   TheMixer = new Mixer;
-  TheMixer->Init(kBlockSize, 44100, 2, OnMixerEvent);
-  for (int slot = 0; slot < 3; ++slot)
-    if (!TheMixer->CreateVoice(slot, kBlockSize)) return false;
+  if (!TheMixer->Prepare(OnMixerEvent)) return false;
   hooks.transportStop = TransportStop;
   return true;
 }

@@ -75,7 +75,7 @@ void TrackPopupMenu(std::span<const MenuItem> items, Point) {
   std::lock_guard guard(lock);
   lastMenu.clear();
   for (const MenuItem& item : items) {
-    std::string text(item.marked ? "*" : "");
+    std::string text(item.mark == MenuMark::kChosen ? "*" : "");
     text += item.command ? item.text : "-";
     lastMenu.push_back(text);
   }

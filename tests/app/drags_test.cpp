@@ -75,7 +75,7 @@ TEST_F(Program, DragEndsWhereTheWindowGoes) {
     EXPECT_EQ(2000, Time());
     hands.Move(button.x, button.y);
     hands.Down(kRight);
-    EXPECT_TRUE(headless::Window().pointerShown && !SeekActive);
+    EXPECT_TRUE(headless::Window().pointerShown && !transport.SeekActive);
     EXPECT_EQ(0, Time()) << "without a seek";
     hands.Up(kRight);
     hands.Up();
@@ -208,15 +208,15 @@ TEST_F(Program, CurrentSongThatHasGoneIsNone) {
       EXPECT_EQ("KWO", headless::Window().caption);
       for (int row = 0; row < playlist.visibleRows; ++row)
         EXPECT_EQ(-1, Find(WIDGET_ROW + row)->ProgramInSlot(2)) << row;
-      EXPECT_EQ(1, playing);
+      EXPECT_EQ(1, transport.playing);
     };
     removeFirstTwo();
     Press(hands, WIDGET_PLAY);
-    EXPECT_EQ(1, paused) << "what plays is paused all the same";
+    EXPECT_EQ(1, transport.paused) << "what plays is paused all the same";
     Press(hands, WIDGET_STOP);
     playlist.currentSong = 7;
     Press(hands, WIDGET_PLAY);
-    EXPECT_TRUE(playing && playlist.currentSong == 0) << "whoever left the number";
+    EXPECT_TRUE(transport.playing && playlist.currentSong == 0) << "whoever left the number";
   });
 }
 

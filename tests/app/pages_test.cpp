@@ -231,7 +231,7 @@ TEST_F(Pages, MixerPagesShowWhatIsSet) {
     OpenPage(hands, PAGE_MIXER);
     constexpr int L = W / 5 * 2, R = (H - T - G) / 4;
     SliderVol = 40, SliderPan = -20, SliderSpd = 125;
-    EffectTE = 2, EffectVR = 1, EffectEQSwitch = 1, playMode = 2, shuffleOn = 1;
+    EffectTE = 2, EffectVR = 1, EffectEQSwitch = 1, transport.playMode = 2, transport.shuffleOn = 1;
     EqPresetValues[0][16] = 0.7f;
     for (int canvas = 0; canvas < 2; ++canvas) ApplyMixerPage();  // nothing of it stays
     for (int i = 0; i < 17; ++i) EqPresetValues[0][i] = 0.5f + static_cast<float>(i) / 16;

@@ -6,7 +6,7 @@
 #include "engine/transport.h"
 #include "panels/equaliser_presets.h"
 #include "panels/main_page.h"
-#include "panels/top_bar.h"
+#include "panels/pages.h"
 #include "tests/app/program_fixture.h"
 #include "toolkit/skin_description.h"
 
@@ -25,9 +25,10 @@ State Everything() {
   add("vol", static_cast<int>(SliderVol)), add("pan", static_cast<int>(SliderPan));
   add("spd", static_cast<int>(SliderSpd)), add("cr", EffectCR), add("te", EffectTE);
   add("vr", EffectVR), add("ce", EffectCE), add("lt", EffectLT), add("eq", EffectEQSwitch);
-  add("preset", int{EffectEQCurrent}), add("dj", int{djMode}), add("mode", int{playMode});
-  add("repeat", int{repeatOn}), add("shuffle", int{shuffleOn});
-  add("play", int{playing}), add("pause", int{paused});
+  add("preset", int{EffectEQCurrent}), add("dj", int{transport.djMode}),
+      add("mode", int{transport.playMode});
+  add("repeat", int{transport.repeatOn}), add("shuffle", int{transport.shuffleOn});
+  add("play", int{transport.playing}), add("pause", int{transport.paused});
   add("song", int{playlist.currentSong}), add("top", int{playlist.topIndex});
   add("names", int{playlist.displayMode});
   int lifted = 0;
@@ -274,10 +275,10 @@ TEST_F(Presses, EveryMenuItemDoesWhatItSays) {
     headless::AnswerDialog({"", {songs[2], songs[0]}});
     EXPECT_EQ("list=2 0 , song=-1", menu(WIDGET_ADD, "Open Files"));
     headless::AnswerDialog({"", {songs[1]}});
-    shuffleOn = 1, shufflePosition = 2;
+    transport.shuffleOn = 1, transport.shufflePosition = 2;
     EXPECT_EQ("list=2 0 1 ", menu(WIDGET_ADD, "Add Files"));
-    EXPECT_EQ(0, shufflePosition) << "they are shuffled in";
-    shuffleOn = 0;
+    EXPECT_EQ(0, transport.shufflePosition) << "they are shuffled in";
+    transport.shuffleOn = 0;
     EXPECT_EQ("", menu(WIDGET_ADD, "Add Files")) << "a cancelled dialog changes nothing";
     EXPECT_EQ("list=0 1 2 ", menu(WIDGET_FUNCTION, "Sort"));
     EXPECT_EQ("list=*0 *1 *2 ", menu(WIDGET_FUNCTION, "Select All"));
@@ -320,7 +321,7 @@ TEST_F(Presses, EveryMenuItemDoesWhatItSays) {
     EXPECT_EQ("Brightwater Music Deck\nMade with care by Tavarine", Text(WIDGET_SONG_TEXT));
     const auto lines = headless::TextOn(Find(WIDGET_SONG_TEXT)->image->bits);
     EXPECT_EQ((platform::Point{0, 13}), lines[1].place) << "under the first";
-    for (const headless::TextLine& line : lines) EXPECT_EQ(FontColor, line.color);
+    for (const headless::TextLine& line : lines) EXPECT_EQ(skin.FontColor, line.color);
     EXPECT_EQ("KWO", headless::Window().caption);
     std::filesystem::create_directory(folder.File("more"));
     std::filesystem::rename(folder.File("song2.mp3"), folder.File("more/song7.mp3"));

@@ -41,7 +41,7 @@ class Program : public testing::Test {
                                                 folder.File(data));
     ClearList();
     playlist.displayMode = 0;
-    paused = 0;
+    transport.paused = 0;
   }
   void TearDown() override {
     headless::SetExecutablePath("");

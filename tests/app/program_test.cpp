@@ -131,9 +131,9 @@ TEST_F(Program, RowsSelectPlayAndFollow) {
     const platform::Point row = Middle(WIDGET_ROW);
     hands.Press(row.x, row.y, kRight);
     hands.Press(row.x, row.y, kRight);
-    EXPECT_EQ(0, playing);
+    EXPECT_EQ(0, transport.playing);
     hands.DoublePress(row.x, row.y);
-    EXPECT_TRUE(playlist.currentSong == 2 && playing);
+    EXPECT_TRUE(playlist.currentSong == 2 && transport.playing);
     EXPECT_EQ("song3.mp3", headless::Window().caption);
     EXPECT_EQ("3. song3.mp3", Text(WIDGET_ROW));
     EXPECT_EQ(3, Find(WIDGET_ROW)->ProgramInSlot(2)) << "the current row pulses";
@@ -145,7 +145,7 @@ TEST_F(Program, RowsSelectPlayAndFollow) {
     EXPECT_EQ("30. song29.mp3", Text(WIDGET_ROW + 9)) << "no further than the last song";
     Choose(hands, WIDGET_REMOVE, "Remove Selected");
     EXPECT_EQ("29. song29.mp3", Text(WIDGET_ROW + 9));
-    EXPECT_EQ(0, playing);
+    EXPECT_EQ(0, transport.playing);
   });
 }
 
@@ -153,15 +153,15 @@ TEST_F(Program, DropReplacesTheListAndShiftAddsToIt) {
   Run([this](const Hands& hands) {
     const std::vector<std::string> songs = Songs(3);
     Press(hands, WIDGET_PLAY);
-    EXPECT_EQ(1, playing);
+    EXPECT_EQ(1, transport.playing);
     WriteBytes(folder.File("cover.png"), "");
     hands.Drop({});
     for (const char* name : {"cover.png", "list.m3u", "nowhere"}) hands.Drop({folder.File(name)});
-    EXPECT_TRUE(Names() == "horizon " && playing) << "no song, no drop";
+    EXPECT_TRUE(Names() == "horizon " && transport.playing) << "no song, no drop";
     hands.Drop({songs[0], folder.File("nothing.txt")});
-    EXPECT_TRUE(Names() == "0 " && playlist.currentSong == 0 && !playing);
+    EXPECT_TRUE(Names() == "0 " && playlist.currentSong == 0 && !transport.playing);
     hands.Drop({songs[1], songs[2]}, true);
-    EXPECT_TRUE(Names() == "0 1 2 " && playlist.currentSong == 2 && !playing);
+    EXPECT_TRUE(Names() == "0 1 2 " && playlist.currentSong == 2 && !transport.playing);
     hands.Drop({folder.File("gone.pla")});
     EXPECT_EQ("1. ------", Text(WIDGET_ROW)) << "a list with nothing in it shows nothing";
     EXPECT_EQ("KWO", headless::Window().caption);
@@ -192,7 +192,7 @@ TEST_F(Program, TimeIsDraggedToSeek) {
     hands.Move(digit.x, digit.y);
     const platform::Point before = headless::PointerPlace();
     hands.Down();
-    EXPECT_EQ(1, SeekActive);
+    EXPECT_EQ(1, transport.SeekActive);
     EXPECT_FALSE(headless::Window().pointerShown);
     hands.Move(digit.x + 20, digit.y + 90);
     EXPECT_EQ(2000, Time());
@@ -201,7 +201,7 @@ TEST_F(Program, TimeIsDraggedToSeek) {
     hands.Move(digit.x + 30, digit.y);
     hands.Up();
     EXPECT_EQ(before, headless::PointerPlace());
-    EXPECT_TRUE(headless::Window().pointerShown && !SeekActive);
+    EXPECT_TRUE(headless::Window().pointerShown && !transport.SeekActive);
     EXPECT_EQ(3000, Time());
     Press(hands, WIDGET_PLAY);
     hands.Wait(1000);
@@ -209,7 +209,7 @@ TEST_F(Program, TimeIsDraggedToSeek) {
     hands.Drag(digit.x + 20, digit.y, digit.x, digit.y);
     hands.Wait(500);
     EXPECT_NEAR(1300, Time(), 250);
-    EXPECT_EQ(1, playing);
+    EXPECT_EQ(1, transport.playing);
     hands.Drag(digit.x, digit.y, 0, digit.y);
     EXPECT_LT(Time(), 150);
   });
@@ -227,7 +227,7 @@ TEST_F(Program, BothButtonsAtOnceLeaveThePointerShown) {
       EXPECT_TRUE(headless::Window().pointerShown);
     };
     pressBoth(Middle(WIDGET_DIGIT));
-    EXPECT_EQ(0, SeekActive);
+    EXPECT_EQ(0, transport.SeekActive);
     OpenPage(hands, PAGE_MIXER);
     pressBoth(Middle(WIDGET_VOLUME));
     hands.Down();

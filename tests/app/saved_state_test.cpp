@@ -48,9 +48,9 @@ const Setting kSettings[] = {
     Of<EffectVR>("EffectVR", 0, 1),
     Of<EffectCE>("EffectCE", 0, 1),
     Of<EffectLT>("EffectLT", 0, 1),
-    Of<djMode>("ModeDJ", 0, 1),
-    Of<playMode>("ModePlay", 0, 2),
-    Of<repeatOn>("ModeRepeat", 0, 1),
+    Of<transport.djMode>("ModeDJ", 0, 1),
+    Of<transport.playMode>("ModePlay", 0, 2),
+    Of<transport.repeatOn>("ModeRepeat", 0, 1),
     {"POS_X", 396, 111, [] { return Place().x; },
      [](int value) {
        platform::MoveWindow({value, Place().y});
@@ -115,7 +115,7 @@ TEST_F(Program, EverySettingComesBackAndReachesItsPlace) {
     for (const Setting& setting : kSettings) EXPECT_EQ(setting.odd, setting.get()) << setting.name;
     EXPECT_EQ("0 1 2 3 *4 5 6 7 8 9 10 11 12 13 ", Names());
     EXPECT_STREQ("My User Preset", EqPresetNames[41]);
-    EXPECT_EQ(0, playing);
+    EXPECT_EQ(0, transport.playing);
     EXPECT_EQ(PAGE_MAIN, TheSkinHost->currentTile) << "the visualiser stands on the page's tile";
     EXPECT_EQ(BLEND_COPY, Find(WIDGET_VISUALISER)->blendMode);
     EXPECT_TRUE(headless::Window().topmost);
@@ -136,16 +136,16 @@ TEST_F(Program, EverySettingComesBackAndReachesItsPlace) {
 TEST_F(Program, ShuffleComesBackWithAnOrderOfItsOwn) {
   Run([this](const Hands& hands) {
     hands.Drop(Songs(14));
-    shuffleOn = 1;
+    transport.shuffleOn = 1;
   });
-  shuffleOn = 0;
+  transport.shuffleOn = 0;
   ClearList();
-  for (auto& song : shuffleTable) song = 0;
+  for (auto& song : transport.shuffleTable) song = 0;
   Run([](const Hands&) {
-    EXPECT_EQ(1, shuffleOn);
-    EXPECT_EQ(1, shufflePosition);
-    EXPECT_EQ(playlist.currentSong, shuffleTable[1]);
-    EXPECT_EQ(14u, std::set<int>(shuffleTable, shuffleTable + 14).size());
+    EXPECT_EQ(1, transport.shuffleOn);
+    EXPECT_EQ(1, transport.shufflePosition);
+    EXPECT_EQ(playlist.currentSong, transport.shuffleTable[1]);
+    EXPECT_EQ(14u, std::set<int>(transport.shuffleTable, transport.shuffleTable + 14).size());
   });
 }
 
@@ -172,20 +172,22 @@ TEST_F(Program, SettingsBeyondTheirRangesDoNoHarm) {
       if (setting.name != std::string("POS_X") && setting.name != std::string("POS_Y"))
         GetSettingInt(setting.name, value, 1);
     GetSettingInt("ModeShuffle", value, 1);
-    EXPECT_EQ(0, Run([&](const Hands& hands) {
-                Press(hands, WIDGET_PLAY);
-                OpenPage(hands, PAGE_MIXER);
-                for (int stands : {EffectLT, EffectTE, int{djMode}, int{playMode}})
-                  EXPECT_EQ(value, stands);
-                EXPECT_FLOAT_EQ(static_cast<float>(value), SliderVol);
-                EXPECT_EQ(0, Find(WIDGET_ENHANCER)->frame);
-                OpenSubPage(hands, 2);
-                Press(hands, WIDGET_ENHANCER);
-                OpenSubPage(hands, 3);
-                Press(hands, WIDGET_DJ);
-                Press(hands, WIDGET_PLAY_MODE);
-                for (int gone : {EffectTE, int{djMode}, int{playMode}}) EXPECT_EQ(0, gone);
-              }));
+    EXPECT_EQ(
+        0, Run([&](const Hands& hands) {
+          Press(hands, WIDGET_PLAY);
+          OpenPage(hands, PAGE_MIXER);
+          for (int stands : {EffectLT, EffectTE, int{transport.djMode}, int{transport.playMode}})
+            EXPECT_EQ(value, stands);
+          EXPECT_FLOAT_EQ(static_cast<float>(value), SliderVol);
+          EXPECT_EQ(0, Find(WIDGET_ENHANCER)->frame);
+          OpenSubPage(hands, 2);
+          Press(hands, WIDGET_ENHANCER);
+          OpenSubPage(hands, 3);
+          Press(hands, WIDGET_DJ);
+          Press(hands, WIDGET_PLAY_MODE);
+          for (int gone : {EffectTE, int{transport.djMode}, int{transport.playMode}})
+            EXPECT_EQ(0, gone);
+        }));
     EXPECT_EQ(std::min(value, 2147483520), Stored("SliderVol"))
         << "the largest of 32 bits that a float holds";
   }

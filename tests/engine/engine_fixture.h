@@ -12,7 +12,7 @@
 /// A mixer with three voices and no device, for tests that render block by block.
 namespace kwo {
 
-constexpr int kBlock = 4608;
+constexpr int kBlock = kBlockValues;
 
 struct Event {
   int code, a;
@@ -35,8 +35,7 @@ class Engine : public testing::Test {
     events.clear();
     nextSong.clear();
     Limiter::Reset();
-    mixer.Init(kBlock, 44100, 2, Record);
-    for (int slot = 0; slot < 3; ++slot) mixer.CreateVoice(slot, kBlock);
+    mixer.Prepare(Record);
   }
   Voice& V(int slot = 0) { return *mixer.Slot(slot); }
   std::string Wav(const std::vector<std::int16_t>& values, int channels = 2, int rate = 44100) {

@@ -76,11 +76,11 @@ void ClickSome() {
 }
 
 void ChangeModes() {
-  playMode = Below(3);
-  repeatOn = Below(4) > 0;
-  shuffleOn = Below(2);
-  if (shuffleOn) BuildShuffleTable();
-  DjSetMode(djMode = Below(2));
+  transport.playMode = Below(3);
+  transport.repeatOn = Below(4) > 0;
+  transport.shuffleOn = Below(2);
+  if (transport.shuffleOn) BuildShuffleTable();
+  DjSetMode(transport.djMode = Below(2));
 }
 
 void TurnKnobs() {
@@ -118,14 +118,14 @@ void BeginToPlay(const std::string& folder) {
   MakeSongs(folder);
   hooks.refreshPlaylistPage = BuildDisplayNames;
   AddSome();
-  repeatOn = 1;
+  transport.repeatOn = 1;
   TransportPlay();
 }
 
 void ActAtRandom() {
   kActions[chance() % std::size(kActions)]();
   if (playlist.count == 0) AddSome();
-  if (!playing) TransportPlay();
+  if (!transport.playing) TransportPlay();
 }
 
 // Two threads rotate the slots at once; the voices must stay three.

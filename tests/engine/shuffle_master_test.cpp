@@ -19,7 +19,7 @@ class Dj : public Transport {
       AddSong((std::string(KWO_TEST_DATA) + "/../../music/one-horizon.mp3").c_str());
     refreshes = 0;
     hooks.refreshSongLine = [] { ++refreshes; };
-    djMode = 1;
+    transport.djMode = 1;
   }
   // Blocks until a ramp of the voice has ended.
   static int Blocks(Voice& voice, int ramp) {
@@ -92,7 +92,7 @@ TEST_F(Dj, CountsTheSecondsThatPlay) {
   Expect(voice, 0, "40 seconds so far");
   platform::Sleep(1000);
   Expect(voice, 1, "41 have gone");
-  EXPECT_EQ(1, paused);
+  EXPECT_EQ(1, transport.paused);
 }
 
 TEST_F(Dj, FadesTheLastSongUnlessTheListRepeats) {
@@ -102,20 +102,20 @@ TEST_F(Dj, FadesTheLastSongUnlessTheListRepeats) {
   };
   for (const Case& c :
        {Case{0, 0, 0, 0, 0, 0, 1, 90}, {1, 0, 0, 1, 1, 1, 1, 0}, {1, 1, -1, 1, 0, 1, 0, 0}}) {
-    playMode = 0;
+    transport.playMode = 0;
     playlist.currentSong = 2;
     TransportPlay();
     Voice &old = V(0), &before = V(1);
     before.Start();
-    repeatOn = c.repeat;
-    playMode = c.mode;
+    transport.repeatOn = c.repeat;
+    transport.playMode = c.mode;
     DjSetMode(1);
     refreshes = 0;
     platform::Sleep(41100);
     DjSetMode(0);
     Expect(old, 1, "rotated in any case");
     EXPECT_EQ(c.song, playlist.currentSong);
-    EXPECT_EQ(c.playing, playing);
+    EXPECT_EQ(c.playing, transport.playing);
     EXPECT_EQ(c.fresh, V(0).active);
     EXPECT_EQ(c.before, before.active);
     EXPECT_EQ(c.refreshes, refreshes);

@@ -13,7 +13,7 @@
 
 namespace kwo {
 
-constexpr int kBlock = 4608;
+constexpr int kBlock = kBlockValues;
 inline int shownTime;
 
 class Transport : public testing::Test {
@@ -25,13 +25,13 @@ class Transport : public testing::Test {
     RemoveAll();
     hooks.transportStop = TransportStop;
     hooks.showSongTime = [](int time) { shownTime = time; };
-    playing.Lower();
-    paused = playMode = repeatOn = shuffleOn = djMode = shufflePosition = SeekActive = 0;
+    transport.playing.Lower();
+    transport.paused = transport.playMode = transport.repeatOn = transport.shuffleOn =
+        transport.djMode = transport.shufflePosition = transport.SeekActive = 0;
     playlist.currentSong = -1;
     shownTime = -1;
     TheMixer = new Mixer;
-    TheMixer->Init(kBlock, 44100, 2, OnMixerEvent);
-    for (int slot = 0; slot < 3; ++slot) TheMixer->CreateVoice(slot, kBlock);
+    TheMixer->Prepare(OnMixerEvent);
   }
   void TearDown() override {
     DjEnd();

@@ -86,7 +86,9 @@ struct PlainTransport {
         at = 0;
         wrapped = true;
         // The table has been built anew.
-        if (shuffle) table.assign(std::begin(shuffleTable), std::begin(shuffleTable) + Count());
+        if (shuffle)
+          table.assign(std::begin(transport.shuffleTable),
+                       std::begin(transport.shuffleTable) + Count());
       }
       if (at < 0) at = Count() - 1;
       if (shuffle) current = table[static_cast<std::size_t>(place)];
@@ -189,7 +191,8 @@ class TransportTwin : public Transport {
   // What is to be seen of the transport itself, in the plain one's form.
   PlainTransport Seen(const PlainTransport& plain) {
     PlainTransport seen = plain;
-    seen.playing = playing != 0, seen.paused = paused, seen.current = playlist.currentSong;
+    seen.playing = transport.playing != 0, seen.paused = transport.paused,
+    seen.current = playlist.currentSong;
     seen.lines = songLines, seen.pages = pages, seen.times = times;
     for (int i = 0; i < 3; ++i) {
       const Voice& voice = V(i);
@@ -249,11 +252,14 @@ TEST_F(TransportTwin, ThousandsOfRandomPressesGiveThePlainTransport) {
       {"end of a song",
        [&] {
          const int of = next(3);
-         djMode = plain.dj = next(8) == 0;
+         transport.djMode = plain.dj = next(8) == 0;
          const int told = OnMixerEvent(TheMixer, EVENT_SOURCE_END, &V(of), 0, 0, 0);
          EXPECT_EQ(plain.End(of), told);
        }},
-      {"modes", [&] { playMode = plain.mode = next(3), repeatOn = plain.repeat = next(2); }},
+      {"modes",
+       [&] {
+         transport.playMode = plain.mode = next(3), transport.repeatOn = plain.repeat = next(2);
+       }},
       {"selection",
        [&] {
          for (int song = 0; song < plain.Count(); ++song) {
@@ -264,10 +270,11 @@ TEST_F(TransportTwin, ThousandsOfRandomPressesGiveThePlainTransport) {
        }},
       {"shuffle",
        [&] {
-         shuffleOn = plain.shuffle = next(2);
+         transport.shuffleOn = plain.shuffle = next(2);
          BuildShuffleTable();
          plain.place = 0;
-         plain.table.assign(std::begin(shuffleTable), std::begin(shuffleTable) + plain.Count());
+         plain.table.assign(std::begin(transport.shuffleTable),
+                            std::begin(transport.shuffleTable) + plain.Count());
        }},
   };
   for (int round = 0; round < 30000; ++round) {
@@ -282,14 +289,14 @@ TEST_F(TransportTwin, ThousandsOfRandomPressesGiveThePlainTransport) {
 TEST_F(Transport, DragOfTheTimeHoldsOffTheRenderThread) {
   AddSongs(1);
   TransportPlay();
-  SeekActive = 1;
+  transport.SeekActive = 1;
   TheMixer->RenderBlock();
   EXPECT_EQ(-1, shownTime);
   OnMixerEvent(TheMixer, EVENT_POSITION, &V(), 777, 1, 0);
   EXPECT_EQ(777, shownTime);
   EXPECT_EQ(1, OnMixerEvent(TheMixer, EVENT_POSITION, &V(1), 888, 1, 0));
   EXPECT_EQ(777, shownTime) << "a fading voice shows no time";
-  SeekActive = 0;
+  transport.SeekActive = 0;
   TheMixer->RenderBlock();
   EXPECT_EQ(10, shownTime);
   EXPECT_EQ(1, OnMixerEvent(TheMixer, 5, &V(), 0, 0, 0));
@@ -308,7 +315,7 @@ TEST_F(Transport, PlayWhileTheListEndsStays) {
   };
   while (zeros == 0 && TheMixer->RenderBlock()) {
   }
-  EXPECT_EQ(1, playing);
+  EXPECT_EQ(1, transport.playing);
   EXPECT_EQ(1, V().active);
   EXPECT_EQ(1, TheMixer->RenderBlock());
 }
@@ -328,22 +335,22 @@ TEST_F(Transport, BadSongsAreWalkedOneAPass) {
 TEST_F(Transport, ShuffleIsAPermutationAndAnotherOneEachTime) {
   constexpr int kSongs = 4000;
   for (int i = 0; i < kSongs; ++i) AddSong("x.mp3");
-  shuffleOn = 1;
+  transport.shuffleOn = 1;
   BuildShuffleTable();
-  const std::vector<int> first(shuffleTable, shuffleTable + kSongs);
+  const std::vector<int> first(transport.shuffleTable, transport.shuffleTable + kSongs);
   std::vector<int> sorted = first, all(kSongs);
   std::sort(sorted.begin(), sorted.end());
   std::iota(all.begin(), all.end(), 0);
   EXPECT_EQ(all, sorted);
   EXPECT_NE(all, first);
   platform::Sleep(10);
-  shufflePosition = kSongs - 1;
+  transport.shufflePosition = kSongs - 1;
   EXPECT_EQ(-1, AdvanceSong()) << "the table is through";
-  EXPECT_EQ(shuffleTable[0], playlist.currentSong);
-  EXPECT_NE(first, std::vector<int>(shuffleTable, shuffleTable + kSongs));
+  EXPECT_EQ(transport.shuffleTable[0], playlist.currentSong);
+  EXPECT_NE(first, std::vector<int>(transport.shuffleTable, transport.shuffleTable + kSongs));
   RemoveAll();
   AddSongs(1);
-  repeatOn = 1;
+  transport.repeatOn = 1;
   BuildShuffleTable();
   for (int step = 0; step < 3; ++step) EXPECT_EQ(0, AdvanceSong());
 }

@@ -118,10 +118,11 @@ TEST(SkinDescription, StatementsAmongFreeTextReplaceTheDefaults) {
   for (const auto& [text, expected] : kTextsAndResults) {
     platform::Rectangle window{5, 6, 7, 8};
     ParseSkinDescription(text, window);
-    EXPECT_EQ(expected, (std::vector<long>{FontColor, TransparentColor, SelectedSongColor,
-                                           CurrentSongColor, TopEffect, MainEffect, PlaylistEffect,
-                                           MixerEffect, BackgroundEffect, window.x, window.y,
-                                           window.width, window.height}));
+    EXPECT_EQ(expected,
+              (std::vector<long>{skin.FontColor, skin.TransparentColor, skin.SelectedSongColor,
+                                 skin.CurrentSongColor, skin.TopEffect, skin.MainEffect,
+                                 skin.PlaylistEffect, skin.MixerEffect, skin.BackgroundEffect,
+                                 window.x, window.y, window.width, window.height}));
   }
 }
 

@@ -107,21 +107,16 @@ void TrackPopupMenu(std::span<const MenuItem> items, Point place) {
   const DialogOpen open;
   QMenu menu(mainWindow.get());
   QActionGroup marks(&menu);
-  const bool anyMarked =
-      std::any_of(items.begin(), items.end(), [](const MenuItem& item) { return item.marked; });
-  bool lastGroup = false;
   for (const MenuItem& item : items) {
     if (item.command == 0) {
       menu.addSeparator();
-      lastGroup = &item >= items.data() + items.size() / 2;
       continue;
     }
     QAction* action = menu.addAction(item.text);
     action->setData(item.command);
-    // The marked item and its fellows stand behind the last separator.
-    if (!anyMarked || !lastGroup) continue;
+    if (item.mark == MenuMark::kNone) continue;
     action->setCheckable(true);
-    action->setChecked(item.marked);
+    action->setChecked(item.mark == MenuMark::kChosen);
     marks.addAction(action);
   }
   const int scale = mainWindow ? mainWindow->scale : 1;
