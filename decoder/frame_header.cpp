@@ -17,8 +17,8 @@ int FrameHeader::BitRate() const {
 }
 
 int FrameHeader::Samples() const {
-  if (layerIndex == 0) return 384;
-  return layerIndex == 2 && Lsf() ? 576 : 1152;
+  if (layerIndex == MPEG_LAYER_1) return 384;
+  return layerIndex == MPEG_LAYER_3 && Lsf() ? 576 : 1152;
 }
 
 int FrameHeader::FrameBytes() const {
@@ -41,10 +41,7 @@ bool FrameHeader::SameKind(const FrameHeader& other) const {
 }
 
 bool FrameHeader::SameStream(const FrameHeader& other) const {
-  constexpr int kJointStereo = 1;
-  const int ours = mode == kJointStereo ? 0 : mode;
-  const int theirs = other.mode == kJointStereo ? 0 : other.mode;
-  return SameKind(other) && ours == theirs;
+  return SameKind(other) && ChannelClass(mode) == ChannelClass(other.mode);
 }
 
 bool ParseFrameHeader(const unsigned char* bytes, FrameHeader& header) {
@@ -59,7 +56,7 @@ bool ParseFrameHeader(const unsigned char* bytes, FrameHeader& header) {
   constexpr int kNoLayer = 3, kBadBitRate = 15, kNoRate = 3;
   if (header.versionIndex == kReservedVersion || header.layerIndex == kNoLayer) return false;
   // MPEG-2.5 has Layer III alone.
-  if (header.versionIndex == 2 && header.layerIndex != 2) return false;
+  if (header.versionIndex == MPEG_VERSION_2_5 && header.layerIndex != MPEG_LAYER_3) return false;
   return header.bitRateIndex != kBadBitRate && header.sampleRateIndex != kNoRate;
 }
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "decoder/bit_reader.h"
 #include "decoder/frame_header.h"
 #include "decoder/header_tables.h"
 #include "decoder/mpeg_decoder.h"
@@ -24,18 +23,6 @@ bool IsFirstHeader(const unsigned char* bytes, FrameHeader& header) {
 }
 
 }  // namespace
-
-int MpegDecoder::GetBits(int count) {
-  if (count == 0) return 0;
-  const std::uint64_t bits = PeekBits(bitBase, *bitCursor);
-  *bitCursor += count;
-  return static_cast<int>(bits >> (64 - count));
-}
-
-void MpegDecoder::CopyFrameBytes(unsigned char* destination, int count) {
-  std::memcpy(destination, bitBase + *bitCursor / 8, static_cast<std::size_t>(count));
-  *bitCursor += 8 * count;
-}
 
 void MpegDecoder::ResetInput() {
   inputBytes = inputBitPosition = 0;
@@ -95,7 +82,7 @@ void MpegDecoder::ReadHeaderFields() {
 int MpegDecoder::ReadFrameHeader(int first) {
   while (FindSync()) {
     ReadHeaderFields();
-    const int channelClass = mode == 1 ? 0 : mode;
+    const int channelClass = ChannelClass(mode);
     if (first) {
       refVersion = versionIndex;
       refLayer = layerIndex;

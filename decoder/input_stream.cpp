@@ -50,13 +50,13 @@ void InputStream::BeginStream(int streamFlags, std::int64_t streamPosition,
 
 void InputStream::CloseBase() {
   FinishBits();
-  SyncBuffer(1);
+  SyncBuffer(SYNC_LOSE);
   readValid = 0;
   SetReadBuffer(0);
   if (Seekable()) {
     RawSeek(position);
   } else {
-    FlushWriteBuffer(1);
+    FlushWriteBuffer(SYNC_LOSE);
     SetWriteBuffer(0);
   }
 }
@@ -133,7 +133,7 @@ int InputStream::ReadBuffered(void* destination, int count) {
   readOffset += take;
   position += take;
   if (take == count) return take;
-  SyncBuffer(0);
+  SyncBuffer(SYNC_KEEP);
   const int rest = count - take;
   const int delivered = readOffset == 0 ? RefillAndRead(bytes + take, rest) : 0;
   if (delivered < rest) NoteShortRead(bytes + take + delivered, rest - delivered);
@@ -195,7 +195,7 @@ std::int64_t InputStream::Seek(std::int64_t target) {
     readOffset = static_cast<int>(target - bufferBase);
     position = target;
   } else {
-    SyncBuffer(1);
+    SyncBuffer(SYNC_LOSE);
     position = bufferBase = RawSeek(std::min(target, length));
   }
   if (teeStream) teeStream->Seek(position);
@@ -240,11 +240,11 @@ int InputStream::WriteSeekable(const unsigned char* bytes, int count) {
   }
   int taken = 0;
   if (count < readCapacity) {
-    if (count > readCapacity - readOffset && !bufferDirty) SyncBuffer(0);
+    if (count > readCapacity - readOffset && !bufferDirty) SyncBuffer(SYNC_KEEP);
     taken = CopyIntoBuffer(bytes, count);
     if (taken == count) return taken;
   }
-  SyncBuffer(0);
+  SyncBuffer(SYNC_KEEP);
   const int rest = count - taken;
   if (readOffset != 0 || rest < readCapacity) return taken + CopyIntoBuffer(bytes + taken, rest);
   const int direct = RawWrite(bytes + taken, rest);
@@ -269,7 +269,7 @@ int InputStream::WriteForward(const unsigned char* bytes, int count) {
   };
   int taken = buffered(bytes, count);
   if (taken == count) return taken;
-  FlushWriteBuffer(0);
+  FlushWriteBuffer(SYNC_KEEP);
   if (writePending == 0 && count - taken > writeCapacity) {
     const int direct = RawWrite(bytes + taken, count - taken);
     writeCount += direct;
@@ -278,7 +278,8 @@ int InputStream::WriteForward(const unsigned char* bytes, int count) {
   return taken + buffered(bytes + taken, count - taken);
 }
 
-// Writes a dirty buffer back.  In mode 0 a short write keeps what is left; otherwise it is lost.
+// Writes a dirty buffer back.  With SYNC_KEEP a short write keeps what is left; otherwise it is
+// lost.
 int InputStream::WriteBack(int mode) {
   RawSeek(bufferBase);
   const int written = RawWrite(readBuffer, readValid);
@@ -286,7 +287,7 @@ int InputStream::WriteBack(int mode) {
     bufferDirty = 0;
     return 1;
   }
-  if (mode == 0) {
+  if (mode == SYNC_KEEP) {
     std::memmove(readBuffer, readBuffer + written, static_cast<std::size_t>(readValid - written));
     readValid -= written;
     readOffset = std::max(readOffset - written, 0);
@@ -310,7 +311,7 @@ int InputStream::SyncBuffer(int mode) {
   }
   if (!Seekable()) {
     const int empty = readValid == 0;
-    if (mode != 2) return empty;
+    if (mode != SYNC_EMPTY) return empty;
     result = empty;
   } else if (readBuffer && bufferBase + readValid != position) {
     // The next transfer starts at the logical position, not behind the bytes read ahead.
@@ -324,19 +325,19 @@ int InputStream::SyncBuffer(int mode) {
 int InputStream::FlushWriteBuffer(int mode) {
   if (Seekable()) return SyncBuffer(mode);
   if (writePending == 0) return 1;
-  if (mode == 2) {
+  if (mode == SYNC_EMPTY) {
     writePending = 0;
     return 0;
   }
   const int written = RawWrite(writeBuffer, writePending);
   const int left = writePending - written;
   std::memmove(writeBuffer, writeBuffer + written, static_cast<std::size_t>(left));
-  writePending = mode == 0 ? left : 0;
+  writePending = mode == SYNC_KEEP ? left : 0;
   return left == 0;
 }
 
 int InputStream::SetReadBuffer(int size) {
-  SyncBuffer(0);
+  SyncBuffer(SYNC_KEEP);
   if (bufferDirty || readValid > 0) return 0;
   readCapacity = ReplaceBuffer(readBuffer, readInline, size);
   readOffset = 0;
@@ -345,7 +346,7 @@ int InputStream::SetReadBuffer(int size) {
 }
 
 int InputStream::SetWriteBuffer(int size) {
-  FlushWriteBuffer(0);
+  FlushWriteBuffer(SYNC_KEEP);
   if (writePending > 0) return 0;
   writeCapacity = ReplaceBuffer(writeBuffer, writeInline, size);
   return writeCapacity == std::max(size, 0);

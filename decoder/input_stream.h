@@ -40,8 +40,8 @@ enum ControlCode : int {
   CTL_WRITE_BIT_ORDER = 26,
   CTL_SET_PAD_BITS = 27,
   CTL_PAD_BITS = 28,
-  CTL_SYNC = 29,   ///< 29, 30, 31: modes 0, 1, 2
-  CTL_FLUSH = 32,  ///< 32, 33, 34: modes 0, 1, 2
+  CTL_SYNC = 29,   ///< 29, 30, 31: by SyncMode
+  CTL_FLUSH = 32,  ///< 32, 33, 34: by SyncMode
   CTL_SET_TRUNCATE_ON_CLOSE = 36,
   CTL_TRUNCATE_ON_CLOSE = 37,
   CTL_FINISH_READING = 42,
@@ -53,6 +53,13 @@ enum ControlCode : int {
   CTL_OUTPUT_MATRIX = 4097,
   CTL_SUBBAND_GAINS = 4098,
   CTL_LINE_GAINS = 4099,
+};
+
+/// What `Control` is to do with bytes that can't be written when buffers are emptied.
+enum SyncMode : int {
+  SYNC_KEEP = 0,   ///< they stay, for another try
+  SYNC_LOSE = 1,   ///< they are lost
+  SYNC_EMPTY = 2,  ///< and so is what has been read ahead or waits
 };
 
 /// The one byte stream of the audio engine: a file, or the PCM that a decoder makes of one.  A

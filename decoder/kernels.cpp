@@ -54,8 +54,8 @@ void ReduceAliases(float* values, int boundaries, const float* cs, const float* 
   }
   for (int boundary = 1; boundary <= boundaries; ++boundary) {
     for (int part = 0; part < kParts; ++part) {
-      float* up = values + 18 * boundary - kLanes * (part + 1);
-      float* down = values + 18 * boundary + kLanes * part;
+      float* up = values + kSubbandLines * boundary - kLanes * (part + 1);
+      float* down = values + kSubbandLines * boundary + kLanes * part;
       const Lanes u = Widened(Reversed(LoadVector<FloatLanes>(up))), d = LoadFloats(down);
       StoreVector(Reversed(Rounded(u * cosines[part] - d * sines[part])), up);
       StoreFloats(d * cosines[part] + u * sines[part], down);
@@ -155,7 +155,7 @@ void WindowStartTail(const Lanes* t, Lanes* next) {
     next[6 + j] = t[2 - j] * double{kTableG[j]};
     next[9 + j] = t[j] * double{kTableH[j]};
   }
-  for (int i = 12; i < 18; ++i) next[i] = Lanes{};
+  for (int i = 12; i < kGranuleSlots; ++i) next[i] = Lanes{};
 }
 
 void WindowShort(const Lanes* u, Lanes* out, Lanes* next) {
@@ -170,28 +170,28 @@ void WindowShort(const Lanes* u, Lanes* out, Lanes* next) {
     next[6 + j] = u[14 - j] * k;
     next[9 + j] = u[12 + j];
   }
-  for (int i = 12; i < 18; ++i) next[i] = Lanes{};
+  for (int i = 12; i < kGranuleSlots; ++i) next[i] = Lanes{};
 }
 
 void ImdctLanes(float* out, const float* lines, float* overlap, int blockType) {
-  Lanes x[18], result[18], next[18];
+  Lanes x[kSubbandLines], result[kGranuleSlots], next[kGranuleSlots];
   // The last four columns begin among those before.
-  for (int i = 0; i < 16; i += 4) LoadColumns(lines + i, 18, x + i);
-  LoadColumns(lines + 14, 18, x + 14);
-  for (int i = 0; i < 18; ++i) result[i] = LoadFloats(overlap + kRow * i);
-  if (blockType == 2) {
-    Lanes u[18];
+  for (int i = 0; i < 16; i += 4) LoadColumns(lines + i, kSubbandLines, x + i);
+  LoadColumns(lines + 14, kSubbandLines, x + 14);
+  for (int i = 0; i < kGranuleSlots; ++i) result[i] = LoadFloats(overlap + kRow * i);
+  if (blockType == BLOCK_SHORT) {
+    Lanes u[kGranuleSlots];
     for (int window = 0; window < 3; ++window) TransformShort(x + window, u + 6 * window);
     WindowShort(u, result, next);
   } else {
-    Lanes t[18];
+    Lanes t[kGranuleSlots];
     TransformLong(x, t);
-    blockType == 3 ? WindowStopHead(t, result) : WindowNormalHead(t, result);
-    blockType == 1 ? WindowStartTail(t, next) : WindowNormalTail(t, next);
+    blockType == BLOCK_STOP ? WindowStopHead(t, result) : WindowNormalHead(t, result);
+    blockType == BLOCK_START ? WindowStartTail(t, next) : WindowNormalTail(t, next);
   }
   Lanes oddRow;
   for (int lane = 0; lane < kLanes; ++lane) oddRow[lane] = lane % 2 ? -1.0 : 1.0;
-  for (int i = 0; i < 18; ++i) {
+  for (int i = 0; i < kGranuleSlots; ++i) {
     StoreFloats(i % 2 ? result[i] * oddRow : result[i], out + kRow * i);
     StoreFloats(next[i], overlap + kRow * i);
   }
@@ -199,7 +199,7 @@ void ImdctLanes(float* out, const float* lines, float* overlap, int blockType) {
 
 void Imdct(float* out, const float* lines, float* overlap, int blockType) {
   for (int band = 0; band < 8; band += kLanes)
-    ImdctLanes(out + band, lines + 18 * band, overlap + band, blockType);
+    ImdctLanes(out + band, lines + kSubbandLines * band, overlap + band, blockType);
 }
 
 // y[k] = sum of x[n] cos((2n + 1) k pi / 2N) without a factor, by halving; x is used up.

@@ -2,6 +2,12 @@
 
 namespace kwo {
 
+constexpr int kGranuleSlots = 18;  ///< samples of a subband in a granule
+constexpr int kSubbandLines = 18;  ///< spectral lines of a subband in a granule
+
+/// How a granule's lines become samples, by its window.
+enum BlockType : int { BLOCK_NORMAL = 0, BLOCK_START = 1, BLOCK_SHORT = 2, BLOCK_STOP = 3 };
+
 /// The last transform results of one channel, a row per output of the cosine transform and in each
 /// row one value per time slot: 16 old ones, then those of the frame under way.
 struct SynthesisHistory {

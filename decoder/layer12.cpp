@@ -102,7 +102,7 @@ Rows LsfRows() {
 }
 
 int SelectAllocation(int versionIndex, int ratePerChannel, int sampleRate) {
-  if (versionIndex != 0) return 4;
+  if (versionIndex != MPEG_VERSION_1) return 4;
   if (ratePerChannel >= 56 && (sampleRate == 48000 || ratePerChannel <= 80)) return 0;
   if (sampleRate != 48000 && ratePerChannel >= 96) return 1;
   return sampleRate != 32000 && ratePerChannel <= 48 ? 2 : 3;
@@ -128,8 +128,8 @@ const float* GetScaleFactorTable() {
 }
 
 int MpegDecoder::JointBound(int subbands) const {
-  if (mode == 3) return 0;
-  return mode == 1 ? std::min(modeExtension * 4 + 4, subbands) : subbands;
+  if (mode == MODE_SINGLE_CHANNEL) return 0;
+  return mode == MODE_JOINT_STEREO ? std::min(modeExtension * 4 + 4, subbands) : subbands;
 }
 
 void MpegDecoder::DecodeLayer1() {

@@ -192,7 +192,7 @@ void MpegDecoder::InitLayer3() {
 
 void MpegDecoder::DecodeLayer3() {
   int granulesDone = 0;
-  for (int frame = 0; frame < (refVersion == 0 ? 1 : 2); ++frame) {
+  for (int frame = 0; frame < (refVersion == MPEG_VERSION_1 ? 1 : 2); ++frame) {
     if (frame == 1) ReadFrameHeader(0);
     if (bitRateIndex == 0) {
       RingOut(frame);
@@ -208,11 +208,11 @@ void MpegDecoder::DecodeLayer3() {
         FindFactors(record, scaleFactors[channel], factors);
         activeLines[channel] = ReadHuffmanData(record, factors, spectrum[channel]);
       }
-      if (mode == 1) StereoProcess(records[1][granule], scaleFactors[1]);
+      if (mode == MODE_JOINT_STEREO) StereoProcess(records[1][granule], scaleFactors[1]);
       if (enhancerValue) EnhanceTreble();
       if (vocalOn) ReduceVocals();
       for (int channel = 0; channel < ChannelsNow(); ++channel)
-        HybridSynthesis(records[channel][granule], channel, 18 * granulesDone);
+        HybridSynthesis(records[channel][granule], channel, kGranuleSlots * granulesDone);
       ++granulesDone;
     }
   }
@@ -263,7 +263,7 @@ int MpegDecoder::ReadGranuleInfo(GranuleInfo& record, int running) {
     record.tableSelect[1] = GetBits(5);
     record.tableSelect[2] = 0;
     for (int& gain : record.subblockGain) gain = GetBits(3) * 4;
-    record.region0End = record.blockType == 2 ? kShortBands[BandRow()][3] : longBands[8];
+    record.region0End = record.blockType == BLOCK_SHORT ? kShortBands[BandRow()][3] : longBands[8];
     record.region1End = kLines;
   } else {
     record.blockType = record.mixedBlock = 0;
@@ -279,7 +279,7 @@ int MpegDecoder::ReadGranuleInfo(GranuleInfo& record, int running) {
   record.preflag = Lsf() ? record.scalefacCompress >= 500 : GetBits(1);
   record.scalefacScale = GetBits(1);
   record.count1Table = GetBits(1) ? 33 : 32;
-  if (record.blockType == 2)
+  if (record.blockType == BLOCK_SHORT)
     for (int& flag : record.scfsi) flag = 0;
   return record.part23End;
 }
@@ -305,7 +305,7 @@ void MpegDecoder::ReadScaleFactors(const GranuleInfo& record, int* store) {
   *bitCursor = record.part2Start;
   const ScaleFactorForm form =
       FormOf(record.scalefacCompress, Lsf(), IntensityChannel(record.channel));
-  const int blockKind = record.blockType != 2 ? 0 : record.mixedBlock ? 2 : 1;
+  const int blockKind = record.blockType != BLOCK_SHORT ? 0 : record.mixedBlock ? 2 : 1;
   const unsigned char* ends = kPartitions[form.group][blockKind];
   for (int part = 0; part < 4; ++part) {
     const int count = ends[part + 1] - ends[part];
@@ -322,7 +322,7 @@ void MpegDecoder::ReadScaleFactors(const GranuleInfo& record, int* store) {
 // the end of a last quad.
 int MpegDecoder::ReadHuffmanData(const GranuleInfo& record, const double* factors, float* values) {
   float mixed[kLines + kPastEnd];
-  float* lines = record.blockType == 2 ? mixed : values;
+  float* lines = record.blockType == BLOCK_SHORT ? mixed : values;
   BitWindow bits(bitBase, *bitCursor);
   const int regionEnds[3] = {record.region0End, record.region1End, record.bigValueLines};
   int i = 0;
@@ -347,7 +347,7 @@ int MpegDecoder::ReadHuffmanData(const GranuleInfo& record, const double* factor
   i = std::clamp(i, 0, kLines);
   *bitCursor = bits.Cursor();
   std::fill(lines + i, lines + kLines, 0.0f);
-  return record.blockType == 2 ? PlaceLines(record, lines, i, values) : i;
+  return record.blockType == BLOCK_SHORT ? PlaceLines(record, lines, i, values) : i;
 }
 
 // Puts the lines of short blocks from the order in which they are coded into that of the spectrum.

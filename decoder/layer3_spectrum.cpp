@@ -30,7 +30,7 @@ Shared<int> enhancerCursors[5] = {4, 3, 2, 1, 0};
 }  // namespace
 
 int MpegDecoder::LongBands(const GranuleInfo& record) const {
-  if (record.blockType != 2) return 22;
+  if (record.blockType != BLOCK_SHORT) return 22;
   return record.mixedBlock ? (Lsf() ? 6 : 8) : 0;
 }
 
@@ -50,7 +50,7 @@ void MpegDecoder::FindFactors(const GranuleInfo& record, const int* store, doubl
     const double factor = power((store[band] + preemphasis) << record.scalefacScale) * gain;
     FillFactors(factors + longEdges[band] / 2, (longEdges[band + 1] - longEdges[band]) / 2, factor);
   }
-  if (record.blockType != 2) return;
+  if (record.blockType != BLOCK_SHORT) return;
   store += longBands;
   double windowGain[3];
   for (int window = 0; window < 3; ++window)
@@ -70,7 +70,7 @@ void MpegDecoder::StereoProcess(const GranuleInfo& record1, const int* store1) {
   float* right = spectrum[1];
   const int lines = std::max(activeLines[0], activeLines[1]);
   if (modeExtension == 0) return;
-  if (modeExtension == 2) {
+  if (modeExtension == EXTENSION_MS) {
     activeLines[0] = activeLines[1] = lines;
     Kernels().midSide(left, right, std::min(lines, limit));
     return;
@@ -86,7 +86,7 @@ void MpegDecoder::StereoProcess(const GranuleInfo& record1, const int* store1) {
     if (place != kNoPosition) {
       for (int i = line; i < next; ++i) right[i] = left[i] * ratios[place][1];
       Kernels().scaleLines(left + line, next - line, ratios[place][0]);
-    } else if (modeExtension & 2) {
+    } else if (modeExtension & EXTENSION_MS) {
       Kernels().midSide(left + line, right + line, next - line);
     }
   }
@@ -101,7 +101,7 @@ void MpegDecoder::FindIntensityPositions(const GranuleInfo& record1, const int* 
     // MPEG-1 knows the positions 0 to 6; a larger one says nothing.
     return record1.intensityScale == 2 ? std::min(stored, kNoPosition) : std::min(stored, 31);
   };
-  if (record1.blockType == 2) {
+  if (record1.blockType == BLOCK_SHORT) {
     const short* edges = kShortBands[BandRow()];
     const int first = record1.mixedBlock ? 3 : 0;
     const int* positions = store1 + longBands;
@@ -175,10 +175,10 @@ void MpegDecoder::HybridSynthesis(const GranuleInfo& record, int channel, int fi
   constexpr int kBatch = 8;
   float* values = spectrum[channel];
   const int subbands = kSubbands >> decimation;
-  const int mixedBands = kShortBands[BandRow()][3] / 18;
+  const int mixedBands = kShortBands[BandRow()][3] / kSubbandLines;
   int aliasBands = subbands;
-  if (record.blockType == 2) aliasBands = record.mixedBlock ? mixedBands : 0;
-  int activeBands = (activeLines[channel] + 17) / 18;
+  if (record.blockType == BLOCK_SHORT) aliasBands = record.mixedBlock ? mixedBands : 0;
+  int activeBands = (activeLines[channel] + kSubbandLines - 1) / kSubbandLines;
   if (const int boundaries = std::min(aliasBands - 1, activeBands); boundaries > 0) {
     float cs[8], ca[8];
     for (int i = 0; i < 8; ++i) {
@@ -197,10 +197,10 @@ void MpegDecoder::HybridSynthesis(const GranuleInfo& record, int channel, int fi
   for (int band = 0; band < subbands; band += kBatch) {
     float* out = subbandSamples[channel][firstSlot] + band;
     float* old = overlap[channel][0] + band;
-    const float* lines = values + 18 * band;
+    const float* lines = values + kSubbandLines * band;
     if (band >= activeBands) {
       TakeOverlap(out, old);
-    } else if (band == 0 && longWindowBands > 0 && record.blockType != 0) {
+    } else if (band == 0 && longWindowBands > 0 && record.blockType != BLOCK_NORMAL) {
       TransformMixed(out, lines, old, record.blockType, longWindowBands);
     } else {
       Kernels().imdct(out, lines, old, record.blockType);
@@ -210,7 +210,7 @@ void MpegDecoder::HybridSynthesis(const GranuleInfo& record, int channel, int fi
 
 // What a granule of zero lines gives for eight subbands.
 void MpegDecoder::TakeOverlap(float* out, float* old) {
-  for (int i = 0; i < 18; ++i, out += kSubbands, old += kSubbands) {
+  for (int i = 0; i < kGranuleSlots; ++i, out += kSubbands, old += kSubbands) {
     for (int band = 0; band < 8; ++band) {
       out[band] = i & band & 1 ? -old[band] : old[band];
       old[band] = 0.0f;
@@ -221,12 +221,13 @@ void MpegDecoder::TakeOverlap(float* out, float* old) {
 // The eight lowest subbands, of which the first `longBands` keep the normal window.
 void MpegDecoder::TransformMixed(float* out, const float* lines, float* old, int blockType,
                                  int longBands) {
-  float longOut[18][kSubbands], longOld[18][kSubbands];
-  for (int i = 0; i < 18; ++i) std::memcpy(longOld[i], old + kSubbands * i, 8 * sizeof(float));
+  float longOut[kGranuleSlots][kSubbands], longOld[kGranuleSlots][kSubbands];
+  for (int i = 0; i < kGranuleSlots; ++i)
+    std::memcpy(longOld[i], old + kSubbands * i, 8 * sizeof(float));
   Kernels().imdct(longOut[0], lines, longOld[0], 0);
   Kernels().imdct(out, lines, old, blockType);
   const std::size_t size = static_cast<std::size_t>(longBands) * sizeof(float);
-  for (int i = 0; i < 18; ++i) {
+  for (int i = 0; i < kGranuleSlots; ++i) {
     std::memcpy(out + kSubbands * i, longOut[i], size);
     std::memcpy(old + kSubbands * i, longOld[i], size);
   }
@@ -237,7 +238,8 @@ void MpegDecoder::RingOut(int firstGranule) {
   for (int granule = firstGranule; granule < 2; ++granule)
     for (int channel = 0; channel < 2; ++channel)
       for (int band = 0; band < kSubbands; band += 8)
-        TakeOverlap(subbandSamples[channel][18 * granule] + band, overlap[channel][0] + band);
+        TakeOverlap(subbandSamples[channel][kGranuleSlots * granule] + band,
+                    overlap[channel][0] + band);
 }
 
 }  // namespace kwo

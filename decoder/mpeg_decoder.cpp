@@ -22,8 +22,8 @@ std::int64_t XingSeekPoint(const unsigned char* toc, std::int64_t fileBytes, flo
 }
 
 int MpegFramesInDecoderFrame(int layerIndex, int versionIndex) {
-  if (layerIndex == 0) return 3;
-  return layerIndex == 2 && versionIndex != 0 ? 2 : 1;
+  if (layerIndex == MPEG_LAYER_1) return 3;
+  return layerIndex == MPEG_LAYER_3 && versionIndex != MPEG_VERSION_1 ? 2 : 1;
 }
 
 }  // namespace
@@ -62,37 +62,43 @@ int MpegDecoder::Open(InputStream* compressed, int* sampleRateOut, int* channels
 }
 
 int MpegDecoder::DecodeFrame(void* destination) {
-  int bitRate = 0;
-  if (firstFrame) {
-    sourceUnseekable = !(source->Flags() & STREAM_SEEKABLE);
-    if (!FindFirstHeader(&bitRate)) return 0;
-    if (sourceUnseekable) bitRate = 0;
-    endOfInput = 0;
-  }
+  if (firstFrame) return DecodeFirstFrame(destination);
   if (endOfInput) return 0;
-  if (!ReadFrameHeader(firstFrame)) {
-    if (firstFrame) return 0;
-    endOfInput = 1;
-  }
-  if (firstFrame) {
-    if (!InitLayer(bitRate)) return 0;
-    frameTotal = ReckonFrameTotal(bitRate);
-  }
-  if (refLayer == 0) {
-    DecodeLayer1();
-  } else if (refLayer == 1) {
-    DecodeLayer2();
-  } else {
-    DecodeLayer3();
-  }
-  if (firstFrame) StartStream();
+  // Behind the last frame comes one more, in which what it has left behind rings out.
+  if (!ReadFrameHeader(0)) endOfInput = 1;
+  DecodeLayer();
   SynthesizeFrame(destination);
   frameHeld = destination == framePcm;
   return 1;
 }
 
+int MpegDecoder::DecodeFirstFrame(void* destination) {
+  sourceUnseekable = !(source->Flags() & STREAM_SEEKABLE);
+  int bitRate = 0;
+  if (!FindFirstHeader(&bitRate)) return 0;
+  if (sourceUnseekable) bitRate = 0;
+  endOfInput = 0;
+  if (!ReadFrameHeader(1) || !InitLayer(bitRate)) return 0;
+  frameTotal = ReckonFrameTotal(bitRate);
+  DecodeLayer();
+  StartStream();
+  SynthesizeFrame(destination);
+  frameHeld = destination == framePcm;
+  return 1;
+}
+
+void MpegDecoder::DecodeLayer() {
+  if (refLayer == MPEG_LAYER_1) {
+    DecodeLayer1();
+  } else if (refLayer == MPEG_LAYER_2) {
+    DecodeLayer2();
+  } else {
+    DecodeLayer3();
+  }
+}
+
 void MpegDecoder::StartStream() {
-  streamChannels = refMode == 3 ? 1 : 2;
+  streamChannels = refMode == MODE_SINGLE_CHANNEL ? 1 : 2;
   SynthesisSetup();
   frameOffset = 0;
   frameNumber = 1;
@@ -101,13 +107,14 @@ void MpegDecoder::StartStream() {
 
 // Bytes of a decoder frame as whole slots and a fraction.
 int MpegDecoder::InitLayer(int bitRate) {
-  if (refLayer > 2 || refVersion == kReservedVersion || kSampleRates[refSampleRateIndex] == 0)
+  if (refLayer > MPEG_LAYER_3 || refVersion == kReservedVersion ||
+      kSampleRates[refSampleRateIndex] == 0)
     return 0;
-  if (refLayer == 2) InitLayer3();
+  if (refLayer == MPEG_LAYER_3) InitLayer3();
   if (bitRate == 0) return 1;
-  slotBytes = refLayer == 0 ? 4 : 1;
+  slotBytes = refLayer == MPEG_LAYER_1 ? 4 : 1;
   slotDivisor = kSampleRates[refSampleRateIndex] >> refVersion;
-  const int numerator = (refLayer == 0 ? 36 : 144) * bitRate;
+  const int numerator = (refLayer == MPEG_LAYER_1 ? 36 : 144) * bitRate;
   slotsPerFrame = numerator / slotDivisor;
   slotRemainder = numerator % slotDivisor;
   return 1;
@@ -212,12 +219,12 @@ std::int64_t MpegDecoder::Control(int code, void* pointer, int value) {
       SetBandGains(static_cast<const float*>(pointer));
       return 0;
     case CTL_LINE_GAINS: {
-      if (refLayer == 2 || !pointer) return 0;
+      if (refLayer == MPEG_LAYER_3 || !pointer) return 0;
       const auto* lines = static_cast<const float*>(pointer);
       float gains[kSubbands];
       for (int band = 0; band < kSubbands; ++band) {
         double sum = 0;
-        for (int i = 0; i < 18; ++i) sum += lines[18 * band + i];
+        for (int i = 0; i < kSubbandLines; ++i) sum += lines[kSubbandLines * band + i];
         gains[band] = static_cast<float>(sum * 0.055555556f);
       }
       SetBandGains(gains);

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "base/shared.h"
+#include "decoder/frame_header.h"
 #include "decoder/input_stream.h"
 #include "decoder/kernels.h"
 #include "decoder/xing_header.h"
@@ -30,7 +31,7 @@ struct StreamInfo {
 struct GranuleInfo {
   int granule;
   int channel;
-  int blockType;   ///< 0 when the window switching flag is clear
+  int blockType;   ///< a BlockType; BLOCK_NORMAL when the window switching flag is clear
   int mixedBlock;  ///< 0 when the window switching flag is clear
   int part2Start;  ///< bit position in `mainData`
   int tableSelect[3];
@@ -105,6 +106,8 @@ class MpegDecoder : public InputStream {
 
   // Decoder frames.
   int DecodeFrame(void* destination);
+  int DecodeFirstFrame(void* destination);
+  void DecodeLayer();
   void StartStream();
   int InitLayer(int bitRate);
   int ReckonFrameTotal(int bitRate);
@@ -146,11 +149,11 @@ class MpegDecoder : public InputStream {
   static void TransformMixed(float* out, const float* lines, float* old, int blockType,
                              int longBands);
   void RingOut(int firstGranule);
-  int Lsf() const { return versionIndex != 0; }
+  int Lsf() const { return versionIndex != MPEG_VERSION_1; }
   int BandRow() const { return versionIndex * 3 + sampleRateIndex; }
-  int ChannelsNow() const { return mode == 3 ? 1 : 2; }
+  int ChannelsNow() const { return mode == MODE_SINGLE_CHANNEL ? 1 : 2; }
   bool IntensityChannel(int channel) const {
-    return mode == 1 && (modeExtension & 1) && channel != 0;
+    return mode == MODE_JOINT_STEREO && (modeExtension & EXTENSION_INTENSITY) && channel != 0;
   }
 
   // Synthesis.
@@ -244,7 +247,7 @@ class MpegDecoder : public InputStream {
   unsigned char mainData[kReservoir + kReadAhead];
   static constexpr int kPastEnd = 16;  // for a last quad that begins two lines before the end
   alignas(64) float spectrum[2][kLines + kPastEnd];
-  alignas(64) float overlap[2][18][kSubbands];
+  alignas(64) float overlap[2][kGranuleSlots][kSubbands];
   alignas(64) float subbandSamples[2][kFrameSlots][kSubbands];
   alignas(64) float channelPcm[2][kFrameSamples];
   alignas(64) unsigned char framePcm[2 * kFrameSamples * 4];
