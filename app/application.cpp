@@ -266,7 +266,7 @@ int StartUp() {
   LoadEqPresets();
   if (const RunningCopy* copy = DeadCopy()) {
     EqPresetFile.GoOnFrom(copy->notedPresets);
-    TakePresetBytes(copy->presets);
+    LoadPresetBytes(copy->presets);
   }
   ReadMixerSettings();
   ApplyMixerPage();

@@ -365,6 +365,28 @@ void OnCommand(int wParam) {
   }
 }
 
+void OnTimer(const SkinHost& host, int timer) {
+  if (timer == kRunningCopyTimer) {
+    RefreshRunningCopy();
+  } else if (timer == kTagsTimer) {
+    if (!GoOnReadingTags()) platform::KillTimer(kTagsTimer);
+  } else {
+    OnAutoHideTimer(host);
+  }
+}
+
+void OnSysCommand(int command) {
+  if (!AppReady) return;
+  if (command == platform::kSystemClose) platform::PostQuitMessage(0);
+  if (command == platform::kSystemRestore) Slide(true);
+}
+
+// The window has come or gone.
+void OnShown(bool shown) {
+  if (!shown) LetGo();
+  if (AppReady) Slide(shown);
+}
+
 }  // namespace
 
 void ResetMainEvents() {
@@ -380,33 +402,23 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
       DispatchEvent(kTick, nullptr, 0, 0);
       break;
     case platform::kMessageSize:
-      if (wParam == platform::kSizeMinimised) LetGo();
-      if (AppReady) Slide(wParam != platform::kSizeMinimised);
+      OnShown(wParam != platform::kSizeMinimised);
       break;
     case platform::kMessageActivate:
       if (CurrentAutoMode() == AUTO_MINIMISE && (wParam & 0xFFFF) == 0)
         platform::ShowWindow(platform::WindowShow::kMinimise);
       break;
     case platform::kMessageShowWindow:
-      if (!wParam) LetGo();
-      if (AppReady) Slide(wParam != 0);
+      OnShown(wParam != 0);
       break;
     case platform::kMessageCommand:
       OnCommand(wParam);
       break;
     case platform::kMessageSysCommand:
-      if (!AppReady) break;
-      if (wParam == platform::kSystemClose) platform::PostQuitMessage(0);
-      if (wParam == platform::kSystemRestore) Slide(true);
+      OnSysCommand(wParam);
       break;
     case platform::kMessageTimer:
-      if (wParam == kRunningCopyTimer) {
-        RefreshRunningCopy();
-      } else if (wParam == kTagsTimer) {
-        if (!GoOnReadingTags()) platform::KillTimer(kTagsTimer);
-      } else {
-        OnAutoHideTimer(host);
-      }
+      OnTimer(host, wParam);
       break;
     case platform::kMessageMouseMove:
       OnMove(PlaceOf(lParam));

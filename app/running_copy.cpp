@@ -79,7 +79,7 @@ bool Parse(const std::string& bytes, RunningCopy& copy) {
   return at == bytes.size();
 }
 
-void TakeSettings(const std::string& lines) {
+void StoreSettings(const std::string& lines) {
   for (std::size_t at = 0; at < lines.size();) {
     const std::size_t end = std::min(lines.find('\n', at), lines.size());
     const std::size_t equals = lines.find('=', at);
@@ -126,7 +126,7 @@ void FindDeadCopy() {
     }
     deadFiles.push_back(std::move(found));
   }
-  if (dead) TakeSettings(dead->settings);
+  if (dead) StoreSettings(dead->settings);
 }
 
 const RunningCopy* DeadCopy() {

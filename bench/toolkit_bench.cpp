@@ -59,7 +59,8 @@ void Visualiser(benchmark::State& state) {
   bitmap.CreateBlank(wide ? kMaxColumns : 408, wide ? 600 : 106, 0);
   std::vector<std::int16_t> sound(4608);
   for (std::size_t i = 0; i < sound.size(); ++i) sound[i] = static_cast<std::int16_t>(i * 997);
-  for (auto _ : state) kVisualiserTable[state.range(0)](bitmap, sound.data(), 4608);
+  for (auto _ : state)
+    kVisualiserTable[static_cast<std::size_t>(state.range(0))](bitmap, sound.data(), 4608);
 }
 BENCHMARK(Visualiser)->ArgsProduct({{0, 1, 2, 3, 4, 5, 6}, {0, 1}})->Unit(benchmark::kMicrosecond);
 

@@ -31,8 +31,8 @@ void StartFadeIn(Voice& voice, const FadeIn& fade) {
 }
 
 bool InPlayMode(const PlaylistEntry& entry) {
-  if (transport.playMode == 1) return entry.selected != 0;
-  return transport.playMode != 2 || entry.selected == 0;
+  if (transport.playMode == PLAY_SELECTED) return entry.selected != 0;
+  return transport.playMode != PLAY_UNSELECTED || entry.selected == 0;
 }
 
 bool AnySongInPlayMode(const PlaylistReader& reader) {
@@ -43,49 +43,55 @@ bool AnySongInPlayMode(const PlaylistReader& reader) {
   return false;
 }
 
-// One step forward; `wrapped` is set at the list's end.
-int StepForward(bool& wrapped) {
+enum class Way { kForward, kBack };
+
+struct Step {
+  int song;
+  bool wrapped;  // over the list's end
+};
+
+Step StepForward() {
   const int count = playlist.count;
-  if (transport.shuffleOn) {
-    int place = transport.shufflePosition + 1;
-    if (place >= count) {
-      BuildShuffleTable();
-      place = 0;
-      wrapped = true;
-    }
+  if (!transport.shuffleOn) {
+    const int next = playlist.currentSong + 1;
+    return next < count ? Step{next, false} : Step{0, true};
+  }
+  const int place = transport.shufflePosition + 1;
+  if (place < count) {
     transport.shufflePosition = place;
-    return transport.shuffleTable[place];
+    return {transport.shuffleTable[place], false};
   }
-  const int next = playlist.currentSong + 1;
-  if (next < count) return next;
-  wrapped = true;
-  return 0;
+  BuildShuffleTable();
+  transport.shufflePosition = 0;
+  return {transport.shuffleTable[0], true};
 }
 
-int StepBack(bool&) {
+Step StepBack() {
   const int last = playlist.count - 1;
-  if (transport.shuffleOn) {
-    const int place = transport.shufflePosition - 1;
-    transport.shufflePosition = place < 0 || place > last ? last : place;
-    return transport.shuffleTable[transport.shufflePosition];
+  if (!transport.shuffleOn) {
+    const int previous = playlist.currentSong - 1;
+    return {previous < 0 || previous > last ? last : previous, false};
   }
-  const int previous = playlist.currentSong - 1;
-  return previous < 0 || previous > last ? last : previous;
+  const int place = transport.shufflePosition - 1;
+  transport.shufflePosition = place < 0 || place > last ? last : place;
+  return {transport.shuffleTable[transport.shufflePosition], false};
 }
 
-// Steps until a song of the play mode comes up and makes it current.  -1, with no current song, if
-// there is none.
-int StepToSong(int (*step)(bool&), bool& wrapped) {
+// Steps until a song of the play mode comes up, and makes it current; none, where there is none.
+Step StepToSong(Way way) {
   const PlaylistReader reader;
-  if (playlist.count <= 0 || !AnySongInPlayMode(reader)) return playlist.currentSong = -1;
-  for (int tries = 0; tries < kLongestSearch; ++tries) {
-    const int index = step(wrapped);
-    if (index < 0 || index >= playlist.count) continue;
-    playlist.currentSong = index;
-    const PlaylistEntry* entry = reader.Entry(index);
-    if (entry && InPlayMode(*entry)) return index;
+  bool wrapped = false;
+  const bool any = playlist.count > 0 && AnySongInPlayMode(reader);
+  for (int tries = 0; any && tries < kLongestSearch; ++tries) {
+    const Step step = way == Way::kForward ? StepForward() : StepBack();
+    wrapped = wrapped || step.wrapped;
+    if (step.song < 0 || step.song >= playlist.count) continue;
+    playlist.currentSong = step.song;
+    const PlaylistEntry* entry = reader.Entry(step.song);
+    if (entry && InPlayMode(*entry)) return {step.song, wrapped};
   }
-  return playlist.currentSong = -1;
+  playlist.currentSong = -1;
+  return {-1, wrapped};
 }
 
 void OpenCurrent(Voice& voice) {
@@ -93,7 +99,8 @@ void OpenCurrent(Voice& voice) {
   if (CopyPath(playlist.currentSong, path)) voice.Open(path);
 }
 
-void StepSong(int (*step)()) {
+// What Next and Previous do: the music goes on with the song stepped to.
+void StepAndPlay(int (*step)()) {
   if (playlist.count <= 0) {
     RefreshDisplays();
     return;
@@ -109,6 +116,34 @@ void StepSong(int (*step)()) {
     OpenCurrent(*TheMixer->Slot(0));
   }
   SongChanged();
+}
+
+// Makes the song current that Play begins with; false if there is none.
+bool ChooseSong() {
+  // A number that names no song is none, whoever left it.
+  if (playlist.currentSong >= playlist.count) playlist.currentSong = -1;
+  if (playlist.currentSong < 0 && playlist.count > 0) TransportNext();
+  if (playlist.currentSong < 0) return false;
+  const PlaylistReader reader;
+  const PlaylistEntry* entry = reader.Entry(playlist.currentSong);
+  if (entry && !InPlayMode(*entry)) TransportNext();
+  return entry != nullptr;
+}
+
+void StartSong() {
+  char path[kPathSize];
+  if (!CopyPath(playlist.currentSong, path)) return;
+  Voice& voice = *TheMixer->Slot(0);
+  voice.ResetRamps();
+  if (!voice.Open(path)) return;
+  if (voice.position != 0.0f) {
+    StartFadeIn(voice, kResume);
+  } else {
+    voice.SetVolume(1.0f);
+  }
+  // In this order: a song that ends at once must find what it has to lower.
+  transport.playing.Raise();
+  voice.Start();
 }
 
 void ShowTimeZero(Mixer* mixer) {
@@ -145,33 +180,9 @@ void TransportPlay() {
   // Whatever the current song's number has come to.
   if (transport.playing) {
     TogglePause();
-    return;
+  } else if (ChooseSong()) {
+    StartSong();
   }
-  // A number that names no song is none, whoever left it.
-  if (playlist.currentSong >= playlist.count) playlist.currentSong = -1;
-  if (playlist.currentSong < 0) {
-    if (playlist.count > 0) TransportNext();
-    if (playlist.currentSong < 0) return;
-  }
-  {
-    const PlaylistReader reader;
-    const PlaylistEntry* entry = reader.Entry(playlist.currentSong);
-    if (!entry) return;
-    if (!InPlayMode(*entry)) TransportNext();
-  }
-  char path[kPathSize];
-  if (!CopyPath(playlist.currentSong, path)) return;
-  Voice& voice = *TheMixer->Slot(0);
-  voice.ResetRamps();
-  if (!voice.Open(path)) return;
-  if (voice.position != 0.0f) {
-    StartFadeIn(voice, kResume);
-  } else {
-    voice.SetVolume(1.0f);
-  }
-  // In this order: a song that ends at once must find what it has to lower.
-  transport.playing.Raise();
-  voice.Start();
 }
 
 void TransportStop() {
@@ -205,11 +216,11 @@ void TogglePause() {
 }
 
 void TransportNext() {
-  StepSong(AdvanceSong);
+  StepAndPlay(AdvanceSong);
 }
 
 void TransportPrevious() {
-  StepSong(RetreatSong);
+  StepAndPlay(RetreatSong);
 }
 
 void TransportLoad() {
@@ -218,14 +229,12 @@ void TransportLoad() {
 }
 
 int AdvanceSong() {
-  bool wrapped = false;
-  const int index = StepToSong(StepForward, wrapped);
-  return wrapped && !transport.repeatOn ? -1 : index;
+  const Step step = StepToSong(Way::kForward);
+  return step.wrapped && !transport.repeatOn ? -1 : step.song;
 }
 
 int RetreatSong() {
-  bool wrapped = false;
-  return StepToSong(StepBack, wrapped);
+  return StepToSong(Way::kBack).song;
 }
 
 void BuildShuffleTable() {

@@ -11,6 +11,8 @@
 /// at most, and `currentSong` stays within the list.
 namespace kwo {
 
+enum PlayMode : int { PLAY_ALL = 0, PLAY_SELECTED = 1, PLAY_UNSELECTED = 2 };
+
 /// What the transport is doing.  All words are shared; each says who writes it.
 struct TransportState {
   SharedFlag playing;     ///< a song is under way; stays 1 during a pause.  Any thread

@@ -184,7 +184,7 @@ int Voice::RenderEntered(float* mix, int count) {
   if (wanted == 0) return 0;
   int got = source->Read(buffer.get(), wanted * 4) / 4;
   if (got == wanted) {
-    TakePosition();
+    UpdatePosition();
   } else {
     got = ContinueAtEnd(got, wanted);
     if (got == 0) return 0;
@@ -231,7 +231,7 @@ int Voice::ContinueAtEnd(int got, int wanted) {
   return wanted;
 }
 
-void Voice::TakePosition() {
+void Voice::UpdatePosition() {
   const double length = static_cast<double>(source->Length());
   const double bytesPerSecond = 4.0 * source->sampleRate * source->channels;
   if (length > 0)

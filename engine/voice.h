@@ -116,7 +116,7 @@ class Voice {
   void HandOverParameters();
   int WantedValues(int count, int channels) const;
   int ContinueAtEnd(int got, int wanted);
-  void TakePosition();
+  void UpdatePosition();
   float Gain() const;
   void ApplyGain(int got, int channels);
   void Mix(float* mix, int count, int got);

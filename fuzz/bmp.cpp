@@ -9,6 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   kwo::BmpPicture picture;
   if (!kwo::ReadBmpHeaders(file, picture)) return 0;
   kwo::SkinBitmap bitmap;
-  if (bitmap.CreateBlank(picture.width, picture.height, 0)) kwo::ConvertBmpPixels(picture, bitmap);
+  if (bitmap.CreateBlank(picture.width, picture.height, 0))
+    kwo::ConvertBmpPixels(picture, bitmap.bits, bitmap.stride, bitmap.indices);
   return 0;
 }

@@ -50,10 +50,10 @@ void LoadEqPresets() {
   EqPresetFile.Note(path.c_str());
   std::string bytes;
   platform::ReadWholeFile(path.c_str(), bytes, kLargestFile);
-  TakePresetBytes(bytes);
+  LoadPresetBytes(bytes);
 }
 
-void TakePresetBytes(const std::string& bytes) {
+void LoadPresetBytes(const std::string& bytes) {
   const std::size_t names = std::min(bytes.size(), sizeof EqPresetNames);
   std::memcpy(EqPresetNames, bytes.data(), names);
   std::memcpy(EqPresetValues, bytes.data() + names,

@@ -35,6 +35,6 @@ extern platform::KeptFile EqPresetFile;
 
 /// What the file holds, and the taking of as much as there is of it.
 std::string PresetBytes();
-void TakePresetBytes(const std::string& bytes);
+void LoadPresetBytes(const std::string& bytes);
 
 }  // namespace kwo

@@ -290,9 +290,9 @@ void SetMainDisplayMode(int mode) {
 }
 
 void SetMainSAMode(int mode) {
-  if (mode < 0 || mode >= kVisualisers) mode = 0;
+  if (mode < 0 || mode >= static_cast<int>(kVisualiserTable.size())) mode = 0;
   MainSAMode = mode;
-  TheSkinHost->VisualiserCallback = kVisualiserTable[mode];
+  TheSkinHost->VisualiserCallback = kVisualiserTable[static_cast<std::size_t>(mode)];
 }
 
 void MainPageHandler(unsigned event, Widget* widget, float, float) {

@@ -6,8 +6,8 @@
 #include "base/hooks.h"
 #include "engine/transport.h"
 #include "platform/shell.h"
+#include "playlist/file_dialogs.h"
 #include "playlist/playlist.h"
-#include "playlist/playlist_files.h"
 #include "playlist/tag_reader.h"
 
 namespace kwo {

@@ -14,13 +14,13 @@ constexpr int kLeastValues = 4608;
 constexpr int kFadeRange = 160;
 constexpr int kBrightest = 200;  // of the columns that grow lighter downwards
 
-// Three colour values that wander up and down between bounds.
+// Three colour values, red, green and blue, that wander up and down between bounds.
 struct ColorDrifter {
   struct Bounds {
     int low, high;
   };
-  Byte color[3];
-  int step[3];
+  Byte color[3];  // at the start
+  int step[3];    // at the start
   Bounds bounds[3];
   int bounce[3];
 
@@ -35,23 +35,6 @@ struct ColorDrifter {
     }
   }
 };
-
-// Start values, start steps, bounds of each value, bounce steps; the values are red, green, blue.
-ColorDrifter smokeDrifter{
-    {140, 150, 160}, {3, 7, 11}, {{160, 251}, {160, 251}, {160, 251}}, {3, 7, 11}};
-ColorDrifter glowDrifter{{40, 50, 60}, {3, 7, 11}, {{20, 101}, {20, 101}, {20, 101}}, {3, 7, 11}};
-ColorDrifter bandsDrifter{{40, 50, 60}, {3, 5, 7}, {{20, 101}, {20, 101}, {20, 101}}, {3, 7, 11}};
-ColorDrifter walkerDrifter{{40, 50, 60}, {5, 7, 3}, {{160, 241}, {120, 241}, {20, 181}}, {5, 7, 3}};
-ColorDrifter rasterDrifter{
-    {40, 50, 60}, {3, 7, 11}, {{120, 241}, {120, 241}, {120, 241}}, {3, 5, 7}};
-
-Byte splitGreen = 100;
-int splitStep = 4;
-
-struct Walker {
-  bool placed;
-  int direction, x, y;
-} walker;
 
 // Where a column's wave lies: the rows per unit of swing, and the row of silence.
 struct LevelScale {
@@ -143,7 +126,8 @@ void PaintOverFaded(SkinBitmap& bitmap, const std::int16_t* samples, int count,
                [next, start](const Rgb& color) { return next(color, start); });
 }
 
-}  // namespace
+ColorDrifter smokeDrifter{
+    {140, 150, 160}, {3, 7, 11}, {{160, 251}, {160, 251}, {160, 251}}, {3, 7, 11}};
 
 int DrawSmoke(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   if (!Paintable(bitmap, count)) return 1;
@@ -165,6 +149,8 @@ int DrawSmoke(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   return 1;
 }
 
+ColorDrifter glowDrifter{{40, 50, 60}, {3, 7, 11}, {{20, 101}, {20, 101}, {20, 101}}, {3, 7, 11}};
+
 int DrawGlow(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   if (!Paintable(bitmap, count)) return 1;
   const int step = FadeStep(bitmap, 2);
@@ -175,6 +161,8 @@ int DrawGlow(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   return 1;
 }
 
+ColorDrifter bandsDrifter{{40, 50, 60}, {3, 5, 7}, {{20, 101}, {20, 101}, {20, 101}}, {3, 7, 11}};
+
 int DrawBands(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   if (!Paintable(bitmap, count)) return 1;
   const int step = std::max(kFadeRange / (bitmap.height / 2) * 2, 2);
@@ -184,6 +172,9 @@ int DrawBands(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   });
   return 1;
 }
+
+Byte splitGreen = 100;
+int splitStep = 4;
 
 int DrawSplit(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   if (!Paintable(bitmap, count)) return 1;
@@ -229,7 +220,12 @@ int DrawTwinLevels(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   return 1;
 }
 
-namespace {
+ColorDrifter walkerDrifter{{40, 50, 60}, {5, 7, 3}, {{160, 241}, {120, 241}, {20, 181}}, {5, 7, 3}};
+
+struct Walker {
+  bool placed;
+  int direction, x, y;
+} walker;
 
 constexpr int kWalkerSteps = 576;
 
@@ -271,8 +267,6 @@ void DrawWalkerLine(SkinBitmap& bitmap, int x, int length, const Rgb& color) {
   }
 }
 
-}  // namespace
-
 int DrawWalker(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   if (!Paintable(bitmap, count)) return 1;
   if (!walker.placed) walker = {true, 1, bitmap.width / 2 + 1, bitmap.height / 2};
@@ -295,8 +289,6 @@ int DrawWalker(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   return 1;
 }
 
-namespace {
-
 // The C library's generator takes a lock.
 std::uint32_t NextRandom() {
   static std::uint32_t state = 1;
@@ -304,7 +296,8 @@ std::uint32_t NextRandom() {
   return state >> 8;
 }
 
-}  // namespace
+ColorDrifter rasterDrifter{
+    {40, 50, 60}, {3, 7, 11}, {{120, 241}, {120, 241}, {120, 241}}, {3, 5, 7}};
 
 int DrawRaster(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   if (!Paintable(bitmap, count)) return 1;
@@ -331,5 +324,12 @@ int DrawRaster(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
   }
   return 1;
 }
+
+constexpr VisualiserFunction kTable[] = {DrawSmoke,      DrawGlow,   DrawBands, DrawSplit,
+                                         DrawTwinLevels, DrawWalker, DrawRaster};
+
+}  // namespace
+
+constinit const std::span<const VisualiserFunction> kVisualiserTable = kTable;
 
 }  // namespace kwo

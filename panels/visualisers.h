@@ -1,6 +1,6 @@
 #pragma once
 
-#include <iterator>
+#include <span>
 
 #include "toolkit/skin_host.h"
 
@@ -12,17 +12,7 @@ namespace kwo {
 
 constexpr int kMaxColumns = 1024;
 
-int DrawSmoke(SkinBitmap& bitmap, const std::int16_t* samples, int count);
-int DrawGlow(SkinBitmap& bitmap, const std::int16_t* samples, int count);
-int DrawBands(SkinBitmap& bitmap, const std::int16_t* samples, int count);
-int DrawSplit(SkinBitmap& bitmap, const std::int16_t* samples, int count);
-int DrawTwinLevels(SkinBitmap& bitmap, const std::int16_t* samples, int count);
-int DrawWalker(SkinBitmap& bitmap, const std::int16_t* samples, int count);
-int DrawRaster(SkinBitmap& bitmap, const std::int16_t* samples, int count);
-
-/// By the number of the setting.
-constexpr VisualiserFunction kVisualiserTable[] = {DrawSmoke,      DrawGlow,   DrawBands, DrawSplit,
-                                                   DrawTwinLevels, DrawWalker, DrawRaster};
-constexpr int kVisualisers = static_cast<int>(std::size(kVisualiserTable));
+/// By the number of the setting: a new one is its function and its row.
+extern const std::span<const VisualiserFunction> kVisualiserTable;
 
 }  // namespace kwo

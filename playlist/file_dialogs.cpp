@@ -1,3 +1,5 @@
+#include "playlist/file_dialogs.h"
+
 #include <algorithm>
 #include <cstring>
 #include <string>

@@ -48,9 +48,4 @@ bool SavePlaylistFile(const char* path, platform::KeptFile* kept = nullptr);
 /// Makes the folder of an M3U file current; its songs are not read.  0.
 int EnterM3uDirectory(const char* path);
 
-/// The dialogs of "Open Files" and "Open Directory" (`clearFirst` 1), "Add Files" and "Add
-/// Directory" (0).
-void OpenFilesDialog(int clearFirst);
-void OpenDirectoryDialog(int clearFirst);
-
 }  // namespace kwo

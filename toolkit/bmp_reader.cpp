@@ -67,21 +67,22 @@ bool ReadBmpHeaders(std::string_view file, BmpPicture& picture) {
   return true;
 }
 
-void ConvertBmpPixels(const BmpPicture& picture, SkinBitmap& bitmap) {
+void ConvertBmpPixels(const BmpPicture& picture, std::uint8_t* rows, int stride,
+                      std::vector<std::uint8_t>& indices) {
   const std::size_t stored = StoredRowBytes(picture);
   const auto step = static_cast<std::size_t>(picture.bitsPerPixel / 8);
   const auto width = static_cast<std::size_t>(picture.width);
-  if (step == 1) bitmap.indices.resize(width * static_cast<std::size_t>(picture.height));
+  if (step == 1) indices.resize(width * static_cast<std::size_t>(picture.height));
   for (int row = 0; row < picture.height; ++row) {
     const auto from = static_cast<std::size_t>(picture.topDown ? picture.height - 1 - row : row);
     const std::string_view line = picture.pixels.substr(from * stored, stored);
-    std::uint8_t* to = bitmap.bits + std::ptrdiff_t{row} * bitmap.stride;
+    std::uint8_t* to = rows + std::ptrdiff_t{row} * stride;
     for (std::size_t x = 0; x < width; ++x, to += 3) {
       std::string_view pixel = line.substr(x * step);
       if (step == 1) {
         const auto index = static_cast<std::uint8_t>(pixel[0]);
-        bitmap.indices[static_cast<std::size_t>(row) * width + x] = index;
-        // An index beyond the palette is black, as the blank bitmap is.
+        indices[static_cast<std::size_t>(row) * width + x] = index;
+        // An index beyond the palette is black, as the row is.
         if (index * kColorBytes >= picture.palette.size()) continue;
         pixel = picture.palette.substr(index * kColorBytes);
       }

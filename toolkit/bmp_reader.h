@@ -1,8 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
-
-#include "toolkit/skin_bitmap.h"
+#include <vector>
 
 namespace kwo {
 
@@ -19,8 +19,11 @@ struct BmpPicture {
 /// kMaxBmpSide, fewer pixels or colours in the file than the headers promise.
 bool ReadBmpHeaders(std::string_view file, BmpPicture& picture);
 
-/// Turns the pixels into those of `bitmap`, which has the picture's size.
-void ConvertBmpPixels(const BmpPicture& picture, SkinBitmap& bitmap);
+/// Turns the pixels into rows of blue, green, red from the bottom up, `stride` bytes apart, which
+/// are black before.  `indices` gets the palette index of each pixel of an 8-bit picture, without
+/// padding.
+void ConvertBmpPixels(const BmpPicture& picture, std::uint8_t* rows, int stride,
+                      std::vector<std::uint8_t>& indices);
 
 constexpr int kMaxBmpSide = 8192;
 

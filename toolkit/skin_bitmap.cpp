@@ -74,7 +74,7 @@ int SkinBitmap::LoadFromFile(const char* path) {
     if (!platform::ReadWholeFile(path, file, kMaxFile) || !ReadBmpHeaders(file, picture) ||
         !Allocate(picture.width, picture.height))
       return 0;
-    ConvertBmpPixels(picture, *this);
+    ConvertBmpPixels(picture, bits, stride, indices);
   }
   std::snprintf(fileName, sizeof fileName, "%s", path);
   return 1;

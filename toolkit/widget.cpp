@@ -77,7 +77,7 @@ void WidgetGroup::StepMotion() {
   }
 }
 
-bool Widget::TakeRole(SkinHost* newHost, int newKind, int newGroup) {
+bool Widget::SetRole(SkinHost* newHost, int newKind, int newGroup) {
   if (!newHost || !newHost->GetGroup(newGroup)) return false;
   host = newHost;
   kind = newKind;
@@ -89,7 +89,7 @@ bool Widget::TakeRole(SkinHost* newHost, int newKind, int newGroup) {
 
 int Widget::InitCanvas(SkinHost* newHost, std::uint32_t fillColor, int newWidth, int newHeight,
                        int newKind, int newGroup) {
-  if (!TakeRole(newHost, newKind, newGroup)) return 0;
+  if (!SetRole(newHost, newKind, newGroup)) return 0;
   if (!image->CreateBlank(newWidth, newHeight, fillColor)) return 0;
   image->key = host->colorKey;
   width = newWidth;
@@ -106,7 +106,7 @@ int Widget::LoadPicture(SkinBitmap& bitmap, const char* fileName) {
 
 int Widget::LoadImage(SkinHost* newHost, const char* fileName, int newWidth, int newHeight,
                       int newKind, int newGroup) {
-  if (!TakeRole(newHost, newKind, newGroup)) return 0;
+  if (!SetRole(newHost, newKind, newGroup)) return 0;
   const bool whole = newKind == BUTTON_WIDGET && newWidth == 0 && newHeight == 0;
   if (newKind == IMAGE_WIDGET || whole) {
     if (!LoadPicture(*image, fileName)) return 0;

@@ -129,7 +129,7 @@ class Widget : public MotionOwner {
   Shared<int> blendMode;
 
  private:
-  bool TakeRole(SkinHost* newHost, int newKind, int newGroup);
+  bool SetRole(SkinHost* newHost, int newKind, int newGroup);
   int LoadPicture(SkinBitmap& bitmap, const char* fileName);
   float ApplyCheck(float part, float newValue);
   void DrawImage(const SkinBitmap* bitmap, int left, int top, int shownFrame, int frames);

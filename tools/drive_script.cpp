@@ -123,31 +123,31 @@ std::string Word(std::istream& line) {
   return word;
 }
 
-bool TakeNumber(std::istream& line, int least, int most, ScriptStep& step) {
+bool ParseNumber(std::istream& line, int least, int most, ScriptStep& step) {
   int number;
   if (!(line >> number) || number < least || number > most) return false;
   step.numbers.push_back(number);
   return true;
 }
 
-bool TakeChoice(std::istream& line, const char* no, const char* yes, ScriptStep& step) {
+bool ParseChoice(std::istream& line, const char* no, const char* yes, ScriptStep& step) {
   const std::string word = Word(line);
   step.numbers.push_back(word == yes);
   return word == yes || word == no;
 }
 
-bool TakeArgument(std::istream& line, char form, ScriptStep& step) {
+bool ParseArgument(std::istream& line, char form, ScriptStep& step) {
   switch (form) {
     case 't':
-      return TakeNumber(line, 0, kLongestWait, step);
+      return ParseNumber(line, 0, kLongestWait, step);
     case 'x':
-      return TakeNumber(line, -kFarthestPlace, kFarthestPlace, step);
+      return ParseNumber(line, -kFarthestPlace, kFarthestPlace, step);
     case 'n':
-      return TakeNumber(line, INT_MIN, INT_MAX, step);
+      return ParseNumber(line, INT_MIN, INT_MAX, step);
     case 'b':
-      return TakeChoice(line, "off", "on", step);
+      return ParseChoice(line, "off", "on", step);
     case 's':
-      return TakeChoice(line, "left", "right", step);
+      return ParseChoice(line, "left", "right", step);
     case 'f':
       step.text = Word(line);
       return !step.text.empty();
@@ -171,7 +171,7 @@ std::string ParseLine(const std::string& text, std::vector<ScriptStep>& steps) {
     if (name != command.name) continue;
     ScriptStep step{&command, {}, "", {}};
     for (const char* form = command.form; *form; ++form)
-      if (!TakeArgument(line, *form, step)) return "wrong arguments for " + name;
+      if (!ParseArgument(line, *form, step)) return "wrong arguments for " + name;
     if (!(line >> std::ws).eof() && *command.form != 'p') return "too many arguments for " + name;
     steps.push_back(std::move(step));
     return "";

@@ -130,7 +130,6 @@ void SetScreenSize(platform::Size size);
 /// Several screens, of which the first is the main one.  A program that runs is told.
 void SetScreens(const std::vector<platform::Rectangle>& screens);
 void SetWindowPossible(bool possible);
-void SetTrayPresent(bool present);
 /// What `ReadClassRegistry` finds; an empty value removes the key.
 void SetClassRegistry(const std::string& key, const std::string& value);
 

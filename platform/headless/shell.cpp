@@ -28,7 +28,6 @@ std::map<int, std::vector<std::string>> drops;
 int lastDrop = 0;
 std::map<std::string, std::string> classes;
 std::vector<std::string> commandLines;
-bool trayPresent = true;
 bool trayShown = false;
 std::string trayTip;
 
@@ -99,7 +98,7 @@ std::vector<std::string> TakeDroppedFiles(int drop) {
 
 void ShowTrayIcon(const char* tip, std::span<const MenuItem>) {
   std::lock_guard guard(lock);
-  trayShown = trayPresent;
+  trayShown = true;
   trayTip = tip;
 }
 
@@ -192,11 +191,6 @@ void PressTray(Button button) {
   platform::PostMessage(
       {platform::kMessageTray, 0,
        button == Button::kLeft ? platform::kMessageLeftDown : platform::kMessageRightDown});
-}
-
-void SetTrayPresent(bool present) {
-  std::lock_guard guard(lock);
-  trayPresent = present;
 }
 
 TrayState Tray() {

@@ -204,14 +204,15 @@ void CompareAll() {
                                             {7, 50},    {1024, 40}, {100, 9}};
   Plain plain;
   for (auto [width, height] : kSizes) {
-    for (int number = 0; number < kVisualisers; ++number) {
+    for (int number = 0; number < static_cast<int>(kVisualiserTable.size()); ++number) {
       plain.SetSize(width, height);
       SkinBitmap bitmap;
       ASSERT_TRUE(bitmap.CreateBlank(width, height, 0));
       for (int frame = 0; frame < 40; ++frame) {
         const Sound sound = Waves(frame, frame % 8 == 7 ? 18432 : 4608 * (1 + frame % 3));
         const int count = static_cast<int>(sound.size());
-        EXPECT_EQ(1, kVisualiserTable[number](bitmap, sound.data(), count));
+        EXPECT_EQ(1,
+                  kVisualiserTable[static_cast<std::size_t>(number)](bitmap, sound.data(), count));
         if (number <= 2) plain.Columns(sound, number);
         if (number == 3) plain.Split(sound);
         if (number == 4) plain.TwinLevels(sound);

@@ -12,6 +12,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/headless/headless.h"
+#include "playlist/file_dialogs.h"
 #include "playlist/playlist_files.h"
 #include "playlist/tag_reader.h"
 #include "settings/settings.h"
