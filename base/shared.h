@@ -21,7 +21,11 @@ class Shared {
  public:
   constexpr Shared(T value = T{}) : word_(value) {}
   Shared(const Shared&) = delete;
-  Shared& operator=(const Shared&) = delete;
+  /// The other's value, as it is now.
+  Shared& operator=(const Shared& other) {
+    *this = T{other};
+    return *this;
+  }
 
   operator T() const { return word_.load(std::memory_order_relaxed); }
   T operator=(T value) {

@@ -25,96 +25,99 @@ bool IsFirstHeader(const unsigned char* bytes, FrameHeader& header) {
 }  // namespace
 
 void MpegDecoder::ResetInput() {
-  inputBytes = inputBitPosition = 0;
-  endOfInput = 0;
+  input_.inputBytes = input_.inputBitPosition = 0;
+  input_.endOfInput = 0;
 }
 
 // Keeps a whole frame ahead of the reader for as long as the file has one: the layers read without
 // looking at the buffer's end, and a frame that the file cuts off reads on in zeros.
 void MpegDecoder::RefillInput() {
-  inputBitPosition = std::min(inputBitPosition, inputBytes * 8);
-  const int dropped = inputBitPosition / 8;
-  if (inputBytes - dropped > refillThreshold) return;
-  inputBytes -= dropped;
-  inputBitPosition &= 7;
-  std::memmove(inputBuffer, inputBuffer + dropped, static_cast<std::size_t>(inputBytes));
-  while (source->Control(CTL_READ_AT_END) == 0 && inputBytes < kLongestFrame) {
-    const int delivered = source->Read(inputBuffer + inputBytes, kInputCapacity - inputBytes);
+  input_.inputBitPosition = std::min(input_.inputBitPosition, input_.inputBytes * 8);
+  const int dropped = input_.inputBitPosition / 8;
+  if (input_.inputBytes - dropped > input_.refillThreshold) return;
+  input_.inputBytes -= dropped;
+  input_.inputBitPosition &= 7;
+  std::memmove(inputBuffer, inputBuffer + dropped, static_cast<std::size_t>(input_.inputBytes));
+  while (input_.source->Control(CTL_READ_AT_END) == 0 && input_.inputBytes < kLongestFrame) {
+    const int delivered =
+        input_.source->Read(inputBuffer + input_.inputBytes, kInputCapacity - input_.inputBytes);
     if (delivered == 0) break;
-    inputBytes += delivered;
+    input_.inputBytes += delivered;
   }
-  std::memset(inputBuffer + inputBytes, 0, static_cast<std::size_t>(kInputCapacity - inputBytes));
+  std::memset(inputBuffer + input_.inputBytes, 0,
+              static_cast<std::size_t>(kInputCapacity - input_.inputBytes));
 }
 
 // Leaves the position on the first bit behind the 11 sync bits.
 int MpegDecoder::FindSync() {
-  inputBitPosition = (inputBitPosition + 7) & ~7;
+  input_.inputBitPosition = (input_.inputBitPosition + 7) & ~7;
   int at;
   do {
     RefillInput();
-    if (inputBytes < 4) return 0;
-    at = inputBitPosition / 8;
-    while (inputBytes - at >= 2 && !IsSync(inputBuffer + at)) ++at;
+    if (input_.inputBytes < 4) return 0;
+    at = input_.inputBitPosition / 8;
+    while (input_.inputBytes - at >= 2 && !IsSync(inputBuffer + at)) ++at;
     // A run of 0xFF bytes resolves to its last member.
-    while (inputBytes - at >= 2 && IsSync(inputBuffer + at)) ++at;
-    inputBitPosition = at * 8;
-  } while (at == inputBytes);
-  inputBitPosition += 3;
+    while (input_.inputBytes - at >= 2 && IsSync(inputBuffer + at)) ++at;
+    input_.inputBitPosition = at * 8;
+  } while (at == input_.inputBytes);
+  input_.inputBitPosition += 3;
   RefillInput();
   return 1;
 }
 
 void MpegDecoder::ReadHeaderFields() {
-  bitBase = inputBuffer;
-  bitCursor = &inputBitPosition;
-  versionIndex = kVersionMap[GetBits(2)];
-  layerIndex = 3 - GetBits(2);
-  crcPresent = GetBits(1) == 0;
-  bitRateIndex = GetBits(4);
-  sampleRateIndex = GetBits(2);
-  paddingBit = GetBits(1);
+  bits_.bitBase = inputBuffer;
+  bits_.bitCursor = &input_.inputBitPosition;
+  frame_.versionIndex = kVersionMap[GetBits(2)];
+  frame_.layerIndex = 3 - GetBits(2);
+  frame_.crcPresent = GetBits(1) == 0;
+  frame_.bitRateIndex = GetBits(4);
+  frame_.sampleRateIndex = GetBits(2);
+  frame_.paddingBit = GetBits(1);
   GetBits(1);
-  mode = GetBits(2);
-  modeExtension = GetBits(2);
+  frame_.mode = GetBits(2);
+  frame_.modeExtension = GetBits(2);
   GetBits(4);
 }
 
 int MpegDecoder::ReadFrameHeader(int first) {
   while (FindSync()) {
     ReadHeaderFields();
-    const int channelClass = ChannelClass(mode);
+    const int channelClass = ChannelClass(frame_.mode);
     if (first) {
-      refVersion = versionIndex;
-      refLayer = layerIndex;
-      refSampleRateIndex = sampleRateIndex;
-      refMode = channelClass;
+      first_.refVersion = frame_.versionIndex;
+      first_.refLayer = frame_.layerIndex;
+      first_.refSampleRateIndex = frame_.sampleRateIndex;
+      first_.refMode = channelClass;
     }
-    if (versionIndex == refVersion && layerIndex == refLayer && bitRateIndex != 0 &&
-        bitRateIndex != 15 && sampleRateIndex == refSampleRateIndex && channelClass == refMode) {
-      if (crcPresent) GetBits(16);
+    if (frame_.versionIndex == first_.refVersion && frame_.layerIndex == first_.refLayer &&
+        frame_.bitRateIndex != 0 && frame_.bitRateIndex != 15 &&
+        frame_.sampleRateIndex == first_.refSampleRateIndex && channelClass == first_.refMode) {
+      if (frame_.crcPresent) GetBits(16);
       return 1;
     }
     // Back into the second header byte: the search goes on at the third.
-    inputBitPosition -= 20;
+    input_.inputBitPosition -= 20;
   }
-  bitRateIndex = 0;
+  frame_.bitRateIndex = 0;
   return 0;
 }
 
 int MpegDecoder::FindFirstHeader(int* bitRate) {
   unsigned char block[kFirstSearch];
-  source->Seek(0);
-  const int available = source->Read(block, kFirstSearch);
+  input_.source->Seek(0);
+  const int available = input_.source->Read(block, kFirstSearch);
   FrameHeader header;
   int at = 0;
   while (at + FrameHeader::kBytes <= available && !IsFirstHeader(block + at, header)) ++at;
   streamInfo = StreamInfo();
   hasXingHeader = 0;
   if (at + FrameHeader::kBytes > available) {
-    source->Seek(0);
+    input_.source->Seek(0);
     return 0;
   }
-  source->Seek(at);
+  input_.source->Seek(at);
   streamInfo.mpegVersion = header.Lsf() ? 2 : 1;
   streamInfo.layerNumber = header.layerIndex + 1;
   streamInfo.bitRate = header.BitRate();

@@ -128,8 +128,9 @@ const float* GetScaleFactorTable() {
 }
 
 int MpegDecoder::JointBound(int subbands) const {
-  if (mode == MODE_SINGLE_CHANNEL) return 0;
-  return mode == MODE_JOINT_STEREO ? std::min(modeExtension * 4 + 4, subbands) : subbands;
+  if (frame_.mode == MODE_SINGLE_CHANNEL) return 0;
+  return frame_.mode == MODE_JOINT_STEREO ? std::min(frame_.modeExtension * 4 + 4, subbands)
+                                          : subbands;
 }
 
 void MpegDecoder::DecodeLayer1() {
@@ -138,7 +139,7 @@ void MpegDecoder::DecodeLayer1() {
     if (frame > 0) ReadFrameHeader(0);
     auto* left = subbandSamples[0] + kSlots * frame;
     auto* right = subbandSamples[1] + kSlots * frame;
-    if (bitRateIndex == 0) {
+    if (frame_.bitRateIndex == 0) {
       std::memset(left, 0, kSlots * sizeof *left);
       std::memset(right, 0, kSlots * sizeof *right);
     } else {
@@ -149,52 +150,54 @@ void MpegDecoder::DecodeLayer1() {
 
 void MpegDecoder::ReadLayer1Frame(float (*left)[kSubbands], float (*right)[kSubbands]) {
   const int row = Lsf() ? 3 : 0;
-  const int rate = kSampleRates[sampleRateIndex] >> versionIndex;
-  const int end = (kBitRates[row][bitRateIndex] * 12000 / rate - 1) * 32 - (crcPresent ? 16 : 0) +
-                  (paddingBit ? 32 : 0) + *bitCursor;
+  const int rate = kSampleRates[frame_.sampleRateIndex] >> frame_.versionIndex;
+  const int end = (kBitRates[row][frame_.bitRateIndex] * 12000 / rate - 1) * 32 -
+                  (frame_.crcPresent ? 16 : 0) + (frame_.paddingBit ? 32 : 0) + *bits_.bitCursor;
   const int channels = ChannelsNow();
   const int bound = JointBound(kSubbands);
   // In single channel the one set of samples is channel 0's own.
   auto sets = [&](int band) { return band < bound ? channels : 1; };
   for (int band = 0; band < kSubbands; ++band) {
-    for (int channel = 0; channel < sets(band); ++channel) layer1Alloc[channel][band] = GetBits(4);
-    if (band >= bound) layer1Alloc[1][band] = layer1Alloc[0][band];
+    for (int channel = 0; channel < sets(band); ++channel)
+      layer1_.layer1Alloc[channel][band] = GetBits(4);
+    if (band >= bound) layer1_.layer1Alloc[1][band] = layer1_.layer1Alloc[0][band];
   }
   const float* scales = GetScaleFactorTable();
   for (int band = 0; band < kSubbands; ++band) {
     for (int channel = 0; channel < channels; ++channel) {
-      const int alloc = layer1Alloc[channel][band];
+      const int alloc = layer1_.layer1Alloc[channel][band];
       if (alloc == 0) continue;
       const float step = static_cast<float>(2.0 / ((2 << alloc) - 1));
-      layer1Scale[channel][band] = step * scales[GetBits(6)];
+      layer1_.layer1Scale[channel][band] = step * scales[GetBits(6)];
     }
   }
   for (int slot = 0; slot < kFrameSlots / 3; ++slot) {
     for (int band = 0; band < kSubbands; ++band) {
       int sample = 0;
       for (int channel = 0; channel < channels; ++channel) {
-        const int alloc = layer1Alloc[channel][band];
+        const int alloc = layer1_.layer1Alloc[channel][band];
         if (channel < sets(band)) sample = alloc ? GetBits(alloc + 1) - (1 << alloc) + 1 : 0;
         auto* out = channel == 0 ? left : right;
-        out[slot][band] = alloc ? static_cast<float>(sample) * layer1Scale[channel][band] : 0.0f;
+        out[slot][band] =
+            alloc ? static_cast<float>(sample) * layer1_.layer1Scale[channel][band] : 0.0f;
       }
     }
   }
-  *bitCursor = end;
+  *bits_.bitCursor = end;
 }
 
 void MpegDecoder::DecodeLayer2() {
-  if (bitRateIndex == 0) {
+  if (frame_.bitRateIndex == 0) {
     std::memset(subbandSamples, 0, sizeof subbandSamples);
     return;
   }
-  const int rate = kSampleRates[sampleRateIndex] >> versionIndex;
-  const int kbps = kBitRates[Lsf() ? 4 : 1][bitRateIndex];
-  const int end =
-      kbps * 144000 / rate * 8 - 32 - (crcPresent ? 16 : 0) + (paddingBit ? 8 : 0) + *bitCursor;
-  const int perChannel = kBitRates[1][bitRateIndex] / ChannelsNow();
-  const AllocationTable& table =
-      GetAllocationTable(SelectAllocation(versionIndex, perChannel, kSampleRates[sampleRateIndex]));
+  const int rate = kSampleRates[frame_.sampleRateIndex] >> frame_.versionIndex;
+  const int kbps = kBitRates[Lsf() ? 4 : 1][frame_.bitRateIndex];
+  const int end = kbps * 144000 / rate * 8 - 32 - (frame_.crcPresent ? 16 : 0) +
+                  (frame_.paddingBit ? 8 : 0) + *bits_.bitCursor;
+  const int perChannel = kBitRates[1][frame_.bitRateIndex] / ChannelsNow();
+  const AllocationTable& table = GetAllocationTable(
+      SelectAllocation(frame_.versionIndex, perChannel, kSampleRates[frame_.sampleRateIndex]));
   const int bound = JointBound(table.subbands);
   ReadLayer2Allocation(table, bound);
   ReadLayer2Scales(table.subbands);
@@ -202,15 +205,15 @@ void MpegDecoder::DecodeLayer2() {
   CodedSubband coded[2 * kSubbands];
   const int count = ListCodedSubbands(table.subbands, bound, coded);
   for (int granule = 0; granule < 12; ++granule) ReadLayer2Granule(granule, coded, count);
-  *bitCursor = end;
+  *bits_.bitCursor = end;
 }
 
 void MpegDecoder::ReadLayer2Allocation(const AllocationTable& table, int bound) {
   for (int band = 0; band < table.subbands; ++band) {
     const SubbandAllocation& row = table.rows[band];
     for (int channel = 0; channel < (band < bound ? ChannelsNow() : 1); ++channel)
-      layer2Alloc[channel][band] = row.classes[GetBits(row.bits)];
-    if (band >= bound) layer2Alloc[1][band] = layer2Alloc[0][band];
+      layer2_.layer2Alloc[channel][band] = row.classes[GetBits(row.bits)];
+    if (band >= bound) layer2_.layer2Alloc[1][band] = layer2_.layer2Alloc[0][band];
   }
 }
 
@@ -221,17 +224,17 @@ void MpegDecoder::ReadLayer2Scales(int subbands) {
   const int channels = ChannelsNow();
   for (int band = 0; band < subbands; ++band)
     for (int channel = 0; channel < channels; ++channel)
-      if (layer2Alloc[channel][band]) layer2Scfsi[channel][band] = GetBits(2);
+      if (layer2_.layer2Alloc[channel][band]) layer2_.layer2Scfsi[channel][band] = GetBits(2);
   const float* scales = GetScaleFactorTable();
   for (int band = 0; band < subbands; ++band) {
     for (int channel = 0; channel < channels; ++channel) {
-      const QuantClass* quant = layer2Alloc[channel][band];
+      const QuantClass* quant = layer2_.layer2Alloc[channel][band];
       if (!quant) continue;
-      const int selection = layer2Scfsi[channel][band];
+      const int selection = layer2_.layer2Scfsi[channel][band];
       int codes[3] = {};
       for (int i = 0; i < kCodes[selection]; ++i) codes[i] = GetBits(6);
       for (int part = 0; part < 3; ++part)
-        layer2Scale[channel][part][band] =
+        layer2_.layer2Scale[channel][part][band] =
             scales[codes[kCodeOfPart[selection][part]]] * quant->step;
     }
   }
@@ -243,7 +246,7 @@ int MpegDecoder::ListCodedSubbands(int subbands, int bound, CodedSubband* coded)
   for (int band = 0; band < subbands; ++band) {
     const bool shared = band >= bound;
     for (int channel = 0; channel < (shared ? 1 : ChannelsNow()); ++channel) {
-      const QuantClass* quant = layer2Alloc[channel][band];
+      const QuantClass* quant = layer2_.layer2Alloc[channel][band];
       if (quant) coded[count++] = {quant, band, channel, shared ? ChannelsNow() - 1 : channel};
     }
   }
@@ -253,10 +256,10 @@ int MpegDecoder::ListCodedSubbands(int subbands, int bound, CodedSubband* coded)
 // Three samples of each coded subband, into the time slots from 3 x `granule` on.
 void MpegDecoder::ReadLayer2Granule(int granule, const CodedSubband* coded, int count) {
   const int part = granule / 4;
-  int cursor = *bitCursor;
+  int cursor = *bits_.bitCursor;
   for (const CodedSubband* set = coded; set < coded + count; ++set) {
     // The three take 48 bits at most.
-    const std::uint64_t word = PeekBits(bitBase, cursor);
+    const std::uint64_t word = PeekBits(bits_.bitBase, cursor);
     const int bits = set->quant->bits;
     FourFloats samples;
     if (set->quant->groups) {
@@ -272,12 +275,12 @@ void MpegDecoder::ReadLayer2Granule(int granule, const CodedSubband* coded, int 
       cursor += 3 * bits;
     }
     for (int channel = set->channel; channel <= set->lastChannel; ++channel) {
-      const FourFloats scaled = samples * layer2Scale[channel][part][set->band];
+      const FourFloats scaled = samples * layer2_.layer2Scale[channel][part][set->band];
       float* out = &subbandSamples[channel][3 * granule][set->band];
       for (int k = 0; k < 3; ++k) out[kSubbands * k] = scaled[k];
     }
   }
-  *bitCursor = cursor;
+  *bits_.bitCursor = cursor;
 }
 
 }  // namespace kwo

@@ -170,7 +170,7 @@ ScaleFactorForm FormOf(int compress, bool lsf, bool intensityChannel) {
 }  // namespace
 
 void MpegDecoder::InitLayer3() {
-  const short* edges = kShortBands[refVersion * 3 + refSampleRateIndex];
+  const short* edges = kShortBands[first_.refVersion * 3 + first_.refSampleRateIndex];
   for (int band = 0; band < 13; ++band) {
     const int start = edges[band];
     const int width = (edges[band + 1] - start) / 3;
@@ -178,23 +178,23 @@ void MpegDecoder::InitLayer3() {
       for (int k = 0; k < width; ++k) {
         const int p = start + window * width + k;
         const int interleaved = start + 3 * k + window;
-        lineIndex[0][p] = static_cast<std::int16_t>(p);
-        lineIndex[1][p] = static_cast<std::int16_t>(interleaved);
-        lineIndex[2][p] = static_cast<std::int16_t>(band < 3 ? p : interleaved);
+        layer3_.lineIndex[0][p] = static_cast<std::int16_t>(p);
+        layer3_.lineIndex[1][p] = static_cast<std::int16_t>(interleaved);
+        layer3_.lineIndex[2][p] = static_cast<std::int16_t>(band < 3 ? p : interleaved);
       }
     }
   }
-  mainDataBytes = 0;
+  layer3_.mainDataBytes = 0;
   std::memset(mainData, 0, sizeof mainData);
-  std::memset(scaleFactors, 0, sizeof scaleFactors);
+  std::memset(layer3_.scaleFactors, 0, sizeof layer3_.scaleFactors);
   std::memset(overlap, 0, sizeof overlap);
 }
 
 void MpegDecoder::DecodeLayer3() {
   int granulesDone = 0;
-  for (int frame = 0; frame < (refVersion == MPEG_VERSION_1 ? 1 : 2); ++frame) {
+  for (int frame = 0; frame < (first_.refVersion == MPEG_VERSION_1 ? 1 : 2); ++frame) {
     if (frame == 1) ReadFrameHeader(0);
-    if (bitRateIndex == 0) {
+    if (frame_.bitRateIndex == 0) {
       RingOut(frame);
       return;
     }
@@ -203,14 +203,15 @@ void MpegDecoder::DecodeLayer3() {
     for (int granule = 0; granule < (Lsf() ? 1 : 2); ++granule) {
       for (int channel = 0; channel < ChannelsNow(); ++channel) {
         const GranuleInfo& record = records[channel][granule];
-        ReadScaleFactors(record, scaleFactors[channel]);
+        ReadScaleFactors(record, layer3_.scaleFactors[channel]);
         double factors[kLines / 2 + kPastEnd];
-        FindFactors(record, scaleFactors[channel], factors);
-        activeLines[channel] = ReadHuffmanData(record, factors, spectrum[channel]);
+        FindFactors(record, layer3_.scaleFactors[channel], factors);
+        layer3_.activeLines[channel] = ReadHuffmanData(record, factors, spectrum[channel]);
       }
-      if (mode == MODE_JOINT_STEREO) StereoProcess(records[1][granule], scaleFactors[1]);
-      if (enhancerValue) EnhanceTreble();
-      if (vocalOn) ReduceVocals();
+      if (frame_.mode == MODE_JOINT_STEREO)
+        StereoProcess(records[1][granule], layer3_.scaleFactors[1]);
+      if (effects_.enhancerValue) EnhanceTreble();
+      if (effects_.vocalOn) ReduceVocals();
       for (int channel = 0; channel < ChannelsNow(); ++channel)
         HybridSynthesis(records[channel][granule], channel, kGranuleSlots * granulesDone);
       ++granulesDone;
@@ -287,22 +288,22 @@ int MpegDecoder::ReadGranuleInfo(GranuleInfo& record, int running) {
 // Moves the old bytes that the frame refers to in front, copies the frame's own behind them, and
 // turns the bit reader to them.  The input reader is left at the frame's computed end.
 void MpegDecoder::FillReservoir(int mainDataBegin) {
-  const int bitRate = kBitRates[layerIndex + (Lsf() ? 3 : 0)][bitRateIndex] * 1000;
-  const int rate = kSampleRates[sampleRateIndex] >> versionIndex;
+  const int bitRate = kBitRates[frame_.layerIndex + (Lsf() ? 3 : 0)][frame_.bitRateIndex] * 1000;
+  const int rate = kSampleRates[frame_.sampleRateIndex] >> frame_.versionIndex;
   const int sideBytes = Lsf() ? (ChannelsNow() == 2 ? 17 : 9) : (ChannelsNow() == 2 ? 32 : 17);
-  const int payload = bitRate / 1000 * (Lsf() ? 72000 : 144000) / rate - (crcPresent ? 2 : 0) +
-                      paddingBit - sideBytes - 4;
-  mainDataBytes = std::max(mainDataBytes, mainDataBegin);
-  std::memmove(mainData, mainData + mainDataBytes - mainDataBegin,
+  const int payload = bitRate / 1000 * (Lsf() ? 72000 : 144000) / rate -
+                      (frame_.crcPresent ? 2 : 0) + frame_.paddingBit - sideBytes - 4;
+  layer3_.mainDataBytes = std::max(layer3_.mainDataBytes, mainDataBegin);
+  std::memmove(mainData, mainData + layer3_.mainDataBytes - mainDataBegin,
                static_cast<std::size_t>(mainDataBegin));
   CopyFrameBytes(mainData + mainDataBegin, payload);
-  mainDataBytes = mainDataBegin + payload;
-  bitBase = mainData;
-  bitCursor = &mainDataBit;
+  layer3_.mainDataBytes = mainDataBegin + payload;
+  bits_.bitBase = mainData;
+  bits_.bitCursor = &layer3_.mainDataBit;
 }
 
 void MpegDecoder::ReadScaleFactors(const GranuleInfo& record, int* store) {
-  *bitCursor = record.part2Start;
+  *bits_.bitCursor = record.part2Start;
   const ScaleFactorForm form =
       FormOf(record.scalefacCompress, Lsf(), IntensityChannel(record.channel));
   const int blockKind = record.blockType != BLOCK_SHORT ? 0 : record.mixedBlock ? 2 : 1;
@@ -323,7 +324,7 @@ void MpegDecoder::ReadScaleFactors(const GranuleInfo& record, int* store) {
 int MpegDecoder::ReadHuffmanData(const GranuleInfo& record, const double* factors, float* values) {
   float mixed[kLines + kPastEnd];
   float* lines = record.blockType == BLOCK_SHORT ? mixed : values;
-  BitWindow bits(bitBase, *bitCursor);
+  BitWindow bits(bits_.bitBase, *bits_.bitCursor);
   const int regionEnds[3] = {record.region0End, record.region1End, record.bigValueLines};
   int i = 0;
   for (int region = 0; region < 3; ++region) {
@@ -345,7 +346,7 @@ int MpegDecoder::ReadHuffmanData(const GranuleInfo& record, const double* factor
   // The last four values lie behind the part's end, or are big values that ran past it.
   if (bits.Cursor() > record.part23End) i -= 4;
   i = std::clamp(i, 0, kLines);
-  *bitCursor = bits.Cursor();
+  *bits_.bitCursor = bits.Cursor();
   std::fill(lines + i, lines + kLines, 0.0f);
   return record.blockType == BLOCK_SHORT ? PlaceLines(record, lines, i, values) : i;
 }
@@ -354,7 +355,7 @@ int MpegDecoder::ReadHuffmanData(const GranuleInfo& record, const double* factor
 // Those below the highest band that holds one of the first `count` are mixed with others.
 int MpegDecoder::PlaceLines(const GranuleInfo& record, const float* lines, int count,
                             float* values) const {
-  const std::int16_t* place = lineIndex[record.mixedBlock ? 2 : 1];
+  const std::int16_t* place = layer3_.lineIndex[record.mixedBlock ? 2 : 1];
   for (int i = 0; i < kLines; ++i) values[place[i]] = lines[i];
   const short* edges = kShortBands[BandRow()];
   int band = 0;

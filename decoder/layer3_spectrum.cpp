@@ -65,28 +65,28 @@ void MpegDecoder::FindFactors(const GranuleInfo& record, const int* store, doubl
 }
 
 void MpegDecoder::StereoProcess(const GranuleInfo& record1, const int* store1) {
-  const int limit = kLines >> decimation;
+  const int limit = kLines >> output_.decimation;
   float* left = spectrum[0];
   float* right = spectrum[1];
-  const int lines = std::max(activeLines[0], activeLines[1]);
-  if (modeExtension == 0) return;
-  if (modeExtension == EXTENSION_MS) {
-    activeLines[0] = activeLines[1] = lines;
+  const int lines = std::max(layer3_.activeLines[0], layer3_.activeLines[1]);
+  if (frame_.modeExtension == 0) return;
+  if (frame_.modeExtension == EXTENSION_MS) {
+    layer3_.activeLines[0] = layer3_.activeLines[1] = lines;
     Kernels().midSide(left, right, std::min(lines, limit));
     return;
   }
   FindIntensityPositions(record1, store1);
-  activeLines[0] = activeLines[1] = lines;
+  layer3_.activeLines[0] = layer3_.activeLines[1] = lines;
   const auto& ratios = GetLayer3Tables().ratios[record1.intensityScale];
   const int end = std::min(lines, limit);
   for (int line = 0, next; line < end; line = next) {
-    const int place = intensityPosition[line];
+    const int place = layer3_.intensityPosition[line];
     next = line + 1;
-    while (next < end && intensityPosition[next] == place) ++next;
+    while (next < end && layer3_.intensityPosition[next] == place) ++next;
     if (place != kNoPosition) {
       for (int i = line; i < next; ++i) right[i] = left[i] * ratios[place][1];
       Kernels().scaleLines(left + line, next - line, ratios[place][0]);
-    } else if (modeExtension & EXTENSION_MS) {
+    } else if (frame_.modeExtension & EXTENSION_MS) {
       Kernels().midSide(left + line, right + line, next - line);
     }
   }
@@ -94,7 +94,7 @@ void MpegDecoder::StereoProcess(const GranuleInfo& record1, const int* store1) {
 
 // Above its last value channel 1 carries positions instead of scale factors.
 void MpegDecoder::FindIntensityPositions(const GranuleInfo& record1, const int* store1) {
-  std::memset(intensityPosition, kNoPosition, sizeof intensityPosition);
+  std::memset(layer3_.intensityPosition, kNoPosition, sizeof layer3_.intensityPosition);
   const float* right = spectrum[1];
   int longBands = LongBands(record1);
   auto positionOf = [&](int stored) {
@@ -114,7 +114,7 @@ void MpegDecoder::FindIntensityPositions(const GranuleInfo& record1, const int* 
       for (int band = begin; band < 13; ++band) {
         if (band < 12) place = positionOf(positions[(band - first) * 3 + window]);
         for (int line = edges[band] + window; line < edges[band + 1]; line += 3)
-          intensityPosition[line] = static_cast<unsigned char>(place);
+          layer3_.intensityPosition[line] = static_cast<unsigned char>(place);
       }
     }
   }
@@ -124,7 +124,7 @@ void MpegDecoder::FindIntensityPositions(const GranuleInfo& record1, const int* 
   int place = kNoPosition;
   for (int band = FirstBandAbove(edges, 0, longBands, top); band < longBands; ++band) {
     if (band < 21) place = positionOf(store1[band]);
-    std::memset(intensityPosition + edges[band], place,
+    std::memset(layer3_.intensityPosition + edges[band], place,
                 static_cast<std::size_t>(edges[band + 1] - edges[band]));
   }
 }
@@ -133,13 +133,13 @@ void MpegDecoder::FindIntensityPositions(const GranuleInfo& record1, const int* 
 void MpegDecoder::EnhanceTreble() {
   constexpr int kFirstLine = 99;
   static constexpr float kWeights[2][4] = {{0.5f, 0.2f, 0, 0}, {0.75f, 0.5f, 0.25f, 0.125f}};
-  if (enhancerCleared) {
-    enhancerCleared = 0;
+  if (effects_.enhancerCleared) {
+    effects_.enhancerCleared = 0;
     std::memset(enhancerRing, 0, sizeof enhancerRing);
   }
   int cursors[5];
   for (int i = 0; i < 5; ++i) cursors[i] = enhancerCursors[i];
-  const int value = enhancerValue;
+  const int value = effects_.enhancerValue;
   auto& now = enhancerRing[cursors[0]];
   std::memcpy(now[0], spectrum[0], sizeof now[0]);
   // Channel 1 of a one-channel stream is never filled.
@@ -154,7 +154,7 @@ void MpegDecoder::EnhanceTreble() {
           sum += double{weights[echo]} * enhancerRing[cursors[echo + 1]][channel][line];
         spectrum[channel][line] = static_cast<float>(sum);
       }
-      activeLines[channel] = kLines;
+      layer3_.activeLines[channel] = kLines;
     }
   }
   for (int i = 0; i < 5; ++i) enhancerCursors[i] = (cursors[i] + 1) & 7;
@@ -168,17 +168,18 @@ void MpegDecoder::ReduceVocals() {
     spectrum[0][line] = left - right;
     spectrum[1][line] = right - left;
   }
-  for (int& lines : activeLines) lines = std::max({activeLines[0], activeLines[1], lines});
+  for (int& lines : layer3_.activeLines)
+    lines = std::max({layer3_.activeLines[0], layer3_.activeLines[1], lines});
 }
 
 void MpegDecoder::HybridSynthesis(const GranuleInfo& record, int channel, int firstSlot) {
   constexpr int kBatch = 8;
   float* values = spectrum[channel];
-  const int subbands = kSubbands >> decimation;
+  const int subbands = kSubbands >> output_.decimation;
   const int mixedBands = kShortBands[BandRow()][3] / kSubbandLines;
   int aliasBands = subbands;
   if (record.blockType == BLOCK_SHORT) aliasBands = record.mixedBlock ? mixedBands : 0;
-  int activeBands = (activeLines[channel] + kSubbandLines - 1) / kSubbandLines;
+  int activeBands = (layer3_.activeLines[channel] + kSubbandLines - 1) / kSubbandLines;
   if (const int boundaries = std::min(aliasBands - 1, activeBands); boundaries > 0) {
     float cs[8], ca[8];
     for (int i = 0; i < 8; ++i) {
@@ -188,9 +189,9 @@ void MpegDecoder::HybridSynthesis(const GranuleInfo& record, int channel, int fi
     Kernels().reduceAliases(values, boundaries, cs, ca);
     activeBands = std::min(activeBands + 1, kSubbands);
   }
-  if (eqOn) {
+  if (effects_.eqOn) {
     float gains[kLines];
-    for (int line = 0; line < kLines; ++line) gains[line] = lineGains[line];
+    for (int line = 0; line < kLines; ++line) gains[line] = effects_.lineGains[line];
     Kernels().applyGains(values, gains, kLines);
   }
   const int longWindowBands = record.mixedBlock ? mixedBands : 0;

@@ -149,11 +149,12 @@ class MpegDecoder : public InputStream {
   static void TransformMixed(float* out, const float* lines, float* old, int blockType,
                              int longBands);
   void RingOut(int firstGranule);
-  int Lsf() const { return versionIndex != MPEG_VERSION_1; }
-  int BandRow() const { return versionIndex * 3 + sampleRateIndex; }
-  int ChannelsNow() const { return mode == MODE_SINGLE_CHANNEL ? 1 : 2; }
+  int Lsf() const { return frame_.versionIndex != MPEG_VERSION_1; }
+  int BandRow() const { return frame_.versionIndex * 3 + frame_.sampleRateIndex; }
+  int ChannelsNow() const { return frame_.mode == MODE_SINGLE_CHANNEL ? 1 : 2; }
   bool IntensityChannel(int channel) const {
-    return mode == MODE_JOINT_STEREO && (modeExtension & EXTENSION_INTENSITY) && channel != 0;
+    return frame_.mode == MODE_JOINT_STEREO && (frame_.modeExtension & EXTENSION_INTENSITY) &&
+           channel != 0;
   }
 
   // Synthesis.
@@ -167,76 +168,105 @@ class MpegDecoder : public InputStream {
   void SetOutputMatrix(const float* matrix);
   void SetBandGains(const float* gains);
 
-  const unsigned char* bitBase = nullptr;
-  int* bitCursor = nullptr;
-  InputStream* source = nullptr;
-  int refillThreshold = 0;
-  int inputBytes = 0;
-  int inputBitPosition = 0;
-  int layerIndex = 0;
-  int crcPresent = 0;
-  int bitRateIndex = 0;  // 0 also marks that no frame follows
-  int sampleRateIndex = 0;
-  int paddingBit = 0;
-  int mode = 0;
-  int modeExtension = 0;
-  int versionIndex = 0;
-  int firstFrame = 0;
-  int refLayer = 0;
-  int refSampleRateIndex = 0;
-  int refVersion = 0;
-  int refMode = 0;  // joint stereo stored as 0
-  int sourceUnseekable = 0;
-  int slotBytes = 1;
-  int slotsPerFrame = 0;
-  int slotRemainder = 0;
-  int slotDivisor = 1;
-  int frameNumber = 0;
-  int frameOffset = 0;
-  int frameTotal = 0;
-  int frameBytes = 0;
-  int endOfInput = 0;
-  int frameHeld = 0;  // `framePcm` holds the frame before `frameNumber`
-  int outputChannels = 0;
-  int decimation = 0;
-  int streamChannels = 0;
-  int bytesPerSample = 4;
+  // What `GetBits` reads from: the input, or a Layer III frame's main data.
+  struct Bits {
+    const unsigned char* bitBase = nullptr;
+    int* bitCursor = nullptr;
+  } bits_;
+
+  struct Input {
+    InputStream* source = nullptr;
+    int refillThreshold = 0;
+    int inputBytes = 0;
+    int inputBitPosition = 0;
+    int sourceUnseekable = 0;
+    int endOfInput = 0;
+  } input_;
+
+  // The header that was read last.
+  struct FrameFields {
+    int layerIndex = 0;
+    int crcPresent = 0;
+    int bitRateIndex = 0;  // 0 also marks that no frame follows
+    int sampleRateIndex = 0;
+    int paddingBit = 0;
+    int mode = 0;
+    int modeExtension = 0;
+    int versionIndex = 0;
+  } frame_;
+
+  // What the first one says, which all others must say, too.
+  struct FirstFields {
+    int refLayer = 0;
+    int refSampleRateIndex = 0;
+    int refVersion = 0;
+    int refMode = 0;  // joint stereo stored as 0
+  } first_;
+
+  // A frame's length without a length header: whole slots and a fraction.
+  struct Slots {
+    int slotBytes = 1;
+    int slotsPerFrame = 0;
+    int slotRemainder = 0;
+    int slotDivisor = 1;
+  } slots_;
+
+  struct Progress {
+    int firstFrame = 0;
+    int frameNumber = 0;
+    int frameOffset = 0;
+    int frameTotal = 0;
+    int frameBytes = 0;
+    int frameHeld = 0;  // `framePcm` holds the frame before `frameNumber`
+  } progress_;
+
   StreamInfo streamInfo;
   XingHeader xing = {};
   int hasXingHeader = 0;
 
-  // Synthesis settings.
-  int downmix = 0;
-  int duplicate = 0;
-  Shared<int> matrixOn;
-  int dctChannels = 0;
-  Shared<float> outputMatrix[9];
-  Shared<float> bandGains[kSubbands];
-  Shared<int> bandGainsOn;
+  struct Output {
+    int outputChannels = 0;
+    int decimation = 0;
+    int streamChannels = 0;
+    int bytesPerSample = 4;
+    int downmix = 0;
+    int duplicate = 0;
+    int dctChannels = 0;
+    Shared<int> matrixOn;
+    Shared<float> outputMatrix[9];
+    Shared<float> bandGains[kSubbands];
+    Shared<int> bandGainsOn;
+  } output_;
 
-  // Effects.
-  Shared<int> enhancerValue;
-  Shared<int> enhancerCleared;  // the echo is cleared by the thread that decodes
-  Shared<int> crystalizerOn;
-  Shared<int> wideOn;
-  Shared<int> vocalOn;
-  Shared<int> eqOn;
-  Shared<float> lineGains[kLines];
+  struct Effects {
+    Shared<int> enhancerValue;
+    Shared<int> enhancerCleared;  // the echo is cleared by the thread that decodes
+    Shared<int> crystalizerOn;
+    Shared<int> wideOn;
+    Shared<int> vocalOn;
+    Shared<int> eqOn;
+    Shared<float> lineGains[kLines];
+  } effects_;
 
-  // Layers I and II.
-  float layer1Scale[2][kSubbands];
-  int layer1Alloc[2][kSubbands];
-  float layer2Scale[2][3][kSubbands];
-  int layer2Scfsi[2][kSubbands];
-  const QuantClass* layer2Alloc[2][kSubbands];
+  struct Layer1 {
+    float layer1Scale[2][kSubbands];
+    int layer1Alloc[2][kSubbands];
+  } layer1_;
 
-  // Layer III.
-  int mainDataBit = 0;
-  int mainDataBytes = 0;
-  std::int16_t lineIndex[3][kLines];
-  int scaleFactors[2][39];
-  int activeLines[2];  // all lines from here on are zero
-  unsigned char intensityPosition[kLines];
+  struct Layer2 {
+    float layer2Scale[2][3][kSubbands];
+    int layer2Scfsi[2][kSubbands];
+    const QuantClass* layer2Alloc[2][kSubbands];
+  } layer2_;
+
+  struct Layer3 {
+    int mainDataBit = 0;
+    int mainDataBytes = 0;
+    std::int16_t lineIndex[3][kLines];
+    int scaleFactors[2][39];
+    int activeLines[2];  // all lines from here on are zero
+    unsigned char intensityPosition[kLines];
+  } layer3_;
 
   static constexpr int kInputCapacity = 16384;
   static constexpr int kReservoir = 4096;

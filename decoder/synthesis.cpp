@@ -92,25 +92,25 @@ void StorePair(const float* left, const float* right, int count, Sample* out) {
 }  // namespace
 
 void MpegDecoder::ResetOutputMatrix() {
-  for (int i = 0; i < kDefaultMatrixSize; ++i) outputMatrix[i] = kDefaultMatrix[i];
+  for (int i = 0; i < kDefaultMatrixSize; ++i) output_.outputMatrix[i] = kDefaultMatrix[i];
 }
 
 void MpegDecoder::SynthesisSetup() {
   SynthesisReset();
-  if (outputChannels == 0) outputChannels = streamChannels;
-  downmix = duplicate = 0;
-  if (outputChannels == -2) {
-    outputChannels = 2;
-    duplicate = 1;
-    downmix = streamChannels == 2;
+  if (output_.outputChannels == 0) output_.outputChannels = output_.streamChannels;
+  output_.downmix = output_.duplicate = 0;
+  if (output_.outputChannels == -2) {
+    output_.outputChannels = 2;
+    output_.duplicate = 1;
+    output_.downmix = output_.streamChannels == 2;
   } else {
-    outputChannels = outputChannels == 1 ? 1 : 2;
-    downmix = streamChannels == 2 && outputChannels == 1;
-    duplicate = streamChannels == 1 && outputChannels == 2;
+    output_.outputChannels = output_.outputChannels == 1 ? 1 : 2;
+    output_.downmix = output_.streamChannels == 2 && output_.outputChannels == 1;
+    output_.duplicate = output_.streamChannels == 1 && output_.outputChannels == 2;
   }
-  dctChannels = downmix || duplicate || streamChannels == 1 ? 1 : 2;
-  matrixOn = 0;
-  bandGainsOn = 0;
+  output_.dctChannels = output_.downmix || output_.duplicate || output_.streamChannels == 1 ? 1 : 2;
+  output_.matrixOn = 0;
+  output_.bandGainsOn = 0;
 }
 
 void MpegDecoder::SynthesisReset() {
@@ -119,29 +119,29 @@ void MpegDecoder::SynthesisReset() {
 
 void MpegDecoder::SynthesizeFrame(void* output) {
   MixChannels();
-  if (bandGainsOn) ApplyBandGains();
+  if (output_.bandGainsOn) ApplyBandGains();
   const SynthesisTables& tables = Tables();
-  for (int channel = 0; channel < dctChannels; ++channel)
+  for (int channel = 0; channel < output_.dctChannels; ++channel)
     Kernels().synthesize(channelPcm[channel], subbandSamples[channel][0], synthBuffers[channel],
-                         tables.weights[decimation], tables.secants, decimation);
+                         tables.weights[output_.decimation], tables.secants, output_.decimation);
   if (output) WritePcm(output);
 }
 
 // The stereo stage, with the output matrix m[row][column] as nine factors row by row.
 void MpegDecoder::MixChannels() {
-  const bool mixing = matrixOn || wideOn;
-  if (!mixing && !downmix) return;
+  const bool mixing = output_.matrixOn || effects_.wideOn;
+  if (!mixing && !output_.downmix) return;
   float* left = subbandSamples[0][0];
   float* right = subbandSamples[1][0];
-  const float m00 = outputMatrix[0], m01 = outputMatrix[1];
-  const float m10 = outputMatrix[3], m11 = outputMatrix[4];
-  const float share0 = mixing ? float{outputMatrix[6]} : 0.5f;
-  const float share1 = mixing ? float{outputMatrix[7]} : 0.5f;
-  const float mono = outputMatrix[8];
+  const float m00 = output_.outputMatrix[0], m01 = output_.outputMatrix[1];
+  const float m10 = output_.outputMatrix[3], m11 = output_.outputMatrix[4];
+  const float share0 = mixing ? float{output_.outputMatrix[6]} : 0.5f;
+  const float share1 = mixing ? float{output_.outputMatrix[7]} : 0.5f;
+  const float mono = output_.outputMatrix[8];
   constexpr int kCount = kFrameSlots * kSubbands;
-  if (downmix) {
+  if (output_.downmix) {
     for (int i = 0; i < kCount; ++i) left[i] = share0 * left[i] + share1 * right[i];
-  } else if (streamChannels == 2) {
+  } else if (output_.streamChannels == 2) {
     for (int i = 0; i < kCount; ++i) {
       const float l = left[i], r = right[i];
       left[i] = m00 * l + m01 * r;
@@ -153,21 +153,21 @@ void MpegDecoder::MixChannels() {
 }
 
 void MpegDecoder::ApplyBandGains() {
-  const int bands = kSubbands >> decimation;
-  const int channels = downmix || streamChannels == 1 ? 1 : 2;
+  const int bands = kSubbands >> output_.decimation;
+  const int channels = output_.downmix || output_.streamChannels == 1 ? 1 : 2;
   float gains[kSubbands];
-  for (int band = 0; band < bands; ++band) gains[band] = bandGains[band];
+  for (int band = 0; band < bands; ++band) gains[band] = output_.bandGains[band];
   for (int channel = 0; channel < channels; ++channel)
     for (auto& slot : subbandSamples[channel])
       for (int band = 0; band < bands; ++band) slot[band] *= gains[band];
 }
 
 void MpegDecoder::WritePcm(void* output) {
-  const int count = kFrameSamples >> decimation;
+  const int count = kFrameSamples >> output_.decimation;
   const float* left = channelPcm[0];
-  const float* right = channelPcm[duplicate ? 0 : 1];
-  if (duplicate && (matrixOn || wideOn)) {
-    const float leftFactor = outputMatrix[2], rightFactor = outputMatrix[5];
+  const float* right = channelPcm[output_.duplicate ? 0 : 1];
+  if (output_.duplicate && (output_.matrixOn || effects_.wideOn)) {
+    const float leftFactor = output_.outputMatrix[2], rightFactor = output_.outputMatrix[5];
     for (int i = 0; i < count; ++i) {
       const float sample = left[i];
       channelPcm[0][i] = sample * leftFactor;
@@ -175,12 +175,12 @@ void MpegDecoder::WritePcm(void* output) {
     }
     right = channelPcm[1];
   }
-  if (bytesPerSample == 4) {
+  if (output_.bytesPerSample == 4) {
     auto* out = static_cast<float*>(output);
-    outputChannels == 2 ? StorePair(left, right, count, out) : StoreMono(left, count, out);
+    output_.outputChannels == 2 ? StorePair(left, right, count, out) : StoreMono(left, count, out);
   } else {
     auto* out = static_cast<std::int16_t*>(output);
-    outputChannels == 2 ? StorePair(left, right, count, out) : StoreMono(left, count, out);
+    output_.outputChannels == 2 ? StorePair(left, right, count, out) : StoreMono(left, count, out);
   }
 }
 
@@ -189,22 +189,22 @@ void MpegDecoder::SetOutputMatrix(const float* matrix) {
   for (int i = 0; matrix && i < kDefaultMatrixSize; ++i)
     isDefault = isDefault && matrix[i] == kDefaultMatrix[i];
   if (!isDefault)
-    for (int i = 0; i < kDefaultMatrixSize; ++i) outputMatrix[i] = matrix[i];
-  matrixOn = !isDefault;
+    for (int i = 0; i < kDefaultMatrixSize; ++i) output_.outputMatrix[i] = matrix[i];
+  output_.matrixOn = !isDefault;
 }
 
 void MpegDecoder::SetBandGains(const float* gains) {
   bool neutral = true;
   for (int band = 0; gains && band < kSubbands; ++band) neutral = neutral && gains[band] == 1.0f;
   if (!neutral) {
-    const int fold = 1 << decimation;
+    const int fold = 1 << output_.decimation;
     for (int band = 0; band < kSubbands / fold; ++band) {
       float sum = 0;
       for (int i = 0; i < fold; ++i) sum += gains[fold * band + i];
-      bandGains[band] = sum / static_cast<float>(fold);
+      output_.bandGains[band] = sum / static_cast<float>(fold);
     }
   }
-  bandGainsOn = !neutral;
+  output_.bandGainsOn = !neutral;
 }
 
 }  // namespace kwo

@@ -235,7 +235,7 @@ int AddSong(const char* path, const platform::SongTag* tag) {
 void SetTag(int index, const platform::SongTag& tag) {
   PlaylistEntry* old = At(index);
   auto* entry = new PlaylistEntry(old->path, &tag);
-  entry->selected = int{old->selected};
+  entry->selected = old->selected;
   BuildDisplayName(*entry, playlist.displayMode);
   Put(index, entry);
   retired.push_back(old);

@@ -129,7 +129,7 @@ int SkinHost::ShowTile(int index, int pulse) {
     currentTile = previousTile = -1;
     return -1;
   }
-  previousTile = int{currentTile};
+  previousTile = currentTile;
   currentTile = index;
   Widget* tile = GetWidget(index);
   if (!tile) return previousTile;
