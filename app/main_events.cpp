@@ -35,10 +35,6 @@ bool pointerHidden;  // by the drag of a thumb
 int wheelWay;        // turned since the last whole notch
 Point CursorNow, CursorBefore;
 
-Point PlaceOf(int lParam) {
-  return {lParam & 0xFFFF, static_cast<int>(static_cast<unsigned>(lParam) >> 16)};
-}
-
 Point WidgetPlace(const Widget& widget) {
   const WidgetGroup& group = Group(widget.group);
   return {group.absX + widget.x, group.absY + widget.y};
@@ -48,11 +44,6 @@ void DispatchLocal(int message, Widget& widget, Point place) {
   const Point corner = WidgetPlace(widget);
   DispatchEvent(static_cast<unsigned>(message), &widget, static_cast<float>(place.x - corner.x),
                 static_cast<float>(place.y - corner.y));
-}
-
-void SetClientPointer(Point place) {
-  const Rectangle window = platform::WindowRectangle();
-  platform::SetPointerPosition({window.x + place.x, window.y + place.y});
 }
 
 // Once for each drag: a second button that is pressed in the middle of one begins another.
@@ -246,7 +237,7 @@ void OnWheel(int way, Point place) {
 }
 
 void OnDoublePress(SkinHost& host, int message, int lParam) {
-  const Point place = PlaceOf(lParam);
+  const Point place = platform::UnpackPlace(lParam);
   Widget* widget = host.HitTest(place.x, place.y);
   if (!widget) return;
   if (RowOf(widget) >= 0) {
@@ -421,15 +412,15 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
       OnTimer(host, wParam);
       break;
     case platform::kMessageMouseMove:
-      OnMove(PlaceOf(lParam));
+      OnMove(platform::UnpackPlace(lParam));
       break;
     case platform::kMessageLeftDown:
     case platform::kMessageRightDown:
-      OnPress(static_cast<int>(message), PlaceOf(lParam));
+      OnPress(static_cast<int>(message), platform::UnpackPlace(lParam));
       break;
     case platform::kMessageLeftUp:
     case platform::kMessageRightUp:
-      OnRelease(static_cast<int>(message), PlaceOf(lParam));
+      OnRelease(static_cast<int>(message), platform::UnpackPlace(lParam));
       break;
     case platform::kMessageLeftDouble:
     case platform::kMessageRightDouble:
@@ -439,7 +430,7 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
       platform::MoveWindow(PlaceOnScreen(platform::WindowRectangle()));
       break;
     case platform::kMessageWheel:
-      OnWheel(wParam, PlaceOf(lParam));
+      OnWheel(wParam, platform::UnpackPlace(lParam));
       break;
     case platform::kMessageDropFiles:
       OnDrop(wParam);

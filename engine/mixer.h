@@ -23,6 +23,8 @@ constexpr int kVoices = 3;
 /// allocate, lock or wait there.  The main thread writes the parameters, which hold from the next
 /// block on, and starts and stops the thread.  The ShuffleMaster's thread rotates slots.  No voice
 /// is deleted while the render thread runs.
+///
+/// The thread never stops rendering while there is a device: to play is to start a voice.
 class Mixer {
  public:
   static constexpr int kSlots = 128;

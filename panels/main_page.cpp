@@ -96,12 +96,6 @@ void RunMainPage(int program, int wait) {
   if (wait) Find(WIDGET_MAIN_BOX)->WaitSlot(kMoveSlot);
 }
 
-platform::Point ClientPointer() {
-  const platform::Point pointer = platform::PointerPosition();
-  const platform::Rectangle window = platform::WindowRectangle();
-  return {pointer.x - window.x, pointer.y - window.y};
-}
-
 void BeginSeek(platform::Point place) {
   // A second button may be pressed before the first one is released.
   if (!transport.SeekActive) platform::ShowPointer(false);
@@ -128,8 +122,7 @@ void LetGoOfTime() {
 }
 
 void EndSeek(int x) {
-  const platform::Rectangle window = platform::WindowRectangle();
-  platform::SetPointerPosition({window.x + SeekStartX, window.y + SeekStartY});
+  SetClientPointer({SeekStartX, SeekStartY});
   LetGoOfTime();
   const float seconds = DraggedSeconds(x);
   ShowDraggedTime(seconds);

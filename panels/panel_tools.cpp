@@ -77,6 +77,17 @@ void MoveGroup(int index, int program) {
   Group(index).RunProgram(kMoveSlot, program);
 }
 
+platform::Point ClientPointer() {
+  const platform::Point pointer = platform::PointerPosition();
+  const platform::Rectangle window = platform::WindowRectangle();
+  return {pointer.x - window.x, pointer.y - window.y};
+}
+
+void SetClientPointer(platform::Point place) {
+  const platform::Rectangle window = platform::WindowRectangle();
+  platform::SetPointerPosition({window.x + place.x, window.y + place.y});
+}
+
 void Label(int index, const char* text) {
   if (Widget* widget = Find(index)) widget->SetLabelOn(text, kLabelFill);
 }

@@ -63,6 +63,10 @@ void PulsePageButton(Page page, int program);
 void Move(int index, int program);
 void MoveGroup(int index, int program);
 
+/// The pointer's place in the window, and the moving of it.
+platform::Point ClientPointer();
+void SetClientPointer(platform::Point place);
+
 /// Shows text in the labels' colours.
 void Label(int index, const char* text);
 

@@ -41,12 +41,4 @@ inline void SendChange(const ShowState::Change& change, WindowProcedure procedur
   if (change.restored) procedure(owner, {kMessageSize, kSizeRestored, 0});
 }
 
-/// A place of the window as the mouse's messages carry it.
-inline int PackPlace(Point place) {
-  constexpr int kMost = 0x7FFF;
-  const int x = place.x < 0 ? 0 : place.x > kMost ? kMost : place.x;
-  const int y = place.y < 0 ? 0 : place.y > kMost ? kMost : place.y;
-  return x | y << 16;
-}
-
 }  // namespace kwo::platform

@@ -37,6 +37,15 @@ struct Rectangle {
   }
 };
 
+/// A place of the window as the mouse's messages carry it, and back.
+constexpr int PackPlace(Point place) {
+  constexpr int kMost = 0x7FFF;
+  return std::clamp(place.x, 0, kMost) | std::clamp(place.y, 0, kMost) << 16;
+}
+constexpr Point UnpackPlace(int lParam) {
+  return {lParam & 0xFFFF, static_cast<int>(static_cast<unsigned>(lParam) >> 16)};
+}
+
 /// Gets every message of the window.  `ShowWindow` calls it before it returns, with what its change
 /// means; all else comes from `DispatchMessage`.
 using WindowProcedure = void (*)(void* owner, const Message& message);

@@ -177,7 +177,7 @@ void SkinHost::HostDefaultHandler(const Message& message) {
       if (message.wParam == platform::kSystemRestore) active = 1;
       break;
     case platform::kMessageLeftDown:
-      pressPlace = {message.lParam & 0xFFFF, static_cast<int>(unsigned(message.lParam) >> 16)};
+      pressPlace = platform::UnpackPlace(message.lParam);
       if (groups[0].Contains(pressPlace.x, pressPlace.y)) break;
       platform::SetCapture();
       windowDrag = true;

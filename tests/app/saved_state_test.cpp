@@ -1,5 +1,7 @@
 // What a run leaves for the next one.
 
+#include "app/saved_state.h"
+
 #include <climits>
 #include <set>
 
@@ -61,6 +63,33 @@ const Setting kSettings[] = {
      }},
     Of<WindowFlags>("POS_Z", 0, 6),
 };
+
+TEST_F(Program, EachControlThatKeepsAStateHasASetting) {
+  Run([](const Hands& hands) {
+    int seen = 0;
+    OpenPage(hands, PAGE_MIXER);
+    for (int page = 0; page < 4; ++page) {
+      if (page != MixerSubPage) OpenSubPage(hands, page);
+      for (int index = 0; index < SkinHost::kWidgets; ++index) {
+        const Widget* widget = Find(index);
+        if (!widget || (widget->kind != CHECK_WIDGET && widget->kind != HORIZONTAL_SLIDER) ||
+            !Inside(index))
+          continue;
+        const auto values = [] {
+          std::vector<int> all;
+          for (const kwo::Setting& setting : CurrentSettings()) all.push_back(setting.value);
+          return all;
+        };
+        const std::vector<int> before = values();
+        const platform::Point place = Middle(index);
+        hands.Press(place.x - (widget->kind == HORIZONTAL_SLIDER ? widget->width / 3 : 0), place.y);
+        EXPECT_NE(before, values()) << index;
+        ++seen;
+      }
+    }
+    EXPECT_EQ(10, seen) << "three sliders, five effects, Repeat and Shuffle";
+  });
+}
 
 // What is found at the next start; none of the settings is -777.
 int Stored(const char* name) {
