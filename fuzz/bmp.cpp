@@ -2,6 +2,7 @@
 #include <cstdint>
 
 #include "toolkit/bmp_reader.h"
+#include "toolkit/skin_bitmap.h"
 
 // A picture of any bytes: refused, or converted whole.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

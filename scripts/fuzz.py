@@ -2,7 +2,7 @@
 """Runs every fuzz target for a bounded time, from seeds cut out of the tests' songs and from what
 earlier runs have found worth keeping, fuzz/corpus/NAME.tar.xz.
 
-usage: fuzz.py FOLDER SECONDS [--keep]      FOLDER holds the fuzz_* programs
+usage: fuzz.py FOLDER SECONDS [NAME...] [--keep]      FOLDER holds the fuzz_* programs
 --keep packs the corpora anew, with what this run has found.
 """
 import pathlib
@@ -143,8 +143,10 @@ def fuzz(target, seconds, keeping):
 
 
 def main():
-    folder, seconds, keeping = pathlib.Path(sys.argv[1]), sys.argv[2], "--keep" in sys.argv[3:]
-    targets = [path for path in sorted(folder.glob("fuzz_*")) if path.is_file()]
+    folder, seconds, rest = pathlib.Path(sys.argv[1]), sys.argv[2], sys.argv[3:]
+    keeping, names = "--keep" in rest, {f"fuzz_{name}" for name in rest if name != "--keep"}
+    targets = [path for path in sorted(folder.glob("fuzz_*"))
+               if path.is_file() and (not names or path.name in names)]
     failed = [target.name for target in targets if not fuzz(target, seconds, keeping)]
     return 1 if failed or not targets else 0
 
