@@ -231,9 +231,8 @@ constexpr int kWalkerSteps = 576;
 
 // One step of the point across the bitmap, bounced off its sides; `shift` moves it along when it
 // meets the lower one.
-void StepWalker(int width, int height, int shift) {
+void StepWalker(Walker& w, int width, int height, int shift) {
   constexpr struct { int x, y; } kMoves[] = {{1, -1}, {1, 1}, {-1, 1}, {-1, -1}};
-  Walker& w = walker;
   w.x += kMoves[w.direction].x;
   w.y += kMoves[w.direction].y;
   if (w.y < 0) {
@@ -257,9 +256,9 @@ void StepWalker(int width, int height, int shift) {
 
 // A line of `length` pixels to the left, or to the right if it is negative, as far as the bitmap's
 // memory goes; past a row's end it goes on in the next.
-void DrawWalkerLine(SkinBitmap& bitmap, int x, int length, const Rgb& color) {
+void DrawWalkerLine(SkinBitmap& bitmap, int x, int y, int length, const Rgb& color) {
   const auto size = static_cast<std::ptrdiff_t>(Bytes(bitmap, bitmap.height));
-  std::ptrdiff_t place = std::ptrdiff_t{walker.y} * bitmap.stride + 3 * std::ptrdiff_t{x};
+  std::ptrdiff_t place = std::ptrdiff_t{y} * bitmap.stride + 3 * std::ptrdiff_t{x};
   const int move = length > 0 ? -3 : 3;
   for (int i = length > 0 ? length : -length; i > 0; --i, place += move) {
     if (place < 0 || place > size - 3) return;
@@ -279,13 +278,18 @@ int DrawWalker(SkinBitmap& bitmap, const std::int16_t* samples, int count) {
     v = static_cast<int>(sum / std::max(size, 1) / scale);
   }
   Clear(bitmap);
+  // Copies, since a pixel's bytes might be anything's.
+  Walker w = walker;
+  ColorDrifter drifter = walkerDrifter;
   for (int& v : value) {
-    StepWalker(bitmap.width, bitmap.height, value[0] % 20 - 10);
-    walkerDrifter.Drift();
-    const int x = walker.x + v;
+    StepWalker(w, bitmap.width, bitmap.height, value[0] % 20 - 10);
+    drifter.Drift();
+    const int x = w.x + v;
     v /= 2;
-    DrawWalkerLine(bitmap, x, v, ColorOf(walkerDrifter));
+    DrawWalkerLine(bitmap, x, w.y, v, ColorOf(drifter));
   }
+  walker = w;
+  walkerDrifter = drifter;
   return 1;
 }
 
