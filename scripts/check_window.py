@@ -8,6 +8,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import traceback
 
 import numpy
 
@@ -74,21 +75,14 @@ def drag_in_dialog(player):
     return all(taken)
 
 
-def make_tone(folder):
+def make_tone():
     """Two steady tones, one in the lowest band and one high up, as an MP3 of three minutes."""
-    path = folder / "tone.mp3"
     subprocess.run(f"sox -V1 -n -r 44100 -c 2 -t wav - synth 180 sine 300 sine 300 vol 0.25 "
-                   f"| lame --quiet -b 192 - {path}",
+                   f"| lame --quiet -b 192 - {tone}",
                    shell=True, check=True)
-    return path
 
 
-program = pathlib.Path(sys.argv[1])
-work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-check-"))
-subprocess.run(["xsetroot", "-solid", "#ff00ff"])
-player = desk.Player(program)
-shot = work / "shot.png"
-try:
+def entrance():
     figure("from the start to the window on the screen, the search for it included",
            f"{player.first_seen * 1000:.0f} ms")
     frames = set()
@@ -99,7 +93,6 @@ try:
     check("frames come while the main thread sleeps through the entrance", len(frames) >= 2,
           f"{len(frames)} different in 0.9 s of screenshots")
     time.sleep(1)
-
     player.shot(shot)
     seen = pixels(shot)
     background = pixels(desk.ROOT / "skin/default/background.bmp")
@@ -108,6 +101,8 @@ try:
     check("the window's shape is that of its background", (key == outside).all(),
           f"{(key != outside).sum()} pixels differ")
 
+
+def demo_song():
     figure("idle", f"{player.cpu(5):.2f} % of a core")
     player.press(desk.PLAY, rest=0)
     heard = record(3)
@@ -116,6 +111,7 @@ try:
     figure("playing", f"{player.cpu(5):.2f} % of a core")
     memory = player.memory()
     check("memory", memory < 40, f"{memory:.1f} MiB (Pss)")
+    player.shot(shot)
     first = pixels(shot)
     player.shot(shot)
     check("the visualiser moves", (first != pixels(shot)).any())
@@ -124,10 +120,11 @@ try:
     check("nothing on stderr", player.errors() == "", player.errors())
     player.press(desk.STOP)
 
-    # A list of its own: a steady tone.
+
+def steady_tone():
+    """The list is one song from here on."""
+    make_tone()
     player.quit()
-    tone = make_tone(player.folder)
-    history = player.folder / "HISTORY.PLA"
     history.write_bytes(f"VERSION 10\r\nADD {tone}\r\n".replace("/", "\\").encode())
     player.start()
     time.sleep(2)
@@ -155,39 +152,44 @@ try:
     if arrived:
         figure("from the press on Play to its sound in the recorder, the press itself included",
                f"{(arrived - pressed) * 1000:.0f} ms")
+
+
+def sliders():
+    full = loudness(settled())
     player.open_page("mixer")
-    middle = (336, 126)
-    left_end = 232
-    player.drag(middle, (middle[0] - 40, middle[1]))
+    player.drag(desk.VOLUME, (desk.VOLUME[0] - 40, desk.VOLUME[1]))
     quiet = loudness(settled())
-    config = player.folder / "config/kwo/settings"
-    player.press((60, 126))
+    player.press(desk.VOLUME_LABEL)
     again = loudness(settled())
     check("a press on the label restores the volume", abs(again[0] / full[0] - 1) < 0.02, again)
     # 40 pixels along a way of 174, then to a whole pixel of the thumb's 156: 44 %.
     check("the volume's thumb lowers the level", abs(quiet[0] / full[0] - 0.44) < 0.005,
           quiet / full)
-    player.drag((336, 164), (left_end, 164))
+    player.drag(desk.PAN, (desk.SLIDERS_LEFT, desk.PAN[1]))
     panned = loudness(settled())
     check("pan at the left end silences the right side", panned[1] < 2 and panned[0] > 500, panned)
-    player.press((60, 164))
+    player.press(desk.PAN_LABEL)
 
+
+def equaliser():
     player.press(desk.SUB_PAGES["equaliser"], rest=1.4)
     before = band(settled(), 300)
-    player.press((60, 218))
+    player.press(desk.EQ_SWITCH)
     # The third band, in which 300 Hz lies.
-    player.drag((178, 100), (178, 96))
+    player.drag(desk.THIRD_BAND, (desk.THIRD_BAND[0], desk.THIRD_BAND[1] - 4))
     lifted = band(settled(), 300)
     check("drawing the curve changes its bands", abs(lifted / before - 1) > 0.1,
           f"300 Hz times {lifted / before:.2f}")
-
-    player.press((244, 203), rest=0.3)
+    player.press(desk.PRESET_NAME, rest=0.3)
     subprocess.run(["xdotool", "type", "--delay", "60", "Sea "])
     subprocess.run(["xdotool", "key", "Return"])
     time.sleep(0.5)
     player.press(desk.SUB_PAGES["dj"], rest=1.4)
-    player.press((120, 111))
-    player.press((120, 111))
+    player.press(desk.DJ)
+    player.press(desk.DJ)
+
+
+def dialog():
     player.open_page("playlist")
     folders = [player.folder / name for name in ("aaa", "bbb")]
     for folder in folders:
@@ -195,15 +197,20 @@ try:
     check("the dialog's rows take a press", drag_in_dialog(player))
     check("a drag in the dialog moves no folder", all(folder.exists() for folder in folders))
     player.press(desk.PAGES["main"], rest=1.4)
+
+
+def saved():
     code = player.quit()
     check("the end asked from outside is in order", code == 0, f"exit code {code}")
-    settings = config.read_text()
+    settings = (player.folder / "config/kwo/settings").read_text()
     check("settings are saved", "SLIDERVOL=dword:00000064" in settings, "")
     presets = (player.folder / "EQ.SET").read_bytes()
     check("the preset's typed name is saved", presets.startswith(b"User PresetSea "),
           presets[:20])
     check("the list is saved", b"tone.mp3" in history.read_bytes())
 
+
+def closed():
     player.start()
     time.sleep(2)
     subprocess.run(["wmctrl", "-i", "-c", player.window])
@@ -213,6 +220,8 @@ try:
         code = None
     check("the window manager's close ends in order", code == 0, f"exit code {code}")
 
+
+def hanging_sound():
     player.start()
     time.sleep(2)
     player.press(desk.PLAY, rest=2)
@@ -227,6 +236,22 @@ try:
     os.kill(server, signal.SIGCONT)
     check("a sound server that hangs does not hold the end up", code == 0, f"exit code {code}")
     check("the list is saved then too", history.exists())
+
+
+work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-check-"))
+shot = work / "shot.png"
+subprocess.run(["xsetroot", "-solid", "#ff00ff"])
+player = desk.Player(pathlib.Path(sys.argv[1]))
+try:
+    history = player.folder / "HISTORY.PLA"
+    tone = player.folder / "tone.mp3"
+    for story in (entrance, demo_song, steady_tone, sliders, equaliser, dialog, saved, closed,
+                  hanging_sound):
+        try:
+            story()
+        except Exception:
+            traceback.print_exc()
+            check(f"{story.__name__} is told to its end", False)
 finally:
     if player.process.poll() is None:
         player.process.kill()
