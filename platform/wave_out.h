@@ -40,13 +40,20 @@ WaveDevice* OpenWave(const WaveFormat& format, int buffers, int bufferBytes,
                      WaveDoneCallback callback);
 
 /// Sets the prepared flag.
-void PrepareWave(WaveDevice* device, WaveHeader& header);
+inline void PrepareWave(WaveDevice*, WaveHeader& header) {
+  header.flags = header.flags | kWavePrepared;
+}
 
 /// Queues a prepared buffer.  Its memory and its header belong to the device until it is done.
 void WriteWave(WaveDevice* device, WaveHeader& header);
 
 /// Clears the prepared flag of a played buffer; false, and nothing changed, while it is queued.
-bool UnprepareWave(WaveDevice* device, WaveHeader& header);
+inline bool UnprepareWave(WaveDevice*, WaveHeader& header) {
+  const unsigned flags = header.flags.Acquire();
+  if (!(flags & kWaveDone)) return false;
+  header.flags = flags & ~kWavePrepared;
+  return true;
+}
 
 /// Closes the device and marks all queued buffers done, without a call for them: no callback comes
 /// once it has returned, and their memory is the caller's again.  What they hold is played to its

@@ -332,22 +332,11 @@ WaveDevice* OpenWave(const WaveFormat& format, int buffers, int bufferBytes,
   return nullptr;
 }
 
-void PrepareWave(WaveDevice*, WaveHeader& header) {
-  header.flags = header.flags | kWavePrepared;
-}
-
 void WriteWave(WaveDevice* device, WaveHeader& header) {
   std::lock_guard guard(device->lock);
   device->queue.push_back(&header);
   // A busy device looks at its queue by itself.
   if (device->queue.size() == 1) device->changed.notify_all();
-}
-
-bool UnprepareWave(WaveDevice*, WaveHeader& header) {
-  const unsigned flags = header.flags.Acquire();
-  if (!(flags & kWaveDone)) return false;
-  header.flags = flags & ~kWavePrepared;
-  return true;
 }
 
 void CloseWave(WaveDevice* device) {

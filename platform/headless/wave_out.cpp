@@ -128,21 +128,10 @@ WaveDevice* OpenWave(const WaveFormat& format, int, int, WaveDoneCallback callba
   return device;
 }
 
-void PrepareWave(WaveDevice*, WaveHeader& header) {
-  header.flags = header.flags | kWavePrepared;
-}
-
 void WriteWave(WaveDevice* device, WaveHeader& header) {
   std::lock_guard guard(lock);
   device->queue.push_back({&header, headless::Now(), header.bufferLength, {}});
   if (device->task) headless::Wake(*device->task);
-}
-
-bool UnprepareWave(WaveDevice*, WaveHeader& header) {
-  const unsigned flags = header.flags.Acquire();
-  if (!(flags & kWaveDone)) return false;
-  header.flags = flags & ~kWavePrepared;
-  return true;
 }
 
 void CloseWave(WaveDevice* device) {
