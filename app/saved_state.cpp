@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <utility>
 
 #include "engine/transport.h"
 #include "panels/application_state.h"

@@ -5,7 +5,7 @@
 namespace kwo {
 
 /// What the list and the engine tell the layers above them.  Each does nothing until it is set, is
-/// set before the threads start, and may be called on any thread; it touches no engine state.
+/// set before the threads start, and may be called on any thread but where it says otherwise.
 struct Hooks {
   void (*refreshSongLine)() = [] {};
   void (*refreshPlaylistPage)() = [] {};

@@ -225,7 +225,7 @@ void MpegDecoder::TransformMixed(float* out, const float* lines, float* old, int
   float longOut[kGranuleSlots][kSubbands], longOld[kGranuleSlots][kSubbands];
   for (int i = 0; i < kGranuleSlots; ++i)
     std::memcpy(longOld[i], old + kSubbands * i, 8 * sizeof(float));
-  Kernels().imdct(longOut[0], lines, longOld[0], 0);
+  Kernels().imdct(longOut[0], lines, longOld[0], BLOCK_NORMAL);
   Kernels().imdct(out, lines, old, blockType);
   const std::size_t size = static_cast<std::size_t>(longBands) * sizeof(float);
   for (int i = 0; i < kGranuleSlots; ++i) {

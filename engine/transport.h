@@ -17,11 +17,11 @@ enum PlayMode : int { PLAY_ALL = 0, PLAY_SELECTED = 1, PLAY_UNSELECTED = 2 };
 struct TransportState {
   SharedFlag playing;     ///< a song is under way; stays 1 during a pause.  Any thread
   Shared<int> paused;     ///< the last toggle was a pause.  Main thread
-  Shared<int> playMode;   ///< 0 All, 1 Selected, 2 Unselected.  Main thread
+  Shared<int> playMode;   ///< a PlayMode.  Main thread
   Shared<int> repeatOn;   ///< Main thread
   Shared<int> shuffleOn;  ///< Main thread
   Shared<int> djMode;     ///< 0 "DJ - None", 1 "DJ - ShuffleMaster".  Main thread
-  Shared<int> shuffleTable[kPlaylistSlots];  ///< Main thread
+  Shared<int> shuffleTable[kPlaylistSlots];  ///< whoever steps
   Shared<int> shufflePosition;               ///< whoever steps
   /// A drag of the time is under way: the render thread's times are held off.  Main thread
   Shared<int> SeekActive;

@@ -64,7 +64,7 @@ class Hands:
         name = f"s{len(self.songs)}_{chance.randrange(10 ** 6)}"
         (work / "songs" / f"{name}.mp3").touch()
         self.menu(desk.ADD, 3)
-        time.sleep(0.7)
+        desk.await_window("Choose Songs")
         desk.run("xdotool", "type", "--delay", "4", f"{work}/songs/{name}.mp3")
         desk.run("xdotool", "key", "Return")
         self.songs.append(name)

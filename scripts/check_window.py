@@ -16,6 +16,9 @@ import desk
 from checks import check, finish, pixels
 
 
+TRIES = 3
+
+
 def figure(what, value):
     """What depends on the machine and what else it does is told, not judged."""
     print(f"     {what}: {value}", flush=True)
@@ -57,8 +60,7 @@ def drag_in_dialog(player):
     rows were seen to take a press before."""
     player.press(desk.ADD)
     desk.run("xdotool", "key", "Down", "Return")
-    time.sleep(1.5)
-    x, y = desk.geometry(desk.run("xdotool", "search", "--name", "Choose Songs").split()[-1])
+    x, y = desk.geometry(desk.await_window("Choose Songs"))
     rows = [(x + 140, y + 48), (x + 140, y + 66)]
 
     def takes_press(row):
@@ -85,13 +87,22 @@ def make_tone():
 def entrance():
     figure("from the start to the window on the screen, the search for it included",
            f"{player.first_seen * 1000:.0f} ms")
-    frames = set()
-    begun = time.monotonic()
-    while time.monotonic() - begun < 0.9:
-        player.shot(shot)
-        frames.add(pixels(shot).tobytes())
+    shots = []
+    for _ in range(TRIES):
+        begun = time.monotonic()
+        while time.monotonic() - begun < 0.9:
+            player.shot(shot)
+            shots.append((time.monotonic() - begun, pixels(shot).tobytes()))
+        # Screenshots that come too slowly, as a machine's first ones may, tell nothing.
+        if len(shots) > 2:
+            break
+        shots = []
+        player.quit()
+        player.start()
+    frames = {picture for _, picture in shots}
     check("frames come while the main thread sleeps through the entrance", len(frames) >= 2,
-          f"{len(frames)} different in 0.9 s of screenshots")
+          f"{len(frames)} different of {len(shots)} screenshots, taken at " +
+          " ".join(f"{at:.2f}" for at, _ in shots))
     time.sleep(1)
     player.shot(shot)
     seen = pixels(shot)
@@ -241,6 +252,9 @@ def hanging_sound():
 work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-check-"))
 shot = work / "shot.png"
 subprocess.run(["xsetroot", "-solid", "#ff00ff"])
+# The first use of a tool may take seconds on a machine that has long done other things.
+desk.run("import", "-window", "root", shot)
+pixels(shot, 1280)
 player = desk.Player(pathlib.Path(sys.argv[1]))
 try:
     history = player.folder / "HISTORY.PLA"

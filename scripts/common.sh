@@ -114,7 +114,7 @@ start_own_display() {
   export DISPLAY=:$(cat "$display_folder/number")
   openbox >>"$display_folder/log" 2>&1 &
   disown $!
-  wait_until sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q window' ||
+  wait_until sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"' ||
     fail "the window manager does not start"
 }
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Drives two builds of drive_window by the same fixed script through every page, menu and control, and
-compares all that they show and save, byte for byte: for changes that move code and nothing else.
+compares what they show and print, the list and the presets, byte for byte: for changes that move code
+and nothing else.
 usage: compare_frames.py DRIVE_WINDOW_BEFORE DRIVE_WINDOW_AFTER"""
 import os
 import pathlib
@@ -12,7 +13,6 @@ import tempfile
 
 import desk
 
-WIDTH, HEIGHT = 488, 305
 MENU_ROWS = {
     desk.FUNCTION: ("Select All", "Deselect All", "Sort", "Read Tag Information", "Show : Title",
                     "Show : Title - Artist", "Show : Artist - Title", "Show : Artist - Album - Title",
@@ -98,7 +98,7 @@ def pages(songs):
 def hands(seed, songs):
     """Anything, anywhere, with all pages in reach."""
     chance = random.Random(seed)
-    # The last of each begins the end or hides the window.
+    # Where a press lands on Quit, the story ends there.
     buttons = [*desk.PAGES.values(), *desk.SUB_PAGES.values(), desk.PLAY, desk.STOP, desk.NEXT,
                desk.PREVIOUS]
     rows = [(button, row) for button, names in MENU_ROWS.items() for row in names]
@@ -139,7 +139,7 @@ def run(program, script, songs, folder):
 
 os.environ["LC_ALL"] = "C.UTF-8"
 before, after = (pathlib.Path(path).resolve() for path in sys.argv[1:])
-different = compared = pictures = 0
+different = 0
 with tempfile.TemporaryDirectory(prefix="kwo-frames-") as name:
     work = pathlib.Path(name)
     (work / "songs").mkdir()

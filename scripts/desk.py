@@ -55,6 +55,20 @@ def geometry(window):
     return int(values["X"]), int(values["Y"])
 
 
+def await_window(name, rest=0.7):
+    """The newest window of that name, once there is one; a dialog's first opening may take seconds."""
+    until = time.monotonic() + 20
+    while True:
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", name],
+                               capture_output=True, text=True).stdout.split()
+        if found:
+            time.sleep(rest)
+            return found[-1]
+        if time.monotonic() > until:
+            raise RuntimeError(f"no window comes up with the name {name}")
+        time.sleep(0.1)
+
+
 def drag(start, end, button=1):
     """Places of the screen."""
     run("xdotool", "mousemove", *start, "mousedown", button)

@@ -37,7 +37,7 @@ enum VisualiserState : int {
 ///
 /// Two threads meet here without a lock.  The main thread makes the widgets, moves them by programs
 /// and slots, and writes their fields at any time; the redraw thread steps the programs and
-/// composes the frames.  A widget is replaced only between two calls of `PauseRedraw`.  All
+/// composes the frames.  A widget is replaced only during a `RedrawPause`.  All
 /// operations belong to the main thread, but for `GetWidget`, `GetGroup` and `RedrawFrame`.
 class SkinHost {
  public:

@@ -9,7 +9,6 @@
 #include <QProcessEnvironment>
 #include <QStandardPaths>
 #include <QSystemTrayIcon>
-#include <algorithm>
 #include <map>
 
 #include "platform/desktop/end_watch.h"
