@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "app/desktop_requests.h"
 #include "app/main_events.h"
 #include "app/running_copy.h"
 #include "app/saved_state.h"
@@ -28,6 +29,8 @@
 #include "panels/window_page.h"
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/launch.h"
+#include "platform/media_controls.h"
 #include "platform/messages.h"
 #include "playlist/playlist.h"
 #include "playlist/playlist_files.h"
@@ -53,6 +56,7 @@ bool settingsDue = false, historyDue = false;
 std::string restOfList;
 
 void SetHooks() {
+  hooks.stateChanged = platform::PostStateChanged;
   hooks.refreshSongLine = RefreshSongLine;
   hooks.refreshPlaylistPage = RefreshPlaylistPage;
   hooks.followSong = FollowSong;
@@ -255,6 +259,7 @@ int StartUp() {
                stderr);
     return 0;
   }
+  platform::OpenLaunch();
   BuildInterface();
   AddTrayIcon();
   platform::CreateInputEdit();
@@ -287,6 +292,7 @@ int StartUp() {
   BeginReadingTags();
   platform::SetTimer(kTagsTimer, kTagsMilliseconds);
   AppReady = 1;
+  OpenToDesktop();
   return 1;
 }
 
@@ -300,6 +306,7 @@ void SaveState() {
 int ShutDown() {
   const bool wasUp = AppReady != 0;
   AppReady = 0;
+  platform::CloseMediaControls();
   EndReadingTags();
   DjEnd();
   if (wasUp) {
@@ -330,6 +337,7 @@ int RunApplication() {
   const int up = StartUp();
   if (up) RunMessageLoop();
   ShutDown();
+  platform::CloseLaunch(up != 0);
   return up ? 0 : 1;
 }
 

@@ -2,10 +2,10 @@
 
 #include <cstdlib>
 
+#include "app/desktop_requests.h"
 #include "app/running_copy.h"
 #include "app/shell_services.h"
 #include "app/window_place.h"
-#include "engine/transport.h"
 #include "panels/equaliser_curve.h"
 #include "panels/main_page.h"
 #include "panels/menus.h"
@@ -15,8 +15,6 @@
 #include "panels/top_bar.h"
 #include "panels/window_page.h"
 #include "platform/shell.h"
-#include "playlist/playlist.h"
-#include "playlist/playlist_files.h"
 #include "playlist/tag_reader.h"
 #include "toolkit/slider.h"
 
@@ -34,6 +32,8 @@ int PressX, PressY;
 bool pointerHidden;  // by the drag of a thumb
 int wheelWay;        // turned since the last whole notch
 Point CursorNow, CursorBefore;
+// The window has been brought up away from the pointer, which has not been in it since.
+bool awaitsPointer;
 
 Point WidgetPlace(const Widget& widget) {
   const WidgetGroup& group = Group(widget.group);
@@ -251,27 +251,7 @@ void OnDoublePress(SkinHost& host, int message, int lParam) {
 void OnDrop(int drop) {
   // One that has waited for the end of a walk, which the program's end has cut short.
   if (platform::EndAsked()) return;
-  TouchList();
-  if (!platform::KeyDown(platform::Key::kShift)) {
-    TransportStop();
-    ClearList();
-    playlist.currentSong = -1;
-  }
-  const int before = playlist.count;
-  bool stepped = false;
-  AddPaths(platform::TakeDroppedFiles(drop), [&stepped](int) {
-    // While nothing plays, the steps to all but the last would show nothing.
-    if (transport.playing) {
-      TransportNext();
-    } else {
-      stepped = true;
-      AdvanceSong();
-    }
-  });
-  if (stepped && !transport.playing) TransportLoad();
-  if (transport.shuffleOn && playlist.count != before) BuildShuffleTable();
-  RefreshSongLine();
-  RefreshPlaylistPage();
+  TakeSongs(platform::TakeDroppedFiles(drop), platform::KeyDown(platform::Key::kShift));
 }
 
 void Slide(bool in) {
@@ -303,8 +283,9 @@ void OnAutoHideTimer(const SkinHost& host) {
   CursorNow = platform::PointerPosition();
   const Rectangle window = platform::WindowRectangle();
   Point corner;
+  if (window.Contains(CursorNow)) awaitsPointer = false;
   if (host.active) {
-    if (!window.Contains(CursorNow) && !window.Contains(CursorBefore))
+    if (!awaitsPointer && !window.Contains(CursorNow) && !window.Contains(CursorBefore))
       platform::ShowWindow(platform::WindowShow::kHide);
   } else if (CursorNow == CursorBefore && CornerAt(CursorNow, corner)) {
     platform::MoveWindow(corner);
@@ -385,13 +366,19 @@ void ResetMainEvents() {
   PressedWidget = nullptr;
   pointerHidden = false;
   wheelWay = 0;
+  awaitsPointer = false;
+}
+
+void BringUp() {
+  awaitsPointer = true;
+  TheSkinHost->BringToFront();
 }
 
 void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam) {
   switch (message) {
     case kTick:
       DispatchEvent(kTick, nullptr, 0, 0);
-      break;
+      return;
     case platform::kMessageSize:
       OnShown(wParam != platform::kSizeMinimised);
       break;
@@ -438,9 +425,13 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
     case platform::kMessageTray:
       OnTray(host, lParam);
       break;
+    case platform::kMessageDesktop:
+      OnDesktopRequest(wParam);
+      break;
     default:
       break;
   }
+  ShowStateToDesktop();
 }
 
 }  // namespace kwo

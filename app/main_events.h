@@ -10,6 +10,10 @@ constexpr int kTagsTimer = 2;
 /// the program.  Main thread; with kTick the redraw thread.
 void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam);
 
+/// Shows the window and makes it active, as from minimised or hidden; one that hides by itself
+/// waits until the pointer has been in it.
+void BringUp();
+
 /// Forgets what is pressed, for a new start.
 void ResetMainEvents();
 

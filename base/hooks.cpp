@@ -7,6 +7,7 @@ Hooks hooks;
 void RefreshDisplays() {
   hooks.refreshSongLine();
   hooks.refreshPlaylistPage();
+  hooks.stateChanged();
 }
 
 void SongChanged() {

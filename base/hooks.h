@@ -9,6 +9,8 @@ namespace kwo {
 struct Hooks {
   void (*refreshSongLine)() = [] {};
   void (*refreshPlaylistPage)() = [] {};
+  /// What the desktop is told of the player may be otherwise now.  Never waits.
+  void (*stateChanged)() = [] {};
   /// The play order has moved on to another song, whose row may be out of sight.
   void (*followSong)() = [] {};
   /// A menu or dialog is about to wait for the user.  Main thread.
@@ -24,7 +26,7 @@ struct Hooks {
 
 extern Hooks hooks;
 
-/// `refreshSongLine`, then `refreshPlaylistPage`.
+/// `refreshSongLine`, `refreshPlaylistPage`, `stateChanged`.
 void RefreshDisplays();
 /// `followSong`, then the same.
 void SongChanged();

@@ -48,10 +48,9 @@ void DjPanRamp(int slot, const Slide& slide) {
 }
 
 int DjLoad(int slot, int index) {
-  char path[kPathSize];
-  if (index < 0 || index >= playlist.count || !CopyPath(index, path)) return 0;
+  if (index < 0 || index >= playlist.count) return 0;
   DjVoice(slot).Stop();
-  return DjVoice(slot).Open(path);
+  return OpenSong(DjVoice(slot), index);
 }
 
 // Sleeps in pieces; false if the thread is to end.
@@ -76,6 +75,7 @@ void CrossFade() {
   Voice& voice = DjVoice(0);
   voice.ResetRamps();
   voice.Seek(static_cast<float>(std::rand() % 100 + 30));
+  ++transport.jumps;
   voice.SetVolume(kNewVolume.start);
   // What the next stop fades from.
   voice.baseVolume = 1.0f;

@@ -43,6 +43,9 @@ bool AnySongInPlayMode(const PlaylistReader& reader) {
   return false;
 }
 
+// A song has taken the place of one that ended, and has not told its time yet.
+Shared<int> songBegins;
+
 enum class Way { kForward, kBack };
 
 struct Step {
@@ -94,11 +97,6 @@ Step StepToSong(Way way) {
   return {-1, wrapped};
 }
 
-void OpenCurrent(Voice& voice) {
-  char path[kPathSize];
-  if (CopyPath(playlist.currentSong, path)) voice.Open(path);
-}
-
 // What Next and Previous do: the music goes on with the song stepped to.
 void StepAndPlay(int (*step)()) {
   if (playlist.count <= 0) {
@@ -113,7 +111,7 @@ void StepAndPlay(int (*step)()) {
   } else if (wasPlaying) {
     TransportPlay();
   } else {
-    OpenCurrent(*TheMixer->Slot(0));
+    OpenSong(*TheMixer->Slot(0), playlist.currentSong);
   }
   SongChanged();
 }
@@ -131,11 +129,11 @@ bool ChooseSong() {
 }
 
 void StartSong() {
-  char path[kPathSize];
-  if (!CopyPath(playlist.currentSong, path)) return;
+  const int song = playlist.currentSong;
+  if (song < 0) return;
   Voice& voice = *TheMixer->Slot(0);
   voice.ResetRamps();
-  if (!voice.Open(path)) return;
+  if (!OpenSong(voice, song)) return;
   if (voice.position != 0.0f) {
     StartFadeIn(voice, kResume);
   } else {
@@ -163,10 +161,12 @@ int OnSourceEnd(Mixer* mixer, Voice* voice) {
     return 0;
   }
   if (AdvanceSong() >= 0) {
-    OpenCurrent(*voice);
+    OpenSong(*voice, playlist.currentSong);
+    songBegins = 1;
   } else {
     voice->Stop();
     voice->Seek(0.0f);
+    ++transport.jumps;
     ShowTimeZero(mixer);
     transport.playing.LowerIf(run);
   }
@@ -198,6 +198,7 @@ void TransportStop() {
   // The silent voice comes to the front, so that a new song can start while the old one fades.
   TheMixer->RotateSlots(0, 2);
   TheMixer->Slot(0)->Seek(0.0f);
+  ++transport.jumps;
   ShowTimeZero(TheMixer);
 }
 
@@ -208,6 +209,7 @@ void TogglePause() {
     voice.SetVolume(1.0f);
     voice.SetVolumeRamp(0, 0.8f, 0.01f, 1);
     transport.paused = 1;
+    transport.pausedRun = transport.playing.Raising();
   } else {
     StartFadeIn(voice, kUnpause);
     voice.Start();
@@ -224,8 +226,29 @@ void TransportPrevious() {
 }
 
 void TransportLoad() {
-  OpenCurrent(*TheMixer->Slot(0));
+  OpenSong(*TheMixer->Slot(0), playlist.currentSong);
   SongChanged();
+}
+
+void TransportSeek(float seconds, bool sounding) {
+  if (sounding) TransportStop();
+  TheMixer->Slot(0)->Seek(seconds);
+  ++transport.jumps;
+  if (sounding) TransportPlay();
+}
+
+bool IsPaused() {
+  return transport.paused && transport.pausedRun == transport.playing.Raising();
+}
+
+bool OpenSong(Voice& voice, int index) {
+  char path[kPathSize];
+  if (!CopyPath(index, path) || !voice.Open(path)) return false;
+  const PlaylistReader reader;
+  const PlaylistEntry* entry = reader.Entry(index);
+  transport.openedSong = entry ? entry->number : 0;
+  transport.openedSeconds = voice.Source()->info[INFO_SECONDS];
+  return true;
 }
 
 int AdvanceSong() {
@@ -257,6 +280,11 @@ int OnMixerEvent(Mixer* mixer, int event, Voice* voice, int a, int b, int) {
   if (event == EVENT_SOURCE_END) return OnSourceEnd(mixer, voice);
   if (event != EVENT_POSITION || voice != mixer->Slot(0)) return 1;
   // The main page gives its own times with b = 1.
+  // The next song's own time, not the last of the one before.
+  if (b == 0 && songBegins.Replace(1, 0)) {
+    ++transport.jumps;
+    hooks.stateChanged();
+  }
   if (transport.SeekActive && b == 0) return 1;
   hooks.showSongTime(a);
   return 1;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include "engine/mixer.h"
 #include "playlist/playlist.h"
 
@@ -15,14 +17,20 @@ enum PlayMode : int { PLAY_ALL = 0, PLAY_SELECTED = 1, PLAY_UNSELECTED = 2 };
 
 /// What the transport is doing.  All words are shared; each says who writes it.
 struct TransportState {
-  SharedFlag playing;     ///< a song is under way; stays 1 during a pause.  Any thread
-  Shared<int> paused;     ///< the last toggle was a pause.  Main thread
-  Shared<int> playMode;   ///< a PlayMode.  Main thread
-  Shared<int> repeatOn;   ///< Main thread
-  Shared<int> shuffleOn;  ///< Main thread
-  Shared<int> djMode;     ///< 0 "DJ - None", 1 "DJ - ShuffleMaster".  Main thread
+  SharedFlag playing;          ///< a song is under way; stays 1 during a pause.  Any thread
+  Shared<int> paused;          ///< the last toggle was a pause; outlives a stop.  Main thread
+  Shared<unsigned> pausedRun;  ///< the raising of `playing` that it paused.  Main thread
+  Shared<int> playMode;        ///< a PlayMode.  Main thread
+  Shared<int> repeatOn;        ///< Main thread
+  Shared<int> shuffleOn;       ///< Main thread
+  Shared<int> djMode;          ///< 0 "DJ - None", 1 "DJ - ShuffleMaster".  Main thread
   Shared<int> shuffleTable[kPlaylistSlots];  ///< whoever steps
   Shared<int> shufflePosition;               ///< whoever steps
+  std::atomic<unsigned> jumps = 0;           ///< of the time: whoever makes it jump
+  /// The song that was opened last as the current one, by its number, and its whole seconds.
+  /// Whoever opens it
+  Shared<unsigned> openedSong;
+  Shared<int> openedSeconds;
   /// A drag of the time is under way: the render thread's times are held off.  Main thread
   Shared<int> SeekActive;
 };
@@ -36,6 +44,14 @@ void TransportNext();
 void TransportPrevious();
 /// Opens the current song, as Next does on a player that has stopped.
 void TransportLoad();
+/// Goes on at `seconds` of the current song: with fades where it is sounding.
+void TransportSeek(float seconds, bool sounding);
+
+/// The music under way is silent by a pause.  Main thread.
+bool IsPaused();
+
+/// Opens a song of the list on a voice as the current one; false if there is none.
+bool OpenSong(Voice& voice, int index);
 
 /// Steps to the next or previous song of the play order and gives its index, or -1 where there is
 /// none: the list is empty, no song is in the play mode, or, going forward without Repeat, the list

@@ -124,12 +124,7 @@ void LetGoOfTime() {
 void EndSeek(int x) {
   SetClientPointer({SeekStartX, SeekStartY});
   LetGoOfTime();
-  const float seconds = DraggedSeconds(x);
-  ShowDraggedTime(seconds);
-  const bool sounding = TheMixer->Slot(0)->active;
-  if (sounding) TransportStop();
-  TheMixer->Slot(0)->Seek(seconds);
-  if (sounding) TransportPlay();
+  SeekSong(DraggedSeconds(x), TheMixer->Slot(0)->active != 0);
 }
 
 void ToggleBars() {
@@ -246,6 +241,11 @@ void RefreshSongLine() {
 void PushSamples(const std::int16_t* samples, int count) {
   SkinHost* host = TheSkinHost;
   if (host && host->VisualiserMode && host->active) host->ring.Write(samples, count);
+}
+
+void SeekSong(float seconds, bool sounding) {
+  ShowDraggedTime(seconds);
+  TransportSeek(seconds, sounding);
 }
 
 void CancelSeek() {

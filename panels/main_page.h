@@ -23,6 +23,8 @@ void RefreshSongLine();
 /// Takes a played buffer for the visualiser.  Wave output's thread.
 void PushSamples(const std::int16_t* samples, int count);
 
+/// Goes on at `seconds` of the current song, with fades where it is sounding.
+void SeekSong(float seconds, bool sounding);
 /// Ends a drag of the time without a seek.
 void CancelSeek();
 

@@ -1,6 +1,7 @@
 #include "panels/mixer_page.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "engine/shuffle_master.h"
@@ -70,6 +71,7 @@ struct SliderRow {
   float Range() const { return most - least; }
 };
 
+enum SliderPlace : int { SLIDER_VOLUME, SLIDER_PAN, SLIDER_SPEED };
 const SliderRow kSliders[] = {
     {WIDGET_VOLUME_LABEL, WIDGET_VOLUME, "Volume", &SliderVol, 0, 200, 100},
     {WIDGET_PAN_LABEL, WIDGET_PAN, "Pan", &SliderPan, -100, 100, 0},
@@ -134,6 +136,12 @@ void PressSliderLabel(const Widget* widget) {
     *row.variable = row.rest;
     ApplyMixerPage();
   }
+}
+
+void SetSlider(SliderPlace place, double percent) {
+  const SliderRow& row = kSliders[place];
+  *row.variable = static_cast<float>(std::lround(std::clamp<double>(percent, row.least, row.most)));
+  ApplyMixerPage();
 }
 
 // The equaliser: the curve's pair, the buttons below it, and the preset's line.
@@ -388,6 +396,23 @@ void ApplyMixerPage() {
   for (const auto& page : kSubPages) page.apply();
   // The last, since it hands the Mixer's parameters on to the song.
   DrawEqualiser();
+}
+
+void SetVolume(double percent) {
+  SetSlider(SLIDER_VOLUME, percent);
+}
+
+void SetSpeed(double percent) {
+  SetSlider(SLIDER_SPEED, percent);
+}
+
+void SetRepeat(bool on) {
+  PressControl(Find(WIDGET_REPEAT), on);
+}
+
+void SetShuffle(bool on) {
+  if (on == (transport.shuffleOn != 0)) return;
+  PressControl(Find(WIDGET_SHUFFLE), on);
 }
 
 void MixerPageHandler(unsigned event, Widget* widget, float a, float b) {

@@ -21,4 +21,10 @@ void MixerPageHandler(unsigned event, Widget* widget, float a, float b);
 
 void ApplyMixerPage();
 
+/// What the controls would do: percent, held to the slider's range, and the boxes' states.
+void SetVolume(double percent);
+void SetSpeed(double percent);
+void SetRepeat(bool on);
+void SetShuffle(bool on);
+
 }  // namespace kwo

@@ -139,10 +139,7 @@ void PlayRow(Widget* widget) {
   const int song = SongOf(widget);
   if (song < 0) return;
   widget->RunProgram(kNudgeSlot, kNudgeProgram);
-  playlist.currentSong = song;
-  TransportStop();
-  TransportPlay();
-  RefreshDisplays();
+  PlaySong(song);
 }
 
 }  // namespace
@@ -172,6 +169,13 @@ void ShowPlaylistPage(int wait) {
 
 void HidePlaylistPage(int wait) {
   RunPlaylistPage(kLeaveProgram, wait);
+}
+
+void PlaySong(int song) {
+  playlist.currentSong = song;
+  TransportStop();
+  TransportPlay();
+  RefreshDisplays();
 }
 
 void TouchList() {

@@ -15,6 +15,9 @@ void PlaylistPageHandler(unsigned event, Widget* widget, float a, float b);
 /// Rebuilds the display names and redraws rows and scroll bar.  Any thread.
 void RefreshPlaylistPage();
 
+/// Makes a song of the list current and plays it from its beginning.
+void PlaySong(int song);
+
 /// The user's hands are on the list: for the next 30 seconds it stays as they leave it.
 void TouchList();
 /// Scrolls by the least that shows the current song's row, unless hands are on the list.  Any

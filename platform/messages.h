@@ -21,9 +21,11 @@ enum MessageId : int {
   kMessageRightDown = 516,
   kMessageRightUp = 517,
   kMessageRightDouble = 518,
-  kMessageWheel = 522,      ///< `wParam`: kWheelNotch for each notch, above 0 away from the user
-  kMessageDropFiles = 563,  ///< `wParam`: what `TakeDroppedFiles` takes
-  kMessageTray = 0x8064,    ///< `lParam`: kMessageLeftDown or kMessageRightDown on the tray icon
+  kMessageWheel = 522,       ///< `wParam`: kWheelNotch for each notch, above 0 away from the user
+  kMessageDropFiles = 563,   ///< `wParam`: what `TakeDroppedFiles` takes
+  kMessageTray = 0x8064,     ///< `lParam`: kMessageLeftDown or kMessageRightDown on the tray icon
+  kMessageDesktop = 0x8065,  ///< `wParam`: what `TakeDesktopRequest` takes
+  kMessageStateChanged = 0x8066,
 };
 
 constexpr int kWheelNotch = 120;
@@ -61,6 +63,11 @@ constexpr bool IsEnd(const Message& message) {
 
 /// Appends a message.  Any thread.
 void PostMessage(const Message& message);
+
+/// Has the window's procedure told of kMessageStateChanged soon, on the main thread: once for all
+/// calls until then, and also while that sleeps or shows a menu or a dialog.  Any thread; never
+/// waits.
+void PostStateChanged();
 
 /// Whether the program is asked to end: the quit message or the desktop's close waits.  Any thread.
 bool EndAsked();

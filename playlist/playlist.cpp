@@ -22,6 +22,8 @@ std::atomic<int> readers = 0;
 // Records out of the list that a reader may still look at.
 std::vector<PlaylistEntry*> retired;
 
+unsigned lastNumber = 0;
+
 PlaylistEntry* At(int index) {
   return playlist.entries[index].load();
 }
@@ -209,8 +211,10 @@ bool CopyPath(int index, char (&path)[kPathSize]) {
   return entry != nullptr;
 }
 
-PlaylistEntry::PlaylistEntry(std::string songPath, const platform::SongTag* tag)
-    : path(std::move(songPath)),
+PlaylistEntry::PlaylistEntry(std::string songPath, const platform::SongTag* tag,
+                             unsigned songNumber)
+    : number(songNumber),
+      path(std::move(songPath)),
       fileName(FileNameOf(path)),
       title(tag ? tag->title : ""),
       artist(tag ? tag->artist : ""),
@@ -227,14 +231,14 @@ int AddSong(const char* path, const platform::SongTag* tag) {
   // back as a folder, with all that lies in it.
   if (playlist.count >= kMaxSongs || !platform::IsOfNameLength(path) || std::strpbrk(path, "\r\n"))
     return 0;
-  Put(playlist.count, new PlaylistEntry(path, tag));
+  Put(playlist.count, new PlaylistEntry(path, tag, ++lastNumber));
   playlist.count = playlist.count + 1;
   return 1;
 }
 
 void SetTag(int index, const platform::SongTag& tag) {
   PlaylistEntry* old = At(index);
-  auto* entry = new PlaylistEntry(old->path, &tag);
+  auto* entry = new PlaylistEntry(old->path, &tag, old->number);
   entry->selected = old->selected;
   BuildDisplayName(*entry, playlist.displayMode);
   Put(index, entry);

@@ -22,8 +22,9 @@ constexpr std::size_t kPathSize = platform::kMostBytes + 1;  ///< with the closi
 
 /// A song.  Only its display name and its selection change: a tag read anew makes a new record.
 struct PlaylistEntry {
-  PlaylistEntry(std::string songPath, const platform::SongTag* tag);
+  PlaylistEntry(std::string songPath, const platform::SongTag* tag, unsigned songNumber);
 
+  const unsigned number;       ///< this song's alone in this run, from 1 on
   const std::string path;      ///< as it was added
   const char* const fileName;  ///< the part of it behind its last backslash
   const std::string title, artist, album;

@@ -27,7 +27,7 @@ PANELS = [
     {"pages"},
 ]
 FLOORS = {name: number for number, names in enumerate(PANELS) for name in names}
-BACKENDS = ("platform/desktop", "platform/headless", "platform/posix")
+BACKENDS = ("platform/desktop/", "platform/headless/", "platform/posix/")
 STANDARD = re.compile(r"^[a-z_0-9]+$")
 
 root = pathlib.Path(__file__).resolve().parent.parent

@@ -80,9 +80,16 @@ def drive_seeds():
     yield b"press 436 268\npress 244 110\ndeactivate\nactivate\nmove 9 9\ndown\nup\ndialog x\nclose\n"
 
 
+def uri_seeds():
+    yield b"file:///home/user/My%20songs/a-b_%C3%A4%23%25.mp3"
+    yield b"FILE://localhost/%41%2fb%e4"
+    yield b"file:/a%00b%5c%4"
+
+
 SEEDS = {"bmp": bmp_seeds, "drive": drive_seeds, "mpeg": mpeg_seeds, "playlist": playlist_seeds,
          "presets": presets_seeds, "settings": settings_seeds,
-         "skin_description": skin_description_seeds, "song": song_seeds, "tag": tag_seeds, "wav": wav_seeds}
+         "skin_description": skin_description_seeds, "song": song_seeds, "tag": tag_seeds, "uri": uri_seeds,
+         "wav": wav_seeds}
 
 
 LONGEST_INPUT = 9000

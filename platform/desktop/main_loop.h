@@ -16,4 +16,7 @@ struct MainLoop {
 
 extern MainLoop mainLoop;
 
+/// Whether `PostStateChanged` has been called, once.  Main thread.
+bool TakeStateChanged();
+
 }  // namespace kwo::platform

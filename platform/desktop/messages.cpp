@@ -1,6 +1,7 @@
 #include "platform/messages.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -14,6 +15,7 @@ std::mutex lock;
 std::condition_variable arrived;
 std::deque<Message> queue;
 unsigned keysOfTaken = 0;  // of the message taken last
+std::atomic<bool> stateChanged = false;
 
 bool QueueEmpty() {
   std::lock_guard guard(lock);
@@ -40,6 +42,15 @@ void PostMessage(const Message& message) {
 
 void PostQuitMessage(int exitCode) {
   PostMessage({kMessageQuit, exitCode, 0});
+}
+
+void PostStateChanged() {
+  stateChanged = true;
+  if (mainLoop.wake) mainLoop.wake();
+}
+
+bool TakeStateChanged() {
+  return stateChanged.exchange(false);
 }
 
 bool EndAsked() {

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/desktop_request.h"
+#include "platform/media_controls.h"
 #include "platform/shell.h"
 #include "platform/song_tag.h"
 #include "platform/window.h"
@@ -89,6 +92,8 @@ void SetWindowActive(bool active);
 void MinimiseByUser();
 void RestoreByUser();
 void CloseByUser();
+/// The desktop's other hands: media keys, its panel, its file manager.
+void AskOfPlayer(platform::DesktopRequest request);
 /// The item chosen in the next menu, by its text; an empty one dismisses it, as no answer does.
 void AnswerMenu(const std::string& text);
 /// How many answers named no item of their menu, or met no menu, since the last call.
@@ -103,6 +108,15 @@ struct WindowState {
   int presented;  ///< how often pixels were presented
 };
 WindowState Window();
+/// What the media controls show.
+struct MediaControls {
+  double (*position)() = nullptr;  ///< null while they are not offered; main thread
+  platform::MediaState state;
+  int told = 0;  ///< how often the state was another
+};
+MediaControls Media();
+/// What the last player left to the next one.
+std::optional<platform::DesktopRequest> HandedOn();
 struct TrayState {
   bool shown;
   std::string tip;

@@ -1,6 +1,7 @@
 #include "platform/messages.h"
 
 #include <algorithm>
+#include <atomic>
 #include <deque>
 #include <mutex>
 #include <vector>
@@ -18,11 +19,14 @@ std::deque<Message> queue;
 unsigned keysOfTaken = 0;  // of the message taken last
 headless::Task* waiting = nullptr;
 Shared<unsigned> keys;  // held now
+std::atomic<bool> stateChanged = false;
 
-void PostTimers() {
+// What tells of itself once, however often it has come about.
+void PostSingles() {
   std::vector<int> ids;
   headless::CollectTimers(ids);
   std::lock_guard guard(lock);
+  if (stateChanged.exchange(false)) queue.push_back({kMessageStateChanged, 0, 0});
   for (int id : ids) {
     const bool waits = std::any_of(queue.begin(), queue.end(), [id](const Message& message) {
       return message.id == kMessageTimer && message.wParam == id;
@@ -39,6 +43,12 @@ void PostMessage(const Message& message) {
   if (waiting) headless::Wake(*waiting);
 }
 
+void PostStateChanged() {
+  stateChanged = true;
+  std::lock_guard guard(lock);
+  if (waiting) headless::Wake(*waiting);
+}
+
 void PostQuitMessage(int exitCode) {
   PostMessage({kMessageQuit, exitCode, 0});
 }
@@ -49,7 +59,7 @@ bool EndAsked() {
 }
 
 bool PeekMessage(Message& message) {
-  PostTimers();
+  PostSingles();
   std::lock_guard guard(lock);
   if (queue.empty()) return false;
   message = queue.front();
@@ -59,7 +69,7 @@ bool PeekMessage(Message& message) {
 void WaitMessage() {
   headless::Task& self = headless::CurrentTask();
   for (;;) {
-    PostTimers();
+    PostSingles();
     {
       std::lock_guard guard(lock);
       waiting = queue.empty() ? &self : nullptr;
@@ -89,6 +99,7 @@ namespace kwo::headless {
 void ForgetMessages() {
   std::lock_guard guard(platform::lock);
   platform::queue.clear();
+  platform::stateChanged = false;
 }
 
 void SetKey(platform::Key key, bool down) {

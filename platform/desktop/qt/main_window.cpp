@@ -9,21 +9,14 @@
 #include <QPainter>
 #include <QScreen>
 #include <QStringDecoder>
-#include <QSysInfo>
 #include <QWheelEvent>
 #include <algorithm>
-#include <chrono>
-#include <future>
-#include <memory>
 #include <mutex>
-#include <system_error>
-#include <thread>
 
 #include "base/shared.h"
 #include "platform/decoding.h"
 #include "platform/desktop/main_loop.h"
-#include "platform/files.h"
-#include "platform/posix/dropped_songs.h"
+#include "platform/desktop/qt/song_uris.h"
 
 namespace kwo::platform {
 
@@ -72,38 +65,10 @@ void AddChangedRows(int first, int end) {
   } while (!changedRows.compare_exchange_weak(old, merged));
 }
 
-// A look on a thread of its own: a file system that does not answer is taken as one with songs.
-std::vector<std::string> SongsInTime(const std::vector<std::string>& paths) {
-  constexpr auto kPatience = std::chrono::milliseconds(300);
-  const auto told = std::make_shared<std::promise<std::vector<std::string>>>();
-  std::future<std::vector<std::string>> songs = told->get_future();
-  try {
-    std::thread look([told, paths] { told->set_value(DroppedSongs(paths)); });
-    pthread_setname_np(look.native_handle(), "kwo drag");
-    look.detach();
-  } catch (const std::system_error&) {
-    return paths;
-  }
-  return songs.wait_for(kPatience) == std::future_status::ready ? songs.get() : paths;
-}
-
-// The songs of a drop, with their bytes as they stand: a file's name need not be text.
 std::vector<std::string> DroppedFiles(const QMimeData& data) {
-  const QByteArray ownHost = QSysInfo::machineHostName().toUtf8();
-  std::vector<std::string> paths;
-  for (const QByteArray& line : data.data("text/uri-list").split('\n')) {
-    QByteArray path = line.trimmed();
-    if (!path.startsWith("file:")) continue;
-    path.remove(0, 5);
-    // Behind two slashes stands a host, which must be this one.
-    for (const QByteArray& host : {QByteArray(), QByteArray("localhost"), ownHost})
-      if (path.startsWith("//" + host + '/')) path.remove(0, 2 + host.size());
-    if (path.startsWith("//")) continue;
-    const QByteArray bytes = QByteArray::fromPercentEncoding(path);
-    // A backslash in a name would become a separator.
-    if (bytes.startsWith('/') && !bytes.contains('\\'))
-      paths.push_back(FromMachinePath(bytes.toStdString()));
-  }
+  QByteArrayList uris;
+  for (const QByteArray& line : data.data("text/uri-list").split('\n')) uris << line.trimmed();
+  const std::vector<std::string> paths = PathsOf(uris);
   return paths.empty() ? paths : SongsInTime(paths);
 }
 

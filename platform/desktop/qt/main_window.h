@@ -81,6 +81,9 @@ extern std::unique_ptr<MainWindow> mainWindow;
 /// window's activation.
 extern int openDialogs;
 
+/// Closes what of them is open, as the user would.
+void CloseDialogs();
+
 /// Carries out what other threads have asked of the window.  Main thread.
 void ServeWindow();
 

@@ -24,6 +24,7 @@
 
 #include "platform/desktop/end_watch.h"
 #include "platform/desktop/main_loop.h"
+#include "platform/desktop/qt/desktop_request.h"
 #include "platform/desktop/qt/main_window.h"
 #include "platform/desktop/qt/sound_name.h"
 #include "platform/files.h"
@@ -48,11 +49,9 @@ void Wake() {
 void EndProgram() {
   if (saveEverything) saveEverything();
   EndServed();
+  DropDesktopRequests();
   PostQuitMessage(0);
-  while (QWidget* popup = QApplication::activePopupWidget())
-    if (!popup->close()) break;
-  while (QWidget* dialog = QApplication::activeModalWidget())
-    if (!dialog->close()) break;
+  CloseDialogs();
 }
 
 // The desktop toolkit calls exit when the display goes.  Other threads still run then, so that
@@ -69,6 +68,7 @@ void OnWake() {
   std::uint64_t count;
   [[maybe_unused]] const ssize_t got = read(wakeEvent, &count, sizeof count);
   if (EndSignalled()) EndProgram();
+  if (TakeStateChanged()) DispatchMessage({kMessageStateChanged, 0, 0});
   ServeWindow();
 }
 
@@ -170,6 +170,13 @@ void OnToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString&)
 
 }  // namespace
 
+void CloseDialogs() {
+  while (QWidget* popup = QApplication::activePopupWidget())
+    if (!popup->close()) break;
+  while (QWidget* dialog = QApplication::activeModalWidget())
+    if (!dialog->close()) break;
+}
+
 int RunProcess(int count, char** arguments, int (*body)(), void (*save)(), void (*finish)()) {
   const bool hasX = std::getenv("DISPLAY") && *std::getenv("DISPLAY");
   if (!hasX && !std::getenv("WAYLAND_DISPLAY") && !std::getenv("QT_QPA_PLATFORM"))
@@ -191,7 +198,7 @@ int RunProcess(int count, char** arguments, int (*body)(), void (*save)(), void 
   TellLanguage(QLocale::system().name().toStdString());
   TellCollation(SortByLanguage);
   QApplication::setApplicationName("kwo");
-  QApplication::setDesktopFileName("kwo");
+  QApplication::setDesktopFileName("com.tavarine.kwo");
   QApplication::setWindowIcon(ProgramIcon());
   QApplication::setQuitOnLastWindowClosed(false);
   QObject::connect(&application, &QGuiApplication::commitDataRequest,

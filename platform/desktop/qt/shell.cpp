@@ -14,6 +14,7 @@
 #include "platform/desktop/end_watch.h"
 #include "platform/desktop/qt/main_window.h"
 #include "platform/desktop/qt/sound_name.h"
+#include "platform/desktop/qt/start_program.h"
 #include "platform/files.h"
 
 namespace kwo::platform {
@@ -179,9 +180,13 @@ bool RunCommandLine(const char* line) {
   QStringList words = SplitLine(line);
   if (words.isEmpty()) return false;
   const QString program = words.takeFirst();
+  return StartProgram(program, words);
+}
+
+bool StartProgram(const QString& program, const QStringList& arguments) {
   QProcess process;
   process.setProgram(program);
-  process.setArguments(words);
+  process.setArguments(arguments);
   // What is meant for this program alone is taken back.
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
   for (const char* name : {kPulseName, kPipeWireName}) environment.remove(name);

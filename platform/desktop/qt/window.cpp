@@ -9,6 +9,7 @@
 
 #include "platform/desktop/config_folder.h"
 #include "platform/desktop/qt/main_window.h"
+#include "platform/desktop/qt/startup_token.h"
 #include "platform/posix/screens_note.h"
 
 namespace kwo::platform {
@@ -115,6 +116,7 @@ void ActivateWindow() {
   if (!mainWindow) return;
   mainWindow->raise();
   mainWindow->activateWindow();
+  EndStartup(*mainWindow->windowHandle(), TakeStartupToken());
 }
 
 void SetCapture() {

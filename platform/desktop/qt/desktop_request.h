@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/desktop_request.h"
+
+namespace kwo::platform {
+
+/// Keeps what the desktop asks for the logic.  While a menu or a dialog is open, what needs no list
+/// is carried out at once.
+void PostDesktopRequest(DesktopRequest request);
+
+/// The Open or Raise that still waits.
+std::optional<DesktopRequest> TakeWaitingBringUp();
+
+/// The program ends from outside: what waits, and what is still to come, is for nobody.
+void DropDesktopRequests();
+
+}  // namespace kwo::platform
