@@ -13,15 +13,10 @@ import traceback
 import numpy
 
 import desk
-from checks import check, finish, pixels
+from checks import check, figure, finish, pixels
 
 
 TRIES = 3
-
-
-def figure(what, value):
-    """What depends on the machine and what else it does is told, not judged."""
-    print(f"     {what}: {value}", flush=True)
 
 
 def record(seconds):

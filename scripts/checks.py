@@ -13,6 +13,11 @@ def check(what, holds, figure=""):
         failures.append(what)
 
 
+def figure(what, value):
+    """What depends on the machine and what else it does is told, not judged."""
+    print(f"     {what}: {value}", flush=True)
+
+
 def pixels(path, width=488):
     """Rows of red, green and blue."""
     data = subprocess.run(["convert", path, "-depth", "8", "rgb:-"], check=True,

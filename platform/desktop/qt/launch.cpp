@@ -21,7 +21,7 @@ namespace {
 
 constexpr char kName[] = "com.tavarine.kwo", kPath[] = "/com/tavarine/kwo";
 constexpr char kInterface[] = "org.freedesktop.Application";
-constexpr int kStartMilliseconds = 10000, kPollMilliseconds = 50;
+constexpr int kReleaseMilliseconds = 1000, kStartMilliseconds = 10000, kPollMilliseconds = 50;
 
 constexpr struct {
   const char* name;
@@ -82,8 +82,10 @@ bool NameHasOwner(const QDBusConnection& bus) {
 }
 
 // The bus starts the next player, if it knows the program; else it is started here, as soon as the
-// bus has said that it does not.
-void HandOn(const QDBusConnection& bus, const DesktopRequest& request) {
+// bus has said that it does not.  By a connection of its own: on the other one the toolkit may take
+// the name for this program's for a while still, and keep the call to itself.
+void HandOn(const DesktopRequest& request) {
+  const QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, kName);
   const QDBusMessage open = OpenCall(request);
   const QDBusMessage answer = bus.call(open, QDBus::Block, kStartMilliseconds);
   if (answer.type() != QDBusMessage::ErrorMessage ||
@@ -114,11 +116,13 @@ void CloseLaunch(bool handOn) {
   QDBusConnection bus = QDBusConnection::sessionBus();
   QDBusMessage release = BusCall("ReleaseName");
   release << kName;
-  bus.send(release);
+  bus.call(release, QDBus::Block, kReleaseMilliseconds);
+  // What came in front of the bus's answer waits for the main thread.
+  QCoreApplication::sendPostedEvents();
   bus.unregisterObject(kPath);
   application.reset();
   const std::optional<DesktopRequest> waiting = TakeWaitingBringUp();
-  if (handOn && waiting) HandOn(bus, *waiting);
+  if (handOn && waiting) HandOn(*waiting);
 }
 
 }  // namespace kwo::platform
