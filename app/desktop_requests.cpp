@@ -88,7 +88,7 @@ void SeekBy(double seconds) {
   const int length = CurrentState().seconds;
   const double target = Position() + seconds;
   if (length == 0) return;
-  if (target > length) {
+  if (seconds > 0 && target > length) {
     TransportNext();
   } else {
     SeekTo(target);
@@ -111,6 +111,8 @@ void SetRate(double rate) {
 
 void Open(std::vector<std::string> paths) {
   if (!paths.empty()) {
+    // A place that was sought in a song that stands still is not the next one's.
+    if (!transport.playing) SeekSong(0, false);
     TakeSongs(std::move(paths), false);
     if (playlist.count > 0) PlaySong(0);
   }
@@ -123,7 +125,6 @@ constexpr struct {
   void (*carryOut)(DesktopRequest& request);
 } kAnswers[] = {
     {Ask::kRaise, [](DesktopRequest&) { BringUp(); }},
-    {Ask::kQuit, [](DesktopRequest&) { platform::PostQuitMessage(0); }},
     {Ask::kPlay, [](DesktopRequest&) { Play(); }},
     {Ask::kPause, [](DesktopRequest&) { Pause(); }},
     {Ask::kPlayPause, [](DesktopRequest&) { PlayPause(); }},

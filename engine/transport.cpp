@@ -243,11 +243,11 @@ bool IsPaused() {
 
 bool OpenSong(Voice& voice, int index) {
   char path[kPathSize];
-  if (!CopyPath(index, path) || !voice.Open(path)) return false;
-  const PlaylistReader reader;
-  const PlaylistEntry* entry = reader.Entry(index);
-  transport.openedSong = entry ? entry->number : 0;
+  unsigned song = 0;
+  if (!CopyPath(index, path, &song) || !voice.Open(path)) return false;
+  // The number last: until then the current song is another one.
   transport.openedSeconds = voice.Source()->info[INFO_SECONDS];
+  transport.openedSong = song;
   return true;
 }
 
@@ -279,12 +279,12 @@ void BuildShuffleTable() {
 int OnMixerEvent(Mixer* mixer, int event, Voice* voice, int a, int b, int) {
   if (event == EVENT_SOURCE_END) return OnSourceEnd(mixer, voice);
   if (event != EVENT_POSITION || voice != mixer->Slot(0)) return 1;
-  // The main page gives its own times with b = 1.
-  // The next song's own time, not the last of the one before.
+  // A song that has taken another's place tells its own time from here on.
   if (b == 0 && songBegins.Replace(1, 0)) {
     ++transport.jumps;
     hooks.stateChanged();
   }
+  // The main page gives its own times with b = 1.
   if (transport.SeekActive && b == 0) return 1;
   hooks.showSongTime(a);
   return 1;

@@ -50,7 +50,8 @@ void TransportSeek(float seconds, bool sounding);
 /// The music under way is silent by a pause.  Main thread.
 bool IsPaused();
 
-/// Opens a song of the list on a voice as the current one; false if there is none.
+/// Opens a song of the list on a voice as the current one; false if there is none.  Waits as
+/// `Voice::Open` does.
 bool OpenSong(Voice& voice, int index);
 
 /// Steps to the next or previous song of the play order and gives its index, or -1 where there is

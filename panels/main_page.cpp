@@ -112,7 +112,9 @@ float DraggedSeconds(int x) {
 }
 
 void ShowDraggedTime(float seconds) {
-  OnMixerEvent(TheMixer, EVENT_POSITION, TheMixer->Slot(0), static_cast<int>(seconds * 100), 1, 0);
+  constexpr float kLongest = 2e7f;  // whose hundredths are still an int
+  OnMixerEvent(TheMixer, EVENT_POSITION, TheMixer->Slot(0),
+               static_cast<int>(std::min(seconds, kLongest) * 100), 1, 0);
 }
 
 void LetGoOfTime() {

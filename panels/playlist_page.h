@@ -15,7 +15,8 @@ void PlaylistPageHandler(unsigned event, Widget* widget, float a, float b);
 /// Rebuilds the display names and redraws rows and scroll bar.  Any thread.
 void RefreshPlaylistPage();
 
-/// Makes a song of the list current and plays it from its beginning.
+/// Makes a song of the list current and plays it, from where a player that stands still has been
+/// put.
 void PlaySong(int song);
 
 /// The user's hands are on the list: for the next 30 seconds it stays as they leave it.

@@ -11,7 +11,6 @@ namespace kwo::platform {
 
 enum class Ask {
   kRaise,
-  kQuit,
   kPlay,
   kPause,
   kPlayPause,
@@ -37,8 +36,7 @@ struct DesktopRequest {
   std::vector<std::string> paths = {};
 };
 
-/// What a kMessageDesktop with this number stands for, once; nothing where a later request has
-/// taken its place.
+/// What a kMessageDesktop with this number stands for, once.
 std::optional<DesktopRequest> TakeDesktopRequest(int number);
 
 }  // namespace kwo::platform

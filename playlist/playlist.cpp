@@ -204,10 +204,11 @@ PlaylistEntry* PlaylistReader::Entry(int index) const {
   return index >= 0 && index < kPlaylistSlots ? At(index) : nullptr;
 }
 
-bool CopyPath(int index, char (&path)[kPathSize]) {
+bool CopyPath(int index, char (&path)[kPathSize], unsigned* number) {
   const PlaylistReader reader;
   const PlaylistEntry* entry = reader.Entry(index);
   if (entry) std::memcpy(path, entry->path.c_str(), entry->path.size() + 1);
+  if (entry && number) *number = entry->number;
   return entry != nullptr;
 }
 

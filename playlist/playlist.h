@@ -59,8 +59,9 @@ class PlaylistReader {
   PlaylistEntry* Entry(int index) const;
 };
 
-/// Copies the path of a song into `path`; false if there is no such song.  Any thread.
-bool CopyPath(int index, char (&path)[kPathSize]);
+/// Copies the path of a song into `path`, and its number; false if there is no such song.  Any
+/// thread.
+bool CopyPath(int index, char (&path)[kPathSize], unsigned* number = nullptr);
 
 // The operations below belong to the main thread, but for BuildDisplayNames.
 

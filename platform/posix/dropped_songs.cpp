@@ -21,11 +21,6 @@ namespace fs = std::filesystem;
 constexpr int kMostNames = 10000;
 constexpr unsigned kLongestLook = 200;  // milliseconds
 
-bool BearsSong(const std::string& path) {
-  const std::string upper = UpperCased(path);
-  return upper.ends_with(".MP3") || upper.ends_with(".MP2") || upper.ends_with(".PLA");
-}
-
 // The looks of one drop share their limits.
 class Look {
  public:
@@ -67,6 +62,11 @@ class Look {
 };
 
 }  // namespace
+
+bool BearsSong(const std::string& path) {
+  const std::string upper = UpperCased(path);
+  return upper.ends_with(".MP3") || upper.ends_with(".MP2") || upper.ends_with(".PLA");
+}
 
 std::vector<std::string> DroppedSongs(std::vector<std::string> paths) {
   std::erase_if(paths, [](const std::string& path) {

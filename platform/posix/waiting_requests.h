@@ -11,14 +11,14 @@ namespace kwo::platform {
 /// behind, since a program on the bus can call without end.  One thread.
 class WaitingRequests {
  public:
-  static constexpr std::size_t kMost = 256;
+  static constexpr std::size_t kMost = 256, kMostOpens = 8;
 
-  /// Gives the number under which the request waits, or 0 for one that is dropped.  Of those that
-  /// bring the window up one at most waits: a later Open takes the place of an earlier one, whose
-  /// songs it would clear away, and a Raise is part of an Open.
+  /// Gives the number under which the request waits, or 0 for one that does not: it is dropped, or
+  /// has taken the place of one whose number is known.  Songs that are opened would clear those
+  /// away that are still to be opened, and a Raise is part of an Open.
   int Keep(DesktopRequest request);
   std::optional<DesktopRequest> Take(int number);
-  /// The Open or Raise that still waits.
+  /// The last Open that still waits, else the Raise.
   std::optional<DesktopRequest> TakeBringUp();
 
  private:

@@ -1,6 +1,6 @@
-// The whole program with its threads side by side, and a user who presses and drags wherever he
-// likes.  What is looked for is found by the sanitizers, and by the end that must come.
-// usage: window_stress [ACTIONS [SEED]]
+// The whole program with its threads side by side, a user who presses and drags wherever he likes,
+// and a desktop that asks without end.  What is looked for is found by the sanitizers, and by the
+// end that must come. usage: window_stress [ACTIONS [SEED]]
 
 #include <cstdio>
 #include <cstdlib>
@@ -8,7 +8,11 @@
 #include <random>
 #include <string>
 
+#include "base/shared.h"
+#include "platform/clock.h"
+#include "platform/files.h"
 #include "platform/headless/headless.h"
+#include "platform/threads.h"
 #include "tests/support.h"
 #include "tools/drive_script.h"
 
@@ -58,6 +62,28 @@ std::string RandomScript(int actions, unsigned seed, const std::string& songs) {
   return script + "sound on\n";
 }
 
+struct Desktop {
+  std::string songs;
+  Shared<int> ended;
+};
+
+void AskWithoutEnd(void* argument) {
+  const auto& desktop = *static_cast<const Desktop*>(argument);
+  std::mt19937 random(1);
+  while (!desktop.ended) {
+    const auto ask =
+        static_cast<platform::Ask>(random() % (static_cast<int>(platform::Ask::kHelp) + 1));
+    platform::DesktopRequest request{ask};
+    request.microseconds = static_cast<int>(random() % 60'000'000) - 30'000'000;
+    request.value = static_cast<int>(random() % 5) * 0.5;
+    request.song = headless::Media().state.song;
+    if (random() % 2) request.paths = {desktop.songs};
+    // Songs that are opened seldom enough for the user's hands to meet a list.
+    if (ask != platform::Ask::kOpen || random() % 8 == 0) headless::AskOfPlayer(request);
+    platform::Sleep(200);
+  }
+}
+
 int Main(int count, char** arguments) {
   const int actions = count > 1 ? std::atoi(arguments[1]) : 400;
   const unsigned seed = count > 2 ? static_cast<unsigned>(std::atoi(arguments[2])) : 1;
@@ -71,8 +97,12 @@ int Main(int count, char** arguments) {
   std::vector<tools::ScriptStep> steps;
   std::string error;
   headless::UseRunningClock(100);
+  Desktop desktop{platform::FromMachinePath(songs), {}};
+  platform::Thread* hands = platform::StartThread(AskWithoutEnd, &desktop, "desktop");
   const bool ran = tools::ParseScript(RandomScript(actions, seed, songs), steps, error) &&
                    tools::RunScript(steps, folder, folder, error);
+  desktop.ended = 1;
+  platform::JoinThread(hands);
   const bool saved = ran && std::filesystem::exists(folder + "/HISTORY.PLA") &&
                      std::filesystem::file_size(folder + "/EQ.SET") == 8448;
   std::printf("window_stress: %d actions, %s%s\n", actions,

@@ -4,7 +4,6 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusVariant>
-#include <QSet>
 #include <algorithm>
 
 namespace kwo::platform {

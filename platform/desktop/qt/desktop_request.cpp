@@ -1,5 +1,7 @@
 #include "platform/desktop/qt/desktop_request.h"
 
+#include <QApplication>
+#include <deque>
 #include <utility>
 
 #include "platform/desktop/qt/main_window.h"
@@ -11,6 +13,25 @@ namespace {
 
 WaitingRequests waiting;
 bool dropped = false;
+// The message loop waits for the user's choice meanwhile.
+std::deque<int> besideDialog;
+bool serving = false;
+
+// One behind the other: while one is carried out, the main thread may sleep and get here again.
+void ServeBesideDialog() {
+  if (serving) return;
+  serving = true;
+  while (!besideDialog.empty()) {
+    const Message message{kMessageDesktop, besideDialog.front(), 0};
+    besideDialog.pop_front();
+    if (openDialogs > 0) {
+      DispatchMessage(message);
+    } else {
+      PostMessage(message);
+    }
+  }
+  serving = false;
+}
 
 }  // namespace
 
@@ -22,16 +43,15 @@ std::optional<DesktopRequest> TakeDesktopRequest(int number) {
 
 void PostDesktopRequest(DesktopRequest request) {
   if (dropped) return;
-  const Ask ask = request.ask;
   const int number = waiting.Keep(std::move(request));
   if (number == 0) return;
-  const Message message{kMessageDesktop, number, 0};
-  if (openDialogs > 0 && ask != Ask::kOpen) {
-    DispatchMessage(message);
-  } else {
-    PostMessage(message);
+  if (openDialogs == 0) {
+    PostMessage({kMessageDesktop, number, 0});
+    return;
   }
-  if (ask == Ask::kQuit) CloseDialogs();
+  besideDialog.push_back(number);
+  // Once the call has been answered.
+  QMetaObject::invokeMethod(qApp, ServeBesideDialog, Qt::QueuedConnection);
 }
 
 std::optional<DesktopRequest> TakeWaitingBringUp() {

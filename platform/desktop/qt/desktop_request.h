@@ -4,8 +4,8 @@
 
 namespace kwo::platform {
 
-/// Keeps what the desktop asks for the logic.  While a menu or a dialog is open, what needs no list
-/// is carried out at once.
+/// Keeps what the desktop asks for the logic, which gets its message; while a menu or a dialog is
+/// open, beside that.
 void PostDesktopRequest(DesktopRequest request);
 
 /// The Open or Raise that still waits.

@@ -1,7 +1,6 @@
 #include "platform/launch.h"
 
 #include <QCoreApplication>
-#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QElapsedTimer>

@@ -55,6 +55,12 @@ QVariantMap Metadata() {
   return facts;
 }
 
+const char* Quit(const QVariantList&) {
+  PostQuitMessage(0);
+  CloseDialogs();
+  return nullptr;
+}
+
 template <Ask ask>
 const char* Simply(const QVariantList&) {
   PostDesktopRequest({.ask = ask});
@@ -118,7 +124,7 @@ QVariant AnySong() {
 
 constexpr BusMethod kMethods[] = {
     {kRoot, "Raise", "", Simply<Ask::kRaise>},
-    {kRoot, "Quit", "", Simply<Ask::kQuit>},
+    {kRoot, "Quit", "", Quit},
     {kPlayer, "Play", "", Simply<Ask::kPlay>},
     {kPlayer, "Pause", "", Simply<Ask::kPause>},
     {kPlayer, "PlayPause", "", Simply<Ask::kPlayPause>},
@@ -163,9 +169,11 @@ constexpr BusProperty kProperties[] = {
 constexpr BusSignal kSignals[] = {{kPlayer, "Seeked", "x"}};
 
 std::unique_ptr<BusObject> player;
+QString ownName;
 
 // Where another player has the name, each has one with its process's number.
 void TakeName() {
+  ownName = kName;
   QDBusConnection bus = QDBusConnection::sessionBus();
   QDBusMessage request = BusCall("RequestName");
   request << kName << kDoNotQueue;
@@ -174,15 +182,21 @@ void TakeName() {
     const QDBusPendingReply<unsigned> reply = *self;
     self->deleteLater();
     if (reply.isError() || reply.value() == kOwner) return;
+    ownName = QString("%1.instance%2").arg(kName).arg(getpid());
     QDBusMessage second = BusCall("RequestName");
-    second << QString("%1.instance%2").arg(kName).arg(getpid()) << kDoNotQueue;
+    second << ownName << kDoNotQueue;
     QDBusConnection::sessionBus().send(second);
   });
 }
 
+QVariantMap ToldProperties() {
+  QVariantMap properties = player->Properties(kPlayer);
+  properties.remove("Position");
+  return properties;
+}
+
 void TellChanges() {
-  QVariantMap now = player->Properties(kPlayer), changed;
-  now.remove("Position");
+  QVariantMap now = ToldProperties(), changed;
   for (auto entry = now.cbegin(); entry != now.cend(); ++entry)
     if (told.value(entry.key()) != entry.value()) changed[entry.key()] = entry.value();
   told = std::move(now);
@@ -207,6 +221,7 @@ void OpenMediaControls(double (*position)()) {
   if (!bus.registerVirtualObject(kPath, object.get())) return;
   player = std::move(object);
   positionOf = position;
+  told = ToldProperties();
   TakeName();
 }
 
@@ -220,7 +235,11 @@ void ShowMediaState(const MediaState& state) {
 
 void CloseMediaControls() {
   if (!player) return;
-  QDBusConnection::sessionBus().unregisterObject(kPath);
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  QDBusMessage release = BusCall("ReleaseName");
+  release << ownName;
+  bus.send(release);
+  bus.unregisterObject(kPath);
   player.reset();
   positionOf = nullptr;
   shown = {};

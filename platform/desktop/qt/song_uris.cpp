@@ -13,9 +13,18 @@
 
 namespace kwo::platform {
 
+namespace {
+
+// More than any song's can be, and more than any list takes: what a program sends has no end.
+constexpr qsizetype kLongestUri = 4096;
+constexpr std::size_t kMostPaths = 10000;
+
+}  // namespace
+
 std::vector<std::string> PathsOf(const QByteArrayList& uris) {
   std::vector<std::string> paths;
   for (const QByteArray& uri : uris) {
+    if (uri.size() > kLongestUri || paths.size() >= kMostPaths) continue;
     std::string path = PathOfFileUri({uri.constData(), static_cast<std::size_t>(uri.size())});
     if (!path.empty()) paths.push_back(std::move(path));
   }

@@ -23,7 +23,7 @@ QString noted;
 // A launch's messages are text, in which some characters would need a quoting that not every
 // desktop reads; no desktop makes tokens of them.
 bool IsPlain(const QString& token) {
-  static const QRegularExpression plain("^[!#-\\[\\]-~]+$");
+  static const QRegularExpression plain("\\A[!#-\\[\\]-~]+\\z");
   return token.size() <= kLongestToken && plain.match(token).hasMatch();
 }
 
@@ -91,7 +91,7 @@ QString TakeStartupToken() {
 
 void EndStartup(const QWindow& window, const QString& token) {
   const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (!IsPlain(token) || !x11) return;
+  if (token.isEmpty() || !x11) return;
   xcb_connection_t* display = x11->connection();
   const auto id = static_cast<xcb_window_t>(window.winId());
   const QByteArray bytes = token.toLatin1();
