@@ -1,9 +1,9 @@
 #include "platform/desktop/qt/desktop_request.h"
 
-#include <QApplication>
 #include <deque>
 #include <utility>
 
+#include "platform/desktop/main_loop.h"
 #include "platform/desktop/qt/main_window.h"
 #include "platform/desktop/qt/song_uris.h"
 #include "platform/posix/waiting_requests.h"
@@ -16,22 +16,6 @@ bool dropped = false;
 // The message loop waits for the user's choice meanwhile.
 std::deque<int> besideDialog;
 bool serving = false;
-
-// One behind the other: while one is carried out, the main thread may sleep and get here again.
-void ServeBesideDialog() {
-  if (serving) return;
-  serving = true;
-  while (!besideDialog.empty()) {
-    const Message message{kMessageDesktop, besideDialog.front(), 0};
-    besideDialog.pop_front();
-    if (openDialogs > 0) {
-      DispatchMessage(message);
-    } else {
-      PostMessage(message);
-    }
-  }
-  serving = false;
-}
 
 }  // namespace
 
@@ -51,7 +35,23 @@ void PostDesktopRequest(DesktopRequest request) {
   }
   besideDialog.push_back(number);
   // Once the call has been answered.
-  QMetaObject::invokeMethod(qApp, ServeBesideDialog, Qt::QueuedConnection);
+  if (mainLoop.wake) mainLoop.wake();
+}
+
+// One behind the other: while one is carried out, the main thread may sleep and get here again.
+void ServeBesideDialog() {
+  if (serving) return;
+  serving = true;
+  while (!besideDialog.empty()) {
+    const Message message{kMessageDesktop, besideDialog.front(), 0};
+    besideDialog.pop_front();
+    if (openDialogs > 0) {
+      DispatchMessage(message);
+    } else {
+      PostMessage(message);
+    }
+  }
+  serving = false;
 }
 
 std::optional<DesktopRequest> TakeWaitingBringUp() {

@@ -8,6 +8,9 @@ namespace kwo::platform {
 /// open, beside that.
 void PostDesktopRequest(DesktopRequest request);
 
+/// Carries out what has been asked beside a menu or a dialog.
+void ServeBesideDialog();
+
 /// The Open or Raise that still waits.
 std::optional<DesktopRequest> TakeWaitingBringUp();
 

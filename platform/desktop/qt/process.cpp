@@ -69,6 +69,7 @@ void OnWake() {
   [[maybe_unused]] const ssize_t got = read(wakeEvent, &count, sizeof count);
   if (EndSignalled()) EndProgram();
   if (TakeStateChanged()) DispatchMessage({kMessageStateChanged, 0, 0});
+  ServeBesideDialog();
   ServeWindow();
 }
 
