@@ -238,7 +238,7 @@ TEST_F(Program, OpenedSongsTakeTheListsPlaceAndPlay) {
 }
 
 TEST_F(Program, AWindowThatHidesWaitsForThePointer) {
-  Run([this](const Hands& hands) {
+  Run([](const Hands& hands) {
     const Desktop ask{hands};
     OpenPage(hands, PAGE_WINDOW);
     Press(hands, WIDGET_AUTO);
