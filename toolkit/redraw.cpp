@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <span>
 
 #include "base/handshake.h"
 #include "platform/clock.h"
@@ -87,16 +88,20 @@ void SkinHost::DrawTile(int index) {
 }
 
 void SkinHost::DrawWidgets() {
+  // Of the table few are seen; these are looked through for each layer, in the table's order.
+  Widget* seen[kWidgets];
+  int count = 0;
+  for (int index = 0; index < kWidgets; ++index) {
+    Widget* widget = GetWidget(index);
+    if (widget && widget->visible && index != currentTile && index != previousTile)
+      seen[count++] = widget;
+  }
   for (int groupLayer = 0; groupLayer < LAYER_COUNT; ++groupLayer) {
     for (int group = 0; group < kGroups; ++group) {
       if (!groups[group].visible || groups[group].layer != groupLayer) continue;
       for (int layer = 0; layer < LAYER_COUNT; ++layer) {
-        for (int index = 0; index < kWidgets; ++index) {
-          Widget* widget = GetWidget(index);
-          if (widget && widget->group == group && widget->visible && widget->layer == layer &&
-              index != currentTile && index != previousTile)
-            widget->DrawWidget();
-        }
+        for (Widget* widget : std::span(seen, count))
+          if (widget->group == group && widget->layer == layer) widget->DrawWidget();
       }
     }
   }
