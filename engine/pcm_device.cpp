@@ -42,9 +42,9 @@ int FindFree() {
 
 // False if it was given up.
 bool WaitForFree(const Shared<int>& wanted) {
-  for (int waited = 0; (currentBuffer = FindFree()) < 0; waited += kPollMilliseconds) {
+  for (int waited = 0; (currentBuffer = FindFree()) < 0;) {
     if (!wanted && waited >= kStillMilliseconds) return false;
-    platform::Sleep(kPollMilliseconds);
+    waited += platform::SleepUntilPlayed(waveHandle, kPollMilliseconds);
   }
   return true;
 }

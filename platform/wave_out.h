@@ -55,6 +55,11 @@ inline bool UnprepareWave(WaveDevice*, WaveHeader& header) {
   return true;
 }
 
+/// Sleeps by whole `stepMilliseconds` until the end of one by which a buffer will have been played,
+/// as far as that is known: of one step where it is not, and of a second's steps at most.  Gives
+/// the milliseconds.
+int SleepUntilPlayed(WaveDevice* device, int stepMilliseconds);
+
 /// Closes the device and marks all queued buffers done, without a call for them: no callback comes
 /// once it has returned, and their memory is the caller's again.  What they hold is played to its
 /// end all the same, unless that takes more than six seconds or the device is opened again.

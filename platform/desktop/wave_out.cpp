@@ -9,6 +9,7 @@
 #include <mutex>
 #include <vector>
 
+#include "platform/clock.h"
 #include "platform/threads.h"
 
 namespace kwo::platform {
@@ -33,6 +34,8 @@ struct WaveDevice {
   // What a closed device still has to feed, but for what was on its way to the PCM: `fed` counts
   // that from then on.
   std::vector<char> rest;
+  // When the thread looks at the PCM next.
+  std::chrono::steady_clock::time_point nextLook;
   // The device thread's own.
   snd_pcm_t* pcm = nullptr;  // null while the device is gone
   std::vector<char> piece;   // on its way to the PCM, in memory that no caller takes away
@@ -44,11 +47,15 @@ namespace {
 
 // The PCM takes a second, nearly all that the engine renders ahead: enough to ride out a machine
 // that stands still for most of it.  The sound starts with half of that in hand.
-constexpr unsigned kPeriodsPerSecond = 20, kPeriods = 20, kPeriodsToStart = 10;
+constexpr unsigned kPeriodsPerSecond = 10, kPeriods = 10, kPeriodsToStart = 5;
 // A sound shorter than that starts once nothing more has come for this long.
 constexpr auto kStartPatience = std::chrono::milliseconds(50);
 // Between two looks at the PCM: from the least worth a waking to one of its periods.
-constexpr std::int64_t kShortestRest = 5, kLongestRest = 50;  // milliseconds
+constexpr std::int64_t kShortestRest = 5, kLongestRest = 100;  // milliseconds
+// Where more lies in the device than the caller's buffers hold, each look gives back one at most.
+constexpr std::int64_t kLateRest = 20;
+// What a look takes until its buffers are marked.
+constexpr auto kLookPatience = std::chrono::milliseconds(2);
 constexpr auto kReopenPause = std::chrono::seconds(1);
 // How long a caller waits for a sound server that does not answer.
 constexpr auto kOpenPatience = std::chrono::seconds(5);
@@ -197,6 +204,7 @@ bool FinishHeard(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
          device.fed >= device.queue.front()->bufferLength + unheard)
     FinishFront(device, guard);
   device.pause = UntilHeard(device, waiting);
+  if (unheard > device.fed) device.pause = std::min(device.pause, kLateRest);
   if (!device.closing && device.queue.size() >= device.buffers && device.fed == Queued(device)) {
     FinishFront(device, guard);
     device.pause = kShortestRest;
@@ -231,8 +239,8 @@ void PlayQueue(WaveDevice& device, std::unique_lock<std::mutex>& guard) {
       ClosePcm(device);
       guard.lock();
     } else {
-      device.changed.wait_for(guard, std::chrono::milliseconds(device.pause),
-                              [&] { return device.closing; });
+      device.nextLook = std::chrono::steady_clock::now() + std::chrono::milliseconds(device.pause);
+      device.changed.wait_until(guard, device.nextLook, [&] { return device.closing; });
     }
   }
 }
@@ -337,6 +345,21 @@ void WriteWave(WaveDevice* device, WaveHeader& header) {
   device->queue.push_back(&header);
   // A busy device looks at its queue by itself.
   if (device->queue.size() == 1) device->changed.notify_all();
+}
+
+int SleepUntilPlayed(WaveDevice* device, int stepMilliseconds) {
+  using std::chrono::milliseconds;
+  const auto now = std::chrono::steady_clock::now();
+  milliseconds untilLook;
+  {
+    std::lock_guard guard(device->lock);
+    untilLook = std::chrono::ceil<milliseconds>(device->nextLook + kLookPatience - now);
+  }
+  const auto steps = std::clamp<std::int64_t>(
+      (untilLook.count() + stepMilliseconds - 1) / stepMilliseconds, 1, 1000 / stepMilliseconds);
+  const int whole = static_cast<int>(steps) * stepMilliseconds;
+  Sleep(whole);
+  return whole;
 }
 
 void CloseWave(WaveDevice* device) {

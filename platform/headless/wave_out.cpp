@@ -134,6 +134,11 @@ void WriteWave(WaveDevice* device, WaveHeader& header) {
   if (device->task) headless::Wake(*device->task);
 }
 
+int SleepUntilPlayed(WaveDevice*, int stepMilliseconds) {
+  Sleep(stepMilliseconds);
+  return stepMilliseconds;
+}
+
 void CloseWave(WaveDevice* device) {
   for (bool calling = true; calling;) {
     {
