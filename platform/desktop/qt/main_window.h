@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/desktop/qt/shared_picture.h"
 #include "platform/show_state.h"
 #include "platform/window.h"
 
@@ -37,6 +38,8 @@ class MainWindow : public QWidget {
   /// Takes the screen's density anew.
   void Rescale();
   void PutCaption();
+  /// Brings rows of the picture to the screen.
+  void ShowRows(int first, int end);
   /// For buttons that were let go where the window does not see it, as over a menu.
   void PostMissedReleases();
 
@@ -53,10 +56,14 @@ class MainWindow : public QWidget {
   int pointerHides = 0;
   InputEdit* edit = nullptr;
   std::map<int, QTimer*> timers;
+  /// The picture's memory, where the display's server can read it.
+  std::unique_ptr<SharedPicture> shared;
   /// What any thread presents into: 32 bits a pixel, from the top.
   QImage front;
 
  protected:
+  /// None where the picture comes to the screen without the toolkit.
+  QPaintEngine* paintEngine() const override;
   void paintEvent(QPaintEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
@@ -70,6 +77,7 @@ class MainWindow : public QWidget {
   void dropEvent(QDropEvent* event) override;
 
  private:
+  bool IsDirect() const { return shared && scale == 1; }
   Point LocalPlace(const QMouseEvent& event) const;
   void PostButton(const QMouseEvent& event, int left, int right);
 };

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "platform/window.h"
+
+class QWindow;
+
+namespace kwo::platform {
+
+/// A picture in memory that the display's server reads: it comes to the window by a message of some
+/// bytes, with no copy and no answer to wait for.
+class SharedPicture {
+ public:
+  /// Null where the display can't read our memory, as over a network, or has other pixels.  Main
+  /// thread, as all but the pixels.
+  static std::unique_ptr<SharedPicture> Create(const QWindow& window, Size size);
+  ~SharedPicture();
+  SharedPicture(const SharedPicture&) = delete;
+  SharedPicture& operator=(const SharedPicture&) = delete;
+
+  /// 0x00RRGGBB by rows from the top, black at first.  Any thread may write them; the server may be
+  /// reading.
+  std::uint32_t* Pixels() const { return static_cast<std::uint32_t*>(memory_); }
+  /// Shows so many rows.
+  void Show(int first, int count) const;
+
+ private:
+  SharedPicture() = default;
+
+  void* memory_ = nullptr;
+  Size size_{0, 0};
+  std::uint8_t depth_ = 0;
+  std::uint32_t window_ = 0, context_ = 0, segment_ = 0;
+};
+
+}  // namespace kwo::platform
