@@ -147,11 +147,7 @@ TEST_F(Program, TheDesktopMovesTheControlsToo) {
 TEST_F(Program, TheDesktopSeeksWithinTheSong) {
   Run([this](const Hands& hands) {
     const Desktop ask{hands};
-    std::vector<std::string> songs = Songs(3);
-    for (int i = 0; i < 3; ++i)
-      WriteBytes(folder.File("song" + std::to_string(i) + ".mp3"),
-                 ReadBytes(std::string(KWO_SOURCE) + "/music/one-horizon.mp3"));
-    hands.Drop(songs);
+    hands.Drop(LongSongs(3));
     ask(Ask::kPrevious);
     hands.Wait(300);
     ask(Ask::kStop);
@@ -313,6 +309,25 @@ TEST_F(Program, ALongPlayTellsLittle) {
   });
 }
 
+TEST_F(Program, TheDjBeginsASongWithinIt) {
+  Run([this](const Hands& hands) {
+    const Desktop ask{hands};
+    hands.Drop(LongSongs(2));
+    ask({.ask = Ask::kRepeat, .value = 1});
+    OpenPage(hands, PAGE_MIXER);
+    OpenSubPage(hands, 3);
+    Press(hands, WIDGET_DJ);
+    headless::MinimiseByUser();
+    ask(Ask::kPlay);
+    const platform::MediaState before = Told();
+    while (Told().song == before.song) hands.Wait(100);
+    EXPECT_GE(Position(), 30);
+    EXPECT_EQ(before.jumps + 1, Told().jumps) << "the time is not that of a song's beginning";
+    EXPECT_EQ(66, Told().seconds);
+    transport.djMode = 0;
+  });
+}
+
 TEST_F(Program, ALengthIsTheOpenSongs) {
   Run([this](const Hands& hands) {
     const Desktop ask{hands};
@@ -330,6 +345,10 @@ TEST_F(Program, ALengthIsTheOpenSongs) {
     Press(hands, WIDGET_ITEM_UP);
     EXPECT_EQ("*1 0 2 ", Names());
     EXPECT_EQ(song, Told().song) << "the same song at another place";
+    Choose(hands, WIDGET_FUNCTION, "Read Tag Information");
+    hands.Wait(500);
+    EXPECT_EQ(song, Told().song) << "the same song with its tag read anew";
+    Press(hands, WIDGET_ROW);
     Choose(hands, WIDGET_REMOVE, "Remove Selected");
     EXPECT_NE(song, Told().song);
     EXPECT_EQ(0, Told().seconds) << "none that has not been opened has one";

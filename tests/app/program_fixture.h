@@ -83,6 +83,17 @@ class Program : public testing::Test {
     return paths;
   }
 
+  // The same of the demo song: a minute without a seam.
+  std::vector<std::string> LongSongs(int count) {
+    std::vector<std::string> paths;
+    for (int i = 0; i < count; ++i) {
+      const std::string path = folder.File("song" + std::to_string(i) + ".mp3");
+      WriteBytes(path, ReadBytes(std::string(KWO_SOURCE) + "/music/one-horizon.mp3"));
+      paths.push_back(platform::FromMachinePath(path.c_str()));
+    }
+    return paths;
+  }
+
   TempFolder folder;
   std::function<void(const Hands&)> script;
   Shared<int> finished;
