@@ -1,12 +1,16 @@
 #include <benchmark/benchmark.h>
 
 #include <cstring>
+#include <filesystem>
+#include <string>
+#include <system_error>
 #include <vector>
 
 #include "app/application.h"
 #include "panels/panel_tools.h"
 #include "panels/visualisers.h"
 #include "platform/headless/headless.h"
+#include "tests/support.h"
 #include "toolkit/blits.h"
 
 namespace kwo {
@@ -44,7 +48,13 @@ BENCHMARK(Blended)->ArgsProduct({{0, 1, 2, 3}, {0, 1}});
 
 // A frame of the default skin's main page with its first visualiser.
 void Frame(benchmark::State& state) {
-  headless::SetExecutablePath(KWO_SOURCE "/kwo");
+  // The program is not ended, and leaves its running copy.
+  static const test::TempFolder folder;
+  std::error_code exists;
+  for (const char* data : {"skin", "music"})
+    std::filesystem::create_directory_symlink(std::string(KWO_SOURCE "/") + data, folder.File(data),
+                                              exists);
+  headless::SetExecutablePath(folder.File("kwo"));
   headless::UseRegistryFile("");
   if (!StartUp()) return state.SkipWithError("no skin");
   TheSkinHost->StopRedraw();

@@ -157,6 +157,12 @@ def windows():
         "xdotool", "getwindowgeometry", "--shell", window)]
 
 
+def menu_is_up(player):
+    """A menu is a window of the program's own."""
+    found = client("xdotool", "search", "--onlyvisible", "--pid", player.process.pid).split()
+    return len(found) > 1
+
+
 def is_active(window):
     return awaits(lambda: client("xdotool", "getactivewindow") == window)
 
@@ -273,9 +279,11 @@ def raising(player):
     check("the window is down", player.window not in windows())
     call(MEDIA, MEDIA_PATH, "org.mpris.MediaPlayer2.Raise")
     check("Raise", is_active(player.window))
+    time.sleep(1.5)  # the page comes back
     player.press(desk.ADD, rest=0.5)
     playerctl("pause")
-    check("the keys work beside an open menu", awaits(lambda: playerctl("status") == "Paused"))
+    check("the keys work beside an open menu", menu_is_up(player) and awaits(
+        lambda: playerctl("status") == "Paused") and menu_is_up(player))
     desk.run("xdotool", "key", "Escape")
     begun = time.monotonic()
     call(MEDIA, MEDIA_PATH, "org.mpris.MediaPlayer2.Quit")
@@ -374,6 +382,7 @@ def hostile_calls():
          GLib.Variant("(sava{sv})", (huge, [], {})))
     player.open_page("playlist")
     player.press(desk.ADD, rest=0.5)  # with a menu open
+    check("a menu is open", menu_is_up(player))
     memory = player.memory()
     begun = time.monotonic()
     for number in range(5000):
