@@ -75,14 +75,16 @@ void ActivateWindow();
 /// Any thread.
 void SetCaption(const char* text);
 
-/// Copies a rectangle of 24-bit, bottom-up pixels of the window's size to the window.  Any thread;
-/// never waits for the main thread.  The rectangle lies within the picture, its rows count from the
-/// top.
+/// Copies a rectangle of 24-bit, bottom-up pixels of the window's size to the window's picture. Any
+/// thread; never waits.  The rectangle lies within the picture, its rows count from the top.
 struct Picture {
   const std::uint8_t* bits;
   int stride, width, height;
 };
 void Present(const Picture& picture, const Rectangle& area);
+/// Brings what was presented to the screen.  Any thread; speaks with the display, and never waits
+/// for the main thread.
+void ShowPresented();
 
 /// While captured, the mouse is followed outside the window too, as long as a button is held.
 void SetCapture();

@@ -20,6 +20,10 @@ int FirstInView(int place, int size) {
   return place < 0 ? place % size : place;
 }
 
+int TilesInView(int first, int size, int window) {
+  return first < window ? (window - first - 1) / size + 1 : 0;
+}
+
 }  // namespace
 
 void SkinHost::RunRedraw(void* host) {
@@ -28,6 +32,7 @@ void SkinHost::RunRedraw(void* host) {
   self.threadAlive = 1;
   while (self.threadRun) {
     self.RedrawFrame();
+    platform::ShowPresented();
     platform::Sleep(1000 / self.frameRate);
     if (self.InputActiveTick && self.callback) self.callback(self, kTick, 0, 0);
   }
@@ -38,13 +43,11 @@ void SkinHost::RedrawFrame() {
   if (!EnterTurn(drawing, paused, 0)) return;
   PaintVisualiser();
   StepAll();
-  if (active) {
+  if (active && canvas) {
+    compositor.Begin();
     DrawTiles();
     DrawWidgets();
-    const WidgetGroup& interface = groups[0];
-    if (canvas)
-      canvas->PresentToWindow(interface.absX, interface.absY, interface.clipWidth,
-                              interface.clipHeight);
+    PresentFrame();
   }
   LeaveTurn(drawing);
 }
@@ -56,6 +59,7 @@ void SkinHost::PaintVisualiser() {
     return;
   std::int16_t samples[PcmRing::kValues];
   paint(*widget->image, samples, ring.Read(samples));
+  widget->image->Touch();
 }
 
 void SkinHost::StepAll() {
@@ -65,12 +69,28 @@ void SkinHost::StepAll() {
     if (Widget* widget = GetWidget(index)) widget->StepMotion();
 }
 
+platform::Rectangle SkinHost::Interface() const {
+  return {groups[0].absX, groups[0].absY, groups[0].clipWidth, groups[0].clipHeight};
+}
+
+void SkinHost::PresentFrame() {
+  const platform::Rectangle shown = compositor.Compose(*canvas).Intersected(Interface());
+  canvas->PresentToWindow(shown.x, shown.y, shown.width, shown.height);
+}
+
 void SkinHost::DrawTiles() {
   const int current = currentTile, previous = previousTile;
   if (current < 0 || current >= kWidgets) {
-    if (background && canvas)
-      canvas->CopyFrom(background.get(), groups[0].absX, groups[0].absY, groups[0].clipWidth,
-                       groups[0].clipHeight);
+    if (background)
+      compositor.Add({background.get(),
+                      background->Version(),
+                      0,
+                      {0, 0, background->width, background->height},
+                      Interface(),
+                      kOnce,
+                      0,
+                      BLEND_COPY,
+                      background->DrawnKey()});
     return;
   }
   DrawTile(current);
@@ -82,9 +102,10 @@ void SkinHost::DrawTile(int index) {
   // A tile without its picture has no size, and could be repeated for ever.
   if (!tile || tile->width < 1 || tile->height < 1) return;
   const int width = tile->width, height = tile->height;
-  const int firstLeft = FirstInView(tile->x, width), firstTop = FirstInView(tile->y, height);
-  for (int top = firstTop; top < windowHeight; top += height)
-    for (int left = firstLeft; left < windowWidth; left += width) tile->DrawWidgetAt(left, top);
+  const int left = FirstInView(tile->x, width), top = FirstInView(tile->y, height);
+  const Tiling tiling{width, height, TilesInView(left, width, windowWidth),
+                      TilesInView(top, height, windowHeight)};
+  if (tiling.columns > 0 && tiling.rows > 0) tile->DrawTiled(left, top, tiling);
 }
 
 void SkinHost::DrawWidgets() {

@@ -1,6 +1,7 @@
 #include "toolkit/skin_bitmap.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
 #include <new>
@@ -14,6 +15,8 @@ namespace kwo {
 namespace {
 
 constexpr std::size_t kMaxFile = std::size_t{64} << 20;
+
+std::atomic<std::uint32_t> paintings = 0;
 
 KWO_MAY_TEAR void FillRow(std::uint8_t* row, int width, std::uint32_t color) {
   for (int x = 0; x < width; ++x, row += 3) {
@@ -58,7 +61,12 @@ bool SkinBitmap::Allocate(int newWidth, int newHeight) {
   stride = rowBytes;
   width = newWidth;
   height = newHeight;
+  Touch();
   return true;
+}
+
+void SkinBitmap::Touch() {
+  version.Publish(++paintings);
 }
 
 int SkinBitmap::CreateBlank(int newWidth, int newHeight, std::uint32_t fillColor) {
@@ -75,6 +83,7 @@ int SkinBitmap::LoadFromFile(const char* path) {
         !Allocate(picture.width, picture.height))
       return 0;
     ConvertBmpPixels(picture, bits, stride, indices);
+    Touch();
   }
   std::snprintf(fileName, sizeof fileName, "%s", path);
   return 1;
@@ -88,13 +97,15 @@ void SkinBitmap::FillRectangle(int x, int y, int rectWidth, int rectHeight, std:
   const platform::Rectangle area = Cut({x, y, rectWidth, rectHeight});
   for (int top = area.y; top < area.Bottom(); ++top)
     FillRow(bits + std::ptrdiff_t{height - 1 - top} * stride + 3 * area.x, area.width, color);
+  Touch();
 }
 
 void SkinBitmap::FillAndText(const char* text, const platform::Font* font, std::uint32_t textColor,
                              std::uint32_t fillColor, int x, int y) {
   if (fillColor <= 0xFFFFFF) FillSolid(fillColor);
-  if (font && bits)
-    platform::DrawTextLine({bits, stride, width, height}, text, *font, textColor, x, y);
+  if (!font || !bits) return;
+  platform::DrawTextLine({bits, stride, width, height}, text, *font, textColor, x, y);
+  Touch();
 }
 
 platform::Rectangle SkinBitmap::Cut(const platform::Rectangle& area) const {
@@ -111,6 +122,7 @@ void SkinBitmap::CopyFrom(const SkinBitmap* source, int x, int y, int rectWidth,
   const platform::Rectangle area = Cut(source->Cut({x, y, rectWidth, rectHeight}));
   BlitCopy(source->Source(area.x, source->height - area.Bottom()), area.width, area.height,
            Target(area.x, height - area.Bottom()));
+  Touch();
 }
 
 }  // namespace kwo

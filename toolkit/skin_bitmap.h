@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/shared.h"
 #include "platform/text.h"
 #include "platform/window.h"
 #include "toolkit/blits.h"
@@ -41,6 +42,12 @@ class SkinBitmap {
   /// only notes the new path.
   int LoadFromFile(const char* path);
 
+  /// Tells one state of the pixels from all others, of any bitmap.  Those who draw the bitmap take
+  /// it before they read the pixels.
+  std::uint32_t Version() const { return version.Acquire(); }
+  /// Tells that the pixels have been painted; the bitmap's own operations do.
+  void Touch();
+
   void FillSolid(std::uint32_t color);
   /// The same within a rectangle, counted from the top and cut to the bitmap.
   void FillRectangle(int x, int y, int rectWidth, int rectHeight, std::uint32_t color);
@@ -72,6 +79,7 @@ class SkinBitmap {
   int height = 0;
 
  private:
+  Shared<std::uint32_t> version;
   bool keyless = false;
   bool Allocate(int newWidth, int newHeight);
   platform::Rectangle Cut(const platform::Rectangle& area) const;

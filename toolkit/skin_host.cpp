@@ -89,7 +89,9 @@ void SkinHost::BringToFront() {
 }
 
 void SkinHost::PaintWhole() {
-  if (canvas) canvas->PresentToWindow(0, 0, windowWidth, windowHeight);
+  if (!canvas) return;
+  canvas->PresentToWindow(0, 0, windowWidth, windowHeight);
+  platform::ShowPresented();
 }
 
 Widget* SkinHost::NewWidget(int index) {

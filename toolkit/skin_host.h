@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "platform/threads.h"
 #include "platform/window.h"
+#include "toolkit/compositor.h"
 #include "toolkit/pcm_ring.h"
 #include "toolkit/widget.h"
 
@@ -112,6 +113,7 @@ class SkinHost {
   std::atomic<int> InputActiveTick = 0;  ///< kTick is sent
   WidgetGroup groups[kGroups];
   std::unique_ptr<SkinBitmap> background, canvas;
+  Compositor compositor;
   Shared<int> currentTile = -1, previousTile = -1;
   PcmRing ring;
   Shared<int> VisualiserMode;
@@ -126,12 +128,14 @@ class SkinHost {
   void PaintWhole();
   void PaintVisualiser();
   void StepAll();
+  void PresentFrame();
   void DrawTiles();
   void DrawTile(int index);
   void DrawWidgets();
   void DriftTile(Widget& tile);
   void HideTile(int index);
   bool FillsInterface(const Widget& tile);
+  platform::Rectangle Interface() const;
   Widget* NewWidget(int index);
 
   Shared<Widget*> widgets[kWidgets];

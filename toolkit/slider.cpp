@@ -120,6 +120,7 @@ float PaintSlider(Widget& slider, float part, float position) {
                upright ? PART_FIRST_CAP : PART_SECOND_CAP);
   painter.Track();
   painter.Thumb(part, center);
+  canvas.Touch();
   return (static_cast<float>(upright ? whole - center : center) - way.HalfEnd()) / way.Length();
 }
 

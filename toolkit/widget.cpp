@@ -241,50 +241,35 @@ void Widget::StepMotion() {
   }
 }
 
-void Widget::DrawWidgetAt(int left, int top) {
+void Widget::DrawTiled(int left, int top, const Tiling& tiling) {
   if (!visible || !host) return;
   if (kind == CHECK_WIDGET) {
-    DrawImage(cap.get(), left, top, frame, frameCount);
-    DrawImage(image.get(), left + cap->width, top + (cap->height / 2 - host->fontHeight) / 2, 0, 0);
+    DrawImage(cap.get(), left, top, frame, frameCount, tiling);
+    DrawImage(image.get(), left + cap->width, top + (cap->height / 2 - host->fontHeight) / 2, 0, 0,
+              tiling);
   } else if (kind == BUTTON_WIDGET && cap->width > 0) {
-    DrawImage(cap.get(), left, top, 0, 0);
-    DrawImage(image.get(), left + cap->width, top + (cap->height - host->fontHeight) / 2, 0, 0);
+    DrawImage(cap.get(), left, top, 0, 0, tiling);
+    DrawImage(image.get(), left + cap->width, top + (cap->height - host->fontHeight) / 2, 0, 0,
+              tiling);
   } else {
-    DrawImage(image.get(), left, top, frame, frameCount);
+    DrawImage(image.get(), left, top, frame, frameCount, tiling);
   }
 }
 
-void Widget::DrawImage(const SkinBitmap* bitmap, int left, int top, int shownFrame, int frames) {
-  SkinBitmap* canvas = host->canvas.get();
-  if (!bitmap || !bitmap->bits || !canvas || !canvas->bits) return;
+void Widget::DrawImage(const SkinBitmap* bitmap, int left, int top, int shownFrame, int frames,
+                       const Tiling& tiling) {
+  if (!bitmap || !bitmap->bits) return;
   const WidgetGroup& area = *host->GetGroup(group);
   const int frameHeight = frames > 0 ? bitmap->height / frames : bitmap->height;
   const int firstRow = frames > 0 ? (frames - shownFrame - 1) * frameHeight : 0;
-  const platform::Rectangle picture{area.rawX - offsetX - area.originX + left,
-                                    area.rawY - offsetY - area.originY + top, bitmap->width,
-                                    frameHeight};
-  const platform::Rectangle window{area.absX - area.originX, area.absY - area.originY,
-                                   area.clipWidth, area.clipHeight};
-  const platform::Rectangle shown =
-      picture.Intersected(window).Intersected({0, 0, canvas->width, canvas->height});
-  if (shown.Empty()) return;
-  // Rows count from the bottom.
-  const BlitSource source =
-      bitmap->Source(shown.x - picture.x, firstRow + picture.Bottom() - shown.Bottom());
-  const BlitTarget target = canvas->Target(shown.x, canvas->height - shown.Bottom());
-  const int w = shown.width, h = shown.height;
-  const std::uint32_t key = bitmap->DrawnKey();
-  const bool keyed = key <= 0xFFFFFF;
-  const int bright = brightness, mode = blendMode;
-  if (mode != BLEND_COPY || (bright != 0 && keyed)) {
-    BlitBlend(source, w, h, target, bright, mode, key);
-  } else if (bright != 0) {
-    BlitBright(source, w, h, target, bright);
-  } else if (keyed) {
-    BlitKeyed(source, w, h, target, key);
-  } else {
-    BlitCopy(source, w, h, target);
-  }
+  const platform::Rectangle place{area.rawX - offsetX - area.originX + left,
+                                  area.rawY - offsetY - area.originY + top, bitmap->width,
+                                  frameHeight};
+  const platform::Rectangle clip{area.absX - area.originX, area.absY - area.originY, area.clipWidth,
+                                 area.clipHeight};
+  if (place.Intersected(clip).Empty() && tiling == kOnce) return;
+  host->compositor.Add({bitmap, bitmap->Version(), firstRow, place, clip, tiling, brightness,
+                        blendMode, bitmap->DrawnKey()});
 }
 
 }  // namespace kwo

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "toolkit/compositor.h"
 #include "toolkit/motion.h"
 #include "toolkit/skin_bitmap.h"
 
@@ -105,8 +106,9 @@ class Widget : public MotionOwner {
 
   /// Redraw thread.
   void StepMotion();
-  void DrawWidget() { DrawWidgetAt(x, y); }
-  void DrawWidgetAt(int left, int top);
+  /// Give the widget's pictures to the host's compositor, if it is visible.
+  void DrawWidget() { DrawTiled(x, y, kOnce); }
+  void DrawTiled(int left, int top, const Tiling& tiling);
 
   bool IsSlider() const { return kind == VERTICAL_SLIDER || kind == HORIZONTAL_SLIDER; }
 
@@ -132,7 +134,8 @@ class Widget : public MotionOwner {
   bool SetRole(SkinHost* newHost, int newKind, int newGroup);
   int LoadPicture(SkinBitmap& bitmap, const char* fileName);
   float ApplyCheck(float part, float newValue);
-  void DrawImage(const SkinBitmap* bitmap, int left, int top, int shownFrame, int frames);
+  void DrawImage(const SkinBitmap* bitmap, int left, int top, int shownFrame, int frames,
+                 const Tiling& tiling);
 };
 
 /// Fill of all labels with a visible ground.

@@ -105,7 +105,8 @@ struct WindowState {
   platform::Rectangle place;
   bool exists, visible, minimised, topmost, captured, pointerShown, editFocused;
   std::string caption;
-  int presented;  ///< how often pixels were presented
+  int presented;                      ///< how often pixels were presented
+  platform::Rectangle lastPresented;  ///< which, the last time
 };
 WindowState Window();
 /// What the media controls show.

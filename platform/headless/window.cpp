@@ -43,7 +43,7 @@ struct Desktop {
   headless::WindowState window{};
   platform::ShowState show;
   std::vector<Rectangle> shape;
-  std::vector<std::uint8_t> pixels;
+  std::vector<std::uint8_t> presented, pixels;  // the latter on the screen
   std::map<int, Timer> timers;
   std::vector<Rectangle> screens{{0, 0, 1280, 800}};
   Point pointer{640, 400};
@@ -117,6 +117,7 @@ bool CreateMainWindow(WindowProcedure procedure, void* owner) {
   desktop.show = {};
   desktop.window.exists = true;
   desktop.shape.clear();
+  desktop.presented.clear();
   desktop.pixels.clear();
   desktop.timers.clear();
   desktop.pointerHides = 0;
@@ -165,11 +166,14 @@ void MoveWindow(Point place) {
 
 void ResizeWindow(Size size) {
   std::lock_guard guard(lock);
-  desktop.window.place.width = size.width;
-  desktop.window.place.height = size.height;
-  desktop.pixels.assign(
+  Rectangle& place = desktop.window.place;
+  if (place.width == size.width && place.height == size.height) return;
+  place.width = size.width;
+  place.height = size.height;
+  desktop.presented.assign(
       static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * kBytesPerPixel,
       0);
+  desktop.pixels = desktop.presented;
 }
 
 void SetWindowShape(const std::vector<Rectangle>& runs) {
@@ -220,11 +224,18 @@ void Present(const Picture& picture, const Rectangle& area) {
     return;
   for (int y = area.y; y < area.y + area.height; ++y) {
     const std::ptrdiff_t row = picture.height - 1 - y;
-    CopyPixels(picture.bits + row * picture.stride + 3 * area.x,
-               desktop.pixels.data() + (std::ptrdiff_t{y} * place.width + area.x) * kBytesPerPixel,
-               area.width);
+    CopyPixels(
+        picture.bits + row * picture.stride + 3 * area.x,
+        desktop.presented.data() + (std::ptrdiff_t{y} * place.width + area.x) * kBytesPerPixel,
+        area.width);
   }
   ++desktop.window.presented;
+  desktop.window.lastPresented = area;
+}
+
+void ShowPresented() {
+  std::lock_guard guard(lock);
+  desktop.pixels = desktop.presented;
 }
 
 void SetCapture() {

@@ -1,9 +1,11 @@
 // The whole program with its threads side by side, a user who presses and drags wherever he likes,
 // and a desktop that asks without end.  What is looked for is found by the sanitizers, and by the
-// end that must come. usage: window_stress [ACTIONS [SEED]]
+// end that must come.  With "twin" one thread runs at a time, and each frame, which is composed in
+// parts, is composed a second time, whole. usage: window_stress [ACTIONS [SEED [twin]]]
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -14,6 +16,7 @@
 #include "platform/headless/headless.h"
 #include "platform/threads.h"
 #include "tests/support.h"
+#include "toolkit/skin_host.h"
 #include "tools/drive_script.h"
 
 namespace kwo {
@@ -84,6 +87,42 @@ void AskWithoutEnd(void* argument) {
   }
 }
 
+// The redraw thread's work in its place, with a slow twin of the canvas.
+struct FrameTwin {
+  Shared<int> ended;
+  SkinBitmap twin;
+  int frames = 0, wrong = 0;
+
+  void Compare(const SkinHost& host) {
+    const SkinBitmap& canvas = *host.canvas;
+    if (twin.width != canvas.width || twin.height != canvas.height) {
+      twin.ReleaseHandle();
+      twin.CreateBlank(canvas.width, canvas.height, 0);
+      twin.CopyFrom(&canvas, 0, 0, canvas.width, canvas.height);
+    }
+    host.compositor.ComposeWhole(twin);
+    const auto bytes = static_cast<std::size_t>(canvas.stride * canvas.height);
+    ++frames;
+    if (std::memcmp(twin.bits, canvas.bits, bytes) == 0) return;
+    if (wrong++ == 0) std::printf("window_stress: frame %d differs from its twin\n", frames);
+    std::memcpy(twin.bits, canvas.bits, bytes);
+  }
+
+  static void Run(void* argument) {
+    auto& self = *static_cast<FrameTwin*>(argument);
+    while (!self.ended && !(TheSkinHost && TheSkinHost->threadAlive)) platform::Sleep(1);
+    if (TheSkinHost) TheSkinHost->StopRedraw();
+    while (!self.ended && TheSkinHost) {
+      SkinHost& host = *TheSkinHost;
+      host.RedrawFrame();
+      platform::ShowPresented();
+      if (host.active && host.canvas) self.Compare(host);
+      platform::Sleep(1000 / host.frameRate);
+      if (TheSkinHost && host.InputActiveTick && host.callback) host.callback(host, kTick, 0, 0);
+    }
+  }
+};
+
 int Main(int count, char** arguments) {
   const int actions = count > 1 ? std::atoi(arguments[1]) : 400;
   const unsigned seed = count > 2 ? static_cast<unsigned>(std::atoi(arguments[2])) : 1;
@@ -96,19 +135,26 @@ int Main(int count, char** arguments) {
 
   std::vector<tools::ScriptStep> steps;
   std::string error;
-  headless::UseRunningClock(100);
+  const bool twin = count > 3;
+  if (!twin) headless::UseRunningClock(100);
+  FrameTwin frames;
+  platform::Thread* redraw =
+      twin ? platform::StartThread(FrameTwin::Run, &frames, "redraw") : nullptr;
   Desktop desktop{platform::FromMachinePath(songs), {}};
   platform::Thread* hands = platform::StartThread(AskWithoutEnd, &desktop, "desktop");
   const bool ran = tools::ParseScript(RandomScript(actions, seed, songs), steps, error) &&
                    tools::RunScript(steps, folder, folder, error);
   desktop.ended = 1;
+  frames.ended = 1;
   platform::JoinThread(hands);
+  if (redraw) platform::JoinThread(redraw);
   const bool saved = ran && std::filesystem::exists(folder + "/HISTORY.PLA") &&
                      std::filesystem::file_size(folder + "/EQ.SET") == 8448;
   std::printf("window_stress: %d actions, %s%s\n", actions,
               saved ? "everything saved" : "NOT SAVED", error.c_str());
+  if (twin) std::printf("window_stress: %d frames, %d wrong\n", frames.frames, frames.wrong);
   std::filesystem::remove_all(folder);
-  return !saved;
+  return !saved || frames.wrong > 0 || (twin && frames.frames < 4 * actions);
 }
 
 }  // namespace

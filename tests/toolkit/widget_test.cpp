@@ -203,6 +203,11 @@ TEST_F(Toolkit, TilesRepeatDriftPulseAndCrossFade) {
   host.currentTile = 3;
   DrawFrames();
   EXPECT_EQ(0x646464u, pixel(79, 49)) << "a tile of one pixel, drawn before its way has begun";
+  Canvas(4, 4, 8, 0x323232).SetPlace(0, -6);
+  host.GetWidget(4)->frameCount = 2;
+  host.currentTile = 4;
+  DrawFrames();
+  EXPECT_EQ(0x323232u, pixel(20, 12)) << "a tile that leaves gaps, its first one above the frame";
 }
 
 // Draws a widget pixel by pixel, by a loop that knows nothing of rows, vectors or clipping.
@@ -244,6 +249,7 @@ TEST_F(Toolkit, FrameEqualsThePixelByPixelComposition) {
       for (int j = 0; j < w.image->stride * w.image->height; ++j)
         w.image->bits[j] = static_cast<std::uint8_t>(
             next(2) ? next(256) : kKey >> (16 - 8 * (j % w.image->stride % 3)));
+      w.image->Touch();
       w.image->key = next(2) ? kKey : kNoKey;
       w.brightness = next(2) ? next(700) - 350 : 0;
       w.blendMode = next(5);
@@ -259,6 +265,109 @@ TEST_F(Toolkit, FrameEqualsThePixelByPixelComposition) {
     DrawFrames();
     ASSERT_EQ(expected, canvas()) << round;
   }
+}
+
+// Every frame is drawn a second time, whole, over what its twin was before.
+TEST_F(Toolkit, FrameComposedInPartsEqualsTheWholeOne) {
+  std::mt19937 random(11);
+  const auto next = [&](int range) { return static_cast<int>(random() >> 1) % range; };
+  const auto color = [&] { return static_cast<std::uint32_t>(next(1 << 24)); };
+  host.SetSkinFont("Tahoma", 8, 0);
+  host.background = std::make_unique<SkinBitmap>();
+  host.background->CreateBlank(100, 80, 0x203040);
+  host.groups[1].PlaceGroup(&host.groups[0], 10, 5, 1, 30, 20, 0, 0);
+  host.groups[1].visible = 1;
+  SkinBitmap twin;
+  twin.CreateBlank(100, 80, 0);
+  twin.CopyFrom(host.canvas.get(), 0, 0, 100, 80);
+  int inParts = 0;
+  for (int frame = 0; frame < 6000; ++frame) {
+    if (frame % 100 == 0) {
+      for (int i = 0; i < 8; ++i) Canvas(i, 10, 8, color(), i % 2).frameCount = 2;
+      host.currentTile = host.previousTile = -1;
+    }
+    for (int change = next(4); change > 0; --change) {
+      const int index = next(8);
+      Widget& w = *host.GetWidget(index);
+      switch (next(16)) {
+        case 0:
+          w.image->FillRectangle(next(10), next(8), 1 + next(10), 1 + next(8), color());
+          break;
+        case 1:
+          w.SetPlace(next(80) - 10, next(60) - 10);
+          break;
+        case 2:
+          w.brightness = next(3) ? 0 : next(500) - 250;
+          break;
+        case 3:
+          w.blendMode = next(4);
+          break;
+        case 4:
+          w.visible = next(2);
+          break;
+        case 5:
+          w.image->key = next(2) ? PixelAt(*w.image, 0, 0) : kNoKey;
+          break;
+        case 6:
+          w.SetFrame(next(2));
+          break;
+        case 7:
+          w.layer = next(4);
+          break;
+        case 8:
+          w.group = next(2);
+          break;
+        case 9:
+          host.groups[1].x = next(60) - 10;
+          break;
+        case 10:
+          // One that leads out of the interface's frame.
+          host.groups[1].parent = next(40) ? &host.groups[0] : nullptr;
+          break;
+        case 11:
+          if (next(20) == 0) host.ShowTile(next(10) - 2, next(2));
+          break;
+        case 12:
+          // A tile that stands still, and may leave gaps or let the old frame through.
+          host.currentTile = next(2) ? -1 : index;
+          host.previousTile = -1;
+          w.SetFrame(0);
+          w.frameCount = 1 + next(2);
+          w.group = 0;
+          w.image->key = next(2) ? PixelAt(*w.image, 0, 0) : kNoKey;
+          w.width = w.image->width + next(2);
+          w.SetPlace(-next(20), -next(20));
+          break;
+        case 13:
+          w.SetLabelAt("a", color(), kNoKey, 0, 0);
+          break;
+        case 14:
+          if (next(20) == 0) Canvas(next(8), 1 + next(70), 1 + next(50), color()).frameCount = 2;
+          break;
+        default:
+          if (next(40) == 0) host.canvas->FillRectangle(next(90), next(70), 20, 20, color());
+          if (next(40) == 0) host.background->FillSolid(color());
+          twin.CopyFrom(host.canvas.get(), 0, 0, 100, 80);
+          break;
+      }
+    }
+    DrawFrames();
+    host.compositor.ComposeWhole(twin);
+    ASSERT_TRUE(std::equal(twin.bits, twin.bits + 300 * 80, host.canvas->bits)) << frame;
+    // And the window shows the same of the interface, and no more.
+    platform::ShowPresented();
+    const std::vector<std::uint8_t> shown = headless::WindowPixels();
+    for (int y = 0; y < 80; ++y)
+      for (int x = 0; x < 100; ++x) {
+        const std::uint8_t* pixel = &shown[static_cast<std::size_t>(4 * (100 * y + x))];
+        const bool inside = host.groups[0].Contains(x, y);
+        ASSERT_EQ(inside ? PixelAt(*host.canvas, x, y) : 0,
+                  pixel[2] << 16 | pixel[1] << 8 | pixel[0])
+            << frame;
+      }
+    inParts += headless::Window().lastPresented != platform::Rectangle{20, 10, 60, 40};
+  }
+  EXPECT_LT(1000, inParts);
 }
 
 TEST_F(Toolkit, PausedThreadLeavesTheTableAloneAndGoesOnAfterwards) {

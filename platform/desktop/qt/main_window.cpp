@@ -42,6 +42,9 @@ std::atomic<bool> captionChanged = false;
 std::atomic<unsigned> changedRows = 0;
 std::atomic<int> editCaret = 0;
 std::atomic<MainWindow*> presentTarget = nullptr;
+// What any thread brings to the screen itself; null where the main thread has to paint.
+std::mutex directLock;
+SharedPicture* directPicture = nullptr;
 
 int ScreenScale() {
   const double dots = QGuiApplication::primaryScreen()->logicalDotsPerInch();
@@ -163,6 +166,7 @@ MainWindow::MainWindow(WindowProcedure newProcedure, void* newOwner)
 }
 
 void MainWindow::Resize(Size newSize) {
+  SetDirect(false);
   size = newSize;
   const int width = std::max(1, size.width), height = std::max(1, size.height);
   shared = SharedPicture::Create(*windowHandle(), {width, height});
@@ -171,8 +175,14 @@ void MainWindow::Resize(Size newSize) {
                  : QImage(width, height, QImage::Format_RGB32);
   front.fill(Qt::black);
   setFixedSize(width * scale, height * scale);
-  setAttribute(Qt::WA_PaintOnScreen, IsDirect());
+  SetDirect(IsDirect());
   presentTarget = this;
+}
+
+void MainWindow::SetDirect(bool direct) {
+  setAttribute(Qt::WA_PaintOnScreen, direct);
+  std::lock_guard guard(directLock);
+  directPicture = direct ? shared.get() : nullptr;
 }
 
 void MainWindow::Shape(const std::vector<Rectangle>& runs) {
@@ -195,7 +205,7 @@ void MainWindow::Rescale() {
   if (now == scale) return;
   scale = now;
   setFixedSize(std::max(1, size.width) * scale, std::max(1, size.height) * scale);
-  setAttribute(Qt::WA_PaintOnScreen, IsDirect());
+  SetDirect(IsDirect());
   Shape(shape);
 }
 
@@ -347,8 +357,21 @@ void Present(const Picture& picture, const Rectangle& area) {
     if (first < 0) first = y;
     end = y + 1;
   }
-  if (first < 0) return;
-  AddChangedRows(first, end);
+  if (first >= 0) AddChangedRows(first, end);
+}
+
+// The one who drew a frame sends it, which spares the main thread a waking.
+void ShowPresented() {
+  if (changedRows == 0) return;
+  {
+    std::lock_guard guard(directLock);
+    if (directPicture) {
+      const unsigned rows = changedRows.exchange(0);
+      directPicture->Show(static_cast<int>(rows >> 16),
+                          static_cast<int>(rows & 0xFFFF) - static_cast<int>(rows >> 16));
+      return;
+    }
+  }
   if (mainLoop.wake) mainLoop.wake();
 }
 
@@ -358,6 +381,7 @@ int EditCaret() {
 
 void DestroyMainWindow() {
   presentTarget = nullptr;
+  if (mainWindow) mainWindow->SetDirect(false);
   mainWindow.reset();
 }
 

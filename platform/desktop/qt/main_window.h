@@ -35,6 +35,8 @@ class MainWindow : public QWidget {
 
   void Resize(Size size);
   void Shape(const std::vector<Rectangle>& runs);
+  /// Whether any thread brings the picture to the screen, past the toolkit.
+  void SetDirect(bool direct);
   /// Takes the screen's density anew.
   void Rescale();
   void PutCaption();

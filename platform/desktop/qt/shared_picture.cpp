@@ -62,6 +62,7 @@ std::unique_ptr<SharedPicture> SharedPicture::Create(const QWindow& window, Size
     return nullptr;
   }
   std::unique_ptr<SharedPicture> picture(new SharedPicture);
+  picture->display_ = display;
   picture->memory_ = memory;
   picture->size_ = size;
   picture->depth_ = geometry->depth;
@@ -82,14 +83,13 @@ SharedPicture::~SharedPicture() {
 }
 
 void SharedPicture::Show(int first, int count) const {
-  xcb_connection_t* display = Display();
-  if (!display || count < 1) return;
+  if (count < 1) return;
   const auto width = static_cast<std::uint16_t>(size_.width);
   const auto row = static_cast<std::int16_t>(first);
-  xcb_shm_put_image(display, window_, context_, width, static_cast<std::uint16_t>(size_.height), 0,
+  xcb_shm_put_image(display_, window_, context_, width, static_cast<std::uint16_t>(size_.height), 0,
                     static_cast<std::uint16_t>(first), width, static_cast<std::uint16_t>(count), 0,
                     row, depth_, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, segment_, 0);
-  xcb_flush(display);
+  xcb_flush(display_);
 }
 
 }  // namespace kwo::platform

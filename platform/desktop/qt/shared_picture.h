@@ -6,6 +6,7 @@
 #include "platform/window.h"
 
 class QWindow;
+struct xcb_connection_t;
 
 namespace kwo::platform {
 
@@ -14,7 +15,7 @@ namespace kwo::platform {
 class SharedPicture {
  public:
   /// Null where the display can't read our memory, as over a network, or has other pixels.  Main
-  /// thread, as all but the pixels.
+  /// thread.
   static std::unique_ptr<SharedPicture> Create(const QWindow& window, Size size);
   ~SharedPicture();
   SharedPicture(const SharedPicture&) = delete;
@@ -23,12 +24,13 @@ class SharedPicture {
   /// 0x00RRGGBB by rows from the top, black at first.  Any thread may write them; the server may be
   /// reading.
   std::uint32_t* Pixels() const { return static_cast<std::uint32_t*>(memory_); }
-  /// Shows so many rows.
+  /// Shows so many rows.  Any thread.
   void Show(int first, int count) const;
 
  private:
   SharedPicture() = default;
 
+  xcb_connection_t* display_ = nullptr;
   void* memory_ = nullptr;
   Size size_{0, 0};
   std::uint8_t depth_ = 0;
