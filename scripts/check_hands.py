@@ -10,14 +10,27 @@ import sys
 import tempfile
 import time
 
+import numpy
+
 import desk
 from checks import check, finish, pixels
 
+STILL = (40, 40, 400, 160)  # of the info page nothing moves there
 
 def area(x, y, width, height):
     """Of the window's picture."""
     player.shot(shot)
-    return pixels(shot)[y:y + height, x:x + width]
+    return pixels(shot, player.on_screen(488))[y:y + height, x:x + width]
+
+
+def enlarged(picture, scale):
+    """By means over what each pixel of the screen lies upon."""
+    def shares(size):
+        screen, own = numpy.arange(int(size * scale))[:, None], numpy.arange(size)[None, :]
+        overlap = numpy.minimum(own + 1, (screen + 1) / scale) - numpy.maximum(own, screen / scale)
+        return numpy.maximum(overlap, 0) * scale
+    down, across = shares(picture.shape[0]), shares(picture.shape[1])
+    return numpy.einsum("yr,xc,rcz->yxz", down, across, picture, optimize=True)
 
 
 def warmth():
@@ -157,15 +170,27 @@ try:
     time.sleep(1)
     restart()
 
-    # Twice as dense.
+    # Denser screens show the same, and are pressed at the same places.
     player.drag(frame, (frame[0] + 700 - player.place[0], frame[1] + 450 - player.place[1]))
+    player.place = desk.geometry(player.window)
+    player.open_page("info")
+    plain = area(*STILL)
     player.quit()
-    subprocess.run(["xrdb", "-merge"], input="Xft.dpi: 192\n", text=True, check=True)
-    player.start(width=976)
-    place = desk.geometry(player.window)
-    check("the window is wholly on a screen of another density",
-          0 <= place[0] <= 1280 - 976 and 0 <= place[1] <= 800 - 604, place)
+    for dots in (192, 120, 144, 168):
+        subprocess.run(["xrdb", "-merge"], input=f"Xft.dpi: {dots}\n", text=True, check=True)
+        player.start(scale=dots / 96)
+        place = desk.geometry(player.window)
+        check(f"at {dots} dots an inch the window is wholly on the screen",
+              0 <= place[0] <= 1280 - player.on_screen(488) and
+              0 <= place[1] <= 800 - player.on_screen(302), place)
+        time.sleep(1.5)
+        player.open_page("info")
+        x, y, width, height = (int(value * player.scale) for value in STILL)
+        difference = abs(area(x, y, width, height) - enlarged(plain, player.scale)).max()
+        check("every pixel is the mean of what it lies upon", difference <= 1, difference)
+        check("the end is in order", player.quit() == 0)
     subprocess.run(["xrdb", "-merge"], input="Xft.dpi: 96\n", text=True, check=True)
+    player.start()
     check("the end is in order", player.quit() == 0)
 finally:
     if player.process.poll() is None:

@@ -1,6 +1,7 @@
 """The program on a real X desktop: starting it, pressing its controls, seeing and hearing it.
 
 Needs DISPLAY with a window manager, xdotool, ImageMagick's `import` and, for sound, `parec`."""
+import math
 import os
 import pathlib
 import shutil
@@ -94,7 +95,9 @@ class Player:
                 (self.folder / data).symlink_to(ROOT / data)
         self.start()
 
-    def start(self, width=488):
+    def start(self, scale=1, width=488):
+        """Where the screen is `scale` times as dense as a plain one; a skin may have another width."""
+        self.scale = scale
         environment = dict(os.environ, XDG_CONFIG_HOME=str(self.folder / "config"))
         (self.folder / "config").mkdir(exist_ok=True)
         begun = time.monotonic()
@@ -107,7 +110,7 @@ class Player:
             found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid",
                                     str(self.process.pid)], capture_output=True, text=True).stdout
             for window in found.split():  # not the tray icon's
-                if f"WIDTH={width}" in run("xdotool", "getwindowgeometry", "--shell", window):
+                if f"WIDTH={self.on_screen(width)}" in run("xdotool", "getwindowgeometry", "--shell", window):
                     self.window = window
         self.first_seen = time.monotonic() - begun
         self.place = geometry(self.window)
@@ -118,8 +121,13 @@ class Player:
     def caption(self):
         return run("xdotool", "getwindowname", self.window).strip()
 
+    def on_screen(self, pixels):
+        """So many of the window's own pixels, in the screen's."""
+        return math.ceil(pixels * self.scale)
+
     def move(self, x, y):
-        run("xdotool", "mousemove", self.place[0] + x, self.place[1] + y)
+        run("xdotool", "mousemove", self.place[0] + self.on_screen(x),
+            self.place[1] + self.on_screen(y))
 
     def press(self, place, button=1, rest=0.7, count=1):
         self.move(*place)
@@ -137,7 +145,8 @@ class Player:
     def shot(self, path):
         """The window's rectangle of the screen."""
         x, y = self.place
-        run("import", "-window", "root", "-crop", f"488x302+{x}+{y}", "+repage", path)
+        run("import", "-window", "root", "-crop",
+            f"{self.on_screen(488)}x{self.on_screen(302)}+{x}+{y}", "+repage", path)
 
     def portrait(self, path):
         """The same, with what is not the window's made clear."""

@@ -30,7 +30,6 @@ int openDialogs = 0;
 
 namespace {
 
-constexpr double kPlainDotsPerInch = 96;
 constexpr int kStripRows = 40;
 constexpr int kEditWidth = 100, kEditHeight = 18, kEditAbove = -100;
 
@@ -42,13 +41,9 @@ std::atomic<bool> captionChanged = false;
 std::atomic<unsigned> changedRows = 0;
 std::atomic<int> editCaret = 0;
 std::atomic<MainWindow*> presentTarget = nullptr;
-// What any thread brings to the screen itself; null where the main thread has to paint.
-std::mutex directLock;
-SharedPicture* directPicture = nullptr;
 
-int ScreenScale() {
-  const double dots = QGuiApplication::primaryScreen()->logicalDotsPerInch();
-  return std::max(1, static_cast<int>(dots / kPlainDotsPerInch));
+Density ScreenDensity() {
+  return Density::Of(QGuiApplication::primaryScreen()->logicalDotsPerInch());
 }
 
 constexpr std::uint32_t kOpaque = 0xFF000000u;
@@ -154,7 +149,7 @@ void InputEdit::keyPressEvent(QKeyEvent* event) {
 MainWindow::MainWindow(WindowProcedure newProcedure, void* newOwner)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowSystemMenuHint |
                            Qt::WindowMinimizeButtonHint),
-      scale(ScreenScale()),
+      density(ScreenDensity()),
       procedure(newProcedure),
       owner(newOwner) {
   setAttribute(Qt::WA_OpaquePaintEvent);
@@ -165,24 +160,46 @@ MainWindow::MainWindow(WindowProcedure newProcedure, void* newOwner)
   setWindowTitle("KWO");
 }
 
+std::uint32_t* MainWindow::ScreenPicture::Pixels() const {
+  return reinterpret_cast<std::uint32_t*>(const_cast<uchar*>(image.constBits()));
+}
+
+MainWindow::ScreenPicture MainWindow::MakePicture(Size pictureSize) const {
+  const int width = std::max(1, pictureSize.width), height = std::max(1, pictureSize.height);
+  ScreenPicture picture{SharedPicture::Create(*windowHandle(), {width, height}), {}};
+  picture.image = picture.shared ? QImage(reinterpret_cast<uchar*>(picture.shared->Pixels()), width,
+                                          height, QImage::Format_RGB32)
+                                 : QImage(width, height, QImage::Format_RGB32);
+  picture.image.fill(Qt::black);
+  return picture;
+}
+
 void MainWindow::Resize(Size newSize) {
-  SetDirect(false);
-  size = newSize;
-  const int width = std::max(1, size.width), height = std::max(1, size.height);
-  shared = SharedPicture::Create(*windowHandle(), {width, height});
-  front = shared ? QImage(reinterpret_cast<uchar*>(shared->Pixels()), width, height,
-                          QImage::Format_RGB32)
-                 : QImage(width, height, QImage::Format_RGB32);
-  front.fill(Qt::black);
-  setFixedSize(width * scale, height * scale);
-  SetDirect(IsDirect());
+  {
+    std::lock_guard guard(screenLock);
+    size = newSize;
+    plain = MakePicture(size);
+  }
+  FitToScreen(density);
   presentTarget = this;
 }
 
-void MainWindow::SetDirect(bool direct) {
-  setAttribute(Qt::WA_PaintOnScreen, direct);
-  std::lock_guard guard(directLock);
-  directPicture = direct ? shared.get() : nullptr;
+// The picture that is presented into stays.
+void MainWindow::FitToScreen(Density now) {
+  {
+    std::lock_guard guard(screenLock);
+    density = now;
+    enlarger.reset();
+    enlarged = {};
+    if (!density.Plain()) {
+      enlarger =
+          std::make_unique<Enlarger>(density, Size{plain.image.width(), plain.image.height()});
+      enlarged = MakePicture(enlarger->ScreenSize());
+      enlarger->Enlarge(plain.Pixels(), 0, plain.image.height(), enlarged.Pixels());
+    }
+    setAttribute(Qt::WA_PaintOnScreen, IsDirect());
+  }
+  setFixedSize(Shown().image.size());
 }
 
 void MainWindow::Shape(const std::vector<Rectangle>& runs) {
@@ -193,19 +210,19 @@ void MainWindow::Shape(const std::vector<Rectangle>& runs) {
   }
   std::vector<QRect> rectangles;
   rectangles.reserve(runs.size());
-  for (const Rectangle& run : runs)
-    rectangles.emplace_back(run.x * scale, run.y * scale, run.width * scale, run.height * scale);
+  for (const Rectangle& run : runs) {
+    const Rectangle covered = density.Covered(run);
+    rectangles.emplace_back(covered.x, covered.y, covered.width, covered.height);
+  }
   QRegion region;
   region.setRects(rectangles.data(), static_cast<int>(rectangles.size()));
   setMask(region);
 }
 
 void MainWindow::Rescale() {
-  const int now = ScreenScale();
-  if (now == scale) return;
-  scale = now;
-  setFixedSize(std::max(1, size.width) * scale, std::max(1, size.height) * scale);
-  SetDirect(IsDirect());
+  const Density now = ScreenDensity();
+  if (now == density) return;
+  FitToScreen(now);
   Shape(shape);
 }
 
@@ -213,12 +230,29 @@ QPaintEngine* MainWindow::paintEngine() const {
   return IsDirect() ? nullptr : QWidget::paintEngine();
 }
 
-void MainWindow::ShowRows(int first, int end) {
-  if (IsDirect()) {
-    shared->Show(first, end - first);
-  } else {
-    repaint(0, first * scale, width(), (end - first) * scale);
+// Enlarges changed rows, and gives where on the screen they are.
+QRect MainWindow::Prepare(unsigned rows) {
+  const int first = static_cast<int>(rows >> 16), end = static_cast<int>(rows & 0xFFFF);
+  const QRect whole = Shown().image.rect();
+  if (!enlarger) return QRect(0, first, whole.width(), end - first);
+  enlarger->Enlarge(plain.Pixels(), first, end, enlarged.Pixels());
+  const int top = density.FirstRow(first);
+  return QRect(0, top, whole.width(), density.EndRow(end) - top) & whole;
+}
+
+bool MainWindow::SendRows() {
+  std::lock_guard guard(screenLock);
+  if (!IsDirect()) return false;
+  if (const unsigned rows = changedRows.exchange(0)) {
+    const QRect area = Prepare(rows);
+    Shown().shared->Show(area.top(), area.height());
   }
+  return true;
+}
+
+void MainWindow::ShowRows() {
+  if (SendRows()) return;
+  if (const unsigned rows = changedRows.exchange(0)) repaint(Prepare(rows));
 }
 
 void MainWindow::PutCaption() {
@@ -229,29 +263,25 @@ void MainWindow::PutCaption() {
 void MainWindow::paintEvent(QPaintEvent* event) {
   const QRect area = event->rect();
   if (IsDirect()) {
-    shared->Show(area.top(), area.height());
+    Shown().shared->Show(area.top(), area.height());
     return;
   }
   QPainter painter(this);
-  painter.scale(scale, scale);
-  const int left = area.left() / scale, top = area.top() / scale;
-  const int right = area.right() / scale, bottom = area.bottom() / scale;
   // In strips: a larger picture is shared out among threads of the toolkit's own, whose waking
   // costs more than they save.
-  for (int y = top; y <= bottom; y += kStripRows) {
-    const QRect strip(left, y, right - left + 1, std::min(kStripRows, bottom - y + 1));
-    painter.drawImage(strip, front, strip);
+  for (int y = area.top(); y <= area.bottom(); y += kStripRows) {
+    const QRect strip = QRect(area.left(), y, area.width(), kStripRows) & area;
+    painter.drawImage(strip, Shown().image, strip);
   }
 }
 
-Point MainWindow::LocalPlace(const QMouseEvent& event) const {
-  const QPointF place = event.position();
-  return {static_cast<int>(std::floor(place.x() / scale)),
-          static_cast<int>(std::floor(place.y() / scale))};
+Point MainWindow::OwnPlace(QPointF screen) const {
+  return density.ToOwn(
+      {static_cast<int>(std::floor(screen.x())), static_cast<int>(std::floor(screen.y()))});
 }
 
 void MainWindow::PostButton(const QMouseEvent& event, int left, int right) {
-  const int place = PackPlace(LocalPlace(event));
+  const int place = PackPlace(OwnPlace(event.position()));
   pressed.setFlag(event.button(), event.type() != QEvent::MouseButtonRelease);
   const unsigned keys = KeysOf(event.modifiers());
   if (event.button() == Qt::LeftButton) PostMessage({left, 0, place, keys});
@@ -261,8 +291,7 @@ void MainWindow::PostButton(const QMouseEvent& event, int left, int right) {
 void MainWindow::PostMissedReleases() {
   const Qt::MouseButtons missed = pressed & ~QGuiApplication::mouseButtons();
   pressed &= ~missed;
-  const QPoint pointer = (QCursor::pos() - pos()) / scale;
-  const int place = PackPlace({std::max(0, pointer.x()), std::max(0, pointer.y())});
+  const int place = PackPlace(OwnPlace(QCursor::pos() - pos()));
   if (missed & Qt::LeftButton) PostMessage({kMessageLeftUp, 0, place});
   if (missed & Qt::RightButton) PostMessage({kMessageRightUp, 0, place});
 }
@@ -280,15 +309,13 @@ void MainWindow::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void MainWindow::mouseMoveEvent(QMouseEvent* event) {
-  const Point place = LocalPlace(*event);
+  const Point place = OwnPlace(event->position());
   if (captured || Rectangle{0, 0, size.width, size.height}.Contains(place))
     PostMessage({kMessageMouseMove, 0, PackPlace(place)});
 }
 
 void MainWindow::wheelEvent(QWheelEvent* event) {
-  const QPointF place = event->position() / scale;
-  PostMessage({kMessageWheel, event->angleDelta().y(),
-               PackPlace({static_cast<int>(place.x()), static_cast<int>(place.y())})});
+  PostMessage({kMessageWheel, event->angleDelta().y(), PackPlace(OwnPlace(event->position()))});
 }
 
 void MainWindow::changeEvent(QEvent* event) {
@@ -328,8 +355,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
 void ServeWindow() {
   if (!mainWindow) return;
   if (captionChanged.exchange(false)) mainWindow->PutCaption();
-  if (const unsigned rows = changedRows.exchange(0))
-    mainWindow->ShowRows(static_cast<int>(rows >> 16), static_cast<int>(rows & 0xFFFF));
+  mainWindow->ShowRows();
 }
 
 void SetCaption(const char* text) {
@@ -350,8 +376,7 @@ void Present(const Picture& picture, const Rectangle& area) {
   for (int y = area.y; y < area.y + area.height; ++y) {
     const std::ptrdiff_t row = picture.height - 1 - y;
     const std::ptrdiff_t line = y;
-    auto* to = reinterpret_cast<std::uint32_t*>(const_cast<uchar*>(window->front.constBits()) +
-                                                line * window->front.bytesPerLine());
+    std::uint32_t* to = window->OwnPixels() + line * picture.width;
     if (!CopyPixels(picture.bits + row * picture.stride + 3 * area.x, to + area.x, area.width))
       continue;
     if (first < 0) first = y;
@@ -362,17 +387,8 @@ void Present(const Picture& picture, const Rectangle& area) {
 
 // The one who drew a frame sends it, which spares the main thread a waking.
 void ShowPresented() {
-  if (changedRows == 0) return;
-  {
-    std::lock_guard guard(directLock);
-    if (directPicture) {
-      const unsigned rows = changedRows.exchange(0);
-      directPicture->Show(static_cast<int>(rows >> 16),
-                          static_cast<int>(rows & 0xFFFF) - static_cast<int>(rows >> 16));
-      return;
-    }
-  }
-  if (mainLoop.wake) mainLoop.wake();
+  MainWindow* window = presentTarget;
+  if (window && changedRows != 0 && !window->SendRows() && mainLoop.wake) mainLoop.wake();
 }
 
 int EditCaret() {
@@ -381,7 +397,6 @@ int EditCaret() {
 
 void DestroyMainWindow() {
   presentTarget = nullptr;
-  if (mainWindow) mainWindow->SetDirect(false);
   mainWindow.reset();
 }
 

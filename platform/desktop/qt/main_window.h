@@ -6,9 +6,11 @@
 #include <atomic>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
+#include "platform/density.h"
 #include "platform/desktop/qt/shared_picture.h"
 #include "platform/show_state.h"
 #include "platform/window.h"
@@ -35,18 +37,21 @@ class MainWindow : public QWidget {
 
   void Resize(Size size);
   void Shape(const std::vector<Rectangle>& runs);
-  /// Whether any thread brings the picture to the screen, past the toolkit.
-  void SetDirect(bool direct);
   /// Takes the screen's density anew.
   void Rescale();
   void PutCaption();
-  /// Brings rows of the picture to the screen.
-  void ShowRows(int first, int end);
+  /// What any thread presents into: 32 bits a pixel, from the top, without padding.
+  std::uint32_t* OwnPixels() const { return plain.Pixels(); }
+  /// Brings the rows presented to the screen past the toolkit; false where it has to paint them.
+  /// Any thread.
+  bool SendRows();
+  /// Brings them there in any case.
+  void ShowRows();
   /// For buttons that were let go where the window does not see it, as over a menu.
   void PostMissedReleases();
 
-  // Places in the window's own pixels; `scale` screen pixels make one.
-  int scale;
+  // Places in the window's own pixels.
+  Density density;
   const WindowProcedure procedure;
   void* const owner;
   Size size{0, 0};
@@ -58,10 +63,6 @@ class MainWindow : public QWidget {
   int pointerHides = 0;
   InputEdit* edit = nullptr;
   std::map<int, QTimer*> timers;
-  /// The picture's memory, where the display's server can read it.
-  std::unique_ptr<SharedPicture> shared;
-  /// What any thread presents into: 32 bits a pixel, from the top.
-  QImage front;
 
  protected:
   /// None where the picture comes to the screen without the toolkit.
@@ -79,9 +80,24 @@ class MainWindow : public QWidget {
   void dropEvent(QDropEvent* event) override;
 
  private:
-  bool IsDirect() const { return shared && scale == 1; }
-  Point LocalPlace(const QMouseEvent& event) const;
+  // A picture, in memory that the display's server reads where it can.
+  struct ScreenPicture {
+    std::unique_ptr<SharedPicture> shared;
+    QImage image;
+    std::uint32_t* Pixels() const;
+  };
+  ScreenPicture MakePicture(Size pictureSize) const;
+  void FitToScreen(Density now);
+  const ScreenPicture& Shown() const { return enlarger ? enlarged : plain; }
+  bool IsDirect() const { return Shown().shared != nullptr; }
+  QRect Prepare(unsigned rows);
+  Point OwnPlace(QPointF screen) const;
   void PostButton(const QMouseEvent& event, int left, int right);
+
+  // Held while rows go to the screen, and while what they go through is exchanged.
+  std::mutex screenLock;
+  ScreenPicture plain, enlarged;
+  std::unique_ptr<Enlarger> enlarger;  // none where the screen shows the window's own pixels
 };
 
 /// The one window, or null.  Main thread.

@@ -119,8 +119,8 @@ void TrackPopupMenu(std::span<const MenuItem> items, Point place) {
     action->setChecked(item.mark == MenuMark::kChosen);
     marks.addAction(action);
   }
-  const int scale = mainWindow ? mainWindow->scale : 1;
-  const QAction* chosen = menu.exec(QPoint(place.x * scale, place.y * scale));
+  if (mainWindow) place = mainWindow->density.ToScreen(place);
+  const QAction* chosen = menu.exec(QPoint(place.x, place.y));
   if (mainWindow) mainWindow->PostMissedReleases();
   if (chosen) PostMessage({kMessageCommand, chosen->data().toInt(), 0});
 }

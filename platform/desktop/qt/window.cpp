@@ -15,8 +15,17 @@
 namespace kwo::platform {
 namespace {
 
-int Scale() {
-  return mainWindow ? mainWindow->scale : 1;
+Density CurrentDensity() {
+  return mainWindow ? mainWindow->density : Density(Density::kWhole);
+}
+
+Point ToOwn(QPoint screen) {
+  return CurrentDensity().ToOwn(Point{screen.x(), screen.y()});
+}
+
+QPoint ToScreen(Point own) {
+  const Point screen = CurrentDensity().ToScreen(own);
+  return {screen.x, screen.y};
 }
 
 void SetPointerShape() {
@@ -47,10 +56,6 @@ void WatchScreens() {
   QObject::connect(qApp, &QGuiApplication::primaryScreenChanged, mainWindow.get(), TellOfScreens);
 }
 
-int DivideDown(int value, int by) {
-  return value >= 0 ? value / by : -((by - 1 - value) / by);
-}
-
 }  // namespace
 
 bool CreateMainWindow(WindowProcedure procedure, void* owner) {
@@ -71,13 +76,12 @@ void DispatchMessage(const Message& message) {
 
 Rectangle WindowRectangle() {
   if (!mainWindow) return {0, 0, 0, 0};
-  const QPoint place = mainWindow->pos();
-  return {DivideDown(place.x(), Scale()), DivideDown(place.y(), Scale()), mainWindow->size.width,
-          mainWindow->size.height};
+  const Point place = ToOwn(mainWindow->pos());
+  return {place.x, place.y, mainWindow->size.width, mainWindow->size.height};
 }
 
 void MoveWindow(Point place) {
-  if (mainWindow) mainWindow->move(place.x * Scale(), place.y * Scale());
+  if (mainWindow) mainWindow->move(ToScreen(place));
 }
 
 void ResizeWindow(Size size) {
@@ -134,26 +138,25 @@ void ShowPointer(bool show) {
 }
 
 Point PointerPosition() {
-  const QPoint place = QCursor::pos();
-  return {DivideDown(place.x(), Scale()), DivideDown(place.y(), Scale())};
+  return ToOwn(QCursor::pos());
 }
 
 void SetPointerPosition(Point place) {
-  QCursor::setPos(place.x * Scale(), place.y * Scale());
+  QCursor::setPos(ToScreen(place));
 }
 
 Size ScreenSize() {
   const QSize size = QGuiApplication::primaryScreen()->size();
-  return {size.width() / Scale(), size.height() / Scale()};
+  const Point corner = ToOwn({size.width(), size.height()});
+  return {corner.x, corner.y};
 }
 
 std::vector<Rectangle> Screens() {
-  const int scale = Scale();
   std::vector<Rectangle> screens;
   for (const QScreen* screen : QGuiApplication::screens()) {
     const QRect place = screen->geometry();
-    const Rectangle told{DivideDown(place.x(), scale), DivideDown(place.y(), scale),
-                         place.width() / scale, place.height() / scale};
+    const Point corner = ToOwn(place.topLeft()), size = ToOwn({place.width(), place.height()});
+    const Rectangle told{corner.x, corner.y, size.x, size.y};
     screens.insert(screen == QGuiApplication::primaryScreen() ? screens.begin() : screens.end(),
                    told);
   }
