@@ -50,15 +50,17 @@ TEST(Density, EnlargedPixelIsTheMeanOfWhatItLiesUpon) {
     const double scale = quarters / 4.0;
     const int width = 5 + quarters % 3, height = 7;
     std::vector<std::uint32_t> own(static_cast<std::size_t>(width * height));
-    for (std::uint32_t& pixel : own) pixel = 0xFF000000 | static_cast<std::uint32_t>(random());
     Enlarger enlarger{Density(quarters), {width, height}};
     const auto [screenWidth, screenHeight] = enlarger.ScreenSize();
     EXPECT_EQ(std::ceil(width * scale), screenWidth);
     EXPECT_EQ(std::ceil(height * scale), screenHeight);
     std::vector<std::uint32_t> screen(static_cast<std::size_t>(screenWidth * screenHeight));
-    // In parts, as rows change, and some twice.
-    for (const auto& [first, end] : {std::pair(0, 3), std::pair(5, 7), std::pair(2, 6)})
+    // In parts, as rows change: also such as it has just looked at.
+    for (const auto& [first, end] : {std::pair(0, 7), std::pair(5, 7), std::pair(2, 4)}) {
+      for (int i = first * width; i < end * width; ++i)
+        own[static_cast<std::size_t>(i)] = 0xFF000000 | static_cast<std::uint32_t>(random());
       enlarger.Enlarge(own.data(), first, end, screen.data());
+    }
     for (int y = 0; y < screenHeight; ++y)
       for (int x = 0; x < screenWidth; ++x)
         for (int shift = 0; shift < 32; shift += 8) {
