@@ -32,7 +32,7 @@ void MixRows(const std::uint16_t* upper, const std::uint16_t* lower, int upperSh
 Enlarger::Enlarger(Density density, Size own)
     : density_(density),
       own_(own),
-      screen_{density.Enlarged(own.width), density.Enlarged(own.height)} {
+      screen_{density.ToScreen(own.width), density.ToScreen(own.height)} {
   columns_.reserve(static_cast<std::size_t>(screen_.width));
   for (int x = 0; x < screen_.width; ++x) columns_.push_back(PlaceOf(x));
   for (WideRow& wide : wide_) wide.channels.resize(kChannels * columns_.size());

@@ -32,8 +32,6 @@ class Density {
   /// The pixel of the window's in which one of the screen begins.
   int ToOwn(int screen) const { return FloorDivide(screen * kWhole, quarters_); }
   Point ToOwn(Point screen) const { return {ToOwn(screen.x), ToOwn(screen.y)}; }
-  /// The pixels of the screen on which a picture shows.
-  int Enlarged(int size) const { return ToScreen(size); }
 
   /// The pixels of the screen whose middles lie in a rectangle: what adjoins goes on adjoining.
   Rectangle Covered(const Rectangle& own) const {

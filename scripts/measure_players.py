@@ -4,7 +4,8 @@ and while playing minimised, anonymous memory while playing, and the time from t
 Prints the medians over the rounds, and each figure beside the last player's.
 usage: measure_players.py SONG SECONDS ROUNDS PLAYER...     PLAYER: a build's kwo, or "audacious"
 
-Needs a display of its own with a window manager, a sound server with a null sink, and xdotool."""
+Needs a display of its own with a window manager, a session bus, a sound server with a null sink, and
+xdotool."""
 import os
 import pathlib
 import re
