@@ -27,6 +27,7 @@
 #include "panels/top_bar.h"
 #include "panels/visualisers.h"
 #include "panels/window_page.h"
+#include "platform/accessibility.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/launch.h"
@@ -262,7 +263,7 @@ int StartUp() {
   platform::OpenLaunch();
   BuildInterface();
   AddTrayIcon();
-  platform::CreateInputEdit();
+  platform::CreateInputEdit("Preset name");
   InputText.Store("");
   ReadDisplaySettings();
   SetMainDisplayMode(MainDisplayMode);
@@ -293,6 +294,7 @@ int StartUp() {
   platform::SetTimer(kTagsTimer, kTagsMilliseconds);
   AppReady = 1;
   OpenToDesktop();
+  platform::OpenAccessibility(ListControls);
   return 1;
 }
 
@@ -306,6 +308,7 @@ void SaveState() {
 int ShutDown() {
   const bool wasUp = AppReady != 0;
   AppReady = 0;
+  platform::CloseAccessibility();
   platform::CloseMediaControls();
   EndReadingTags();
   DjEnd();

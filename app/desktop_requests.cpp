@@ -9,6 +9,7 @@
 #include "panels/application_state.h"
 #include "panels/main_page.h"
 #include "panels/mixer_page.h"
+#include "panels/pages.h"
 #include "panels/playlist_page.h"
 #include "platform/desktop_request.h"
 #include "platform/media_controls.h"
@@ -145,6 +146,10 @@ constexpr struct {
     {Ask::kShuffle, [](DesktopRequest& request) { SetShuffle(request.value != 0); }},
     {Ask::kOpen, [](DesktopRequest& request) { Open(std::move(request.paths)); }},
     {Ask::kHelp, [](DesktopRequest&) { OpenHelp(); }},
+    {Ask::kPress, [](DesktopRequest& request) { PressControl(request.control); }},
+    {Ask::kToggle, [](DesktopRequest& request) { PressControl(request.control); }},
+    {Ask::kSetValue, [](DesktopRequest& request) { SetControl(request.control, request.value); }},
+    {Ask::kStepValue, [](DesktopRequest& request) { StepControl(request.control, request.value); }},
 };
 
 }  // namespace

@@ -129,6 +129,30 @@ void PressSlider(Widget& slider, Point place) {
   }
 }
 
+void PressByKind(Widget& widget, int message) {
+  switch (widget.kind) {
+    case BUTTON_WIDGET:
+      widget.ApplyValue(0, 0);
+      DispatchEvent(EVENT_BUTTON, &widget, static_cast<float>(message), 0);
+      break;
+    case CHECK_WIDGET:
+      DispatchEvent(EVENT_CHECK, &widget, widget.ApplyValue(CHECK_FLIP, 1.0f), 0);
+      break;
+    default:
+      DispatchEvent(EVENT_IMAGE, &widget, 0, 0);
+      break;
+  }
+}
+
+void PressRow(Widget& row) {
+  const Point place = WidgetPlace(row);
+  DispatchLocal(platform::kMessageLeftDown, row, place);
+  PressByKind(row, platform::kMessageLeftDown);
+  DispatchLocal(platform::kMessageLeftUp, row, place);
+  if (!platform::KeyDown(platform::Key::kControl))
+    DispatchLocal(platform::kMessageLeftDouble, row, place);
+}
+
 void OnPress(int message, Point place) {
   HidePointer(false);
   LetSliderGo();
@@ -143,21 +167,10 @@ void OnPress(int message, Point place) {
   const int page = CurrentPage, subPage = MixerSubPage;
   PressState = PRESS_HELD;
   DispatchLocal(message, widget, place);
-  switch (widget.kind) {
-    case VERTICAL_SLIDER:
-    case HORIZONTAL_SLIDER:
-      PressSlider(widget, place);
-      break;
-    case BUTTON_WIDGET:
-      widget.ApplyValue(0, 0);
-      DispatchEvent(EVENT_BUTTON, &widget, static_cast<float>(message), 0);
-      break;
-    case CHECK_WIDGET:
-      DispatchEvent(EVENT_CHECK, &widget, widget.ApplyValue(CHECK_FLIP, 1.0f), 0);
-      break;
-    default:
-      DispatchEvent(EVENT_IMAGE, &widget, 0, 0);
-      break;
+  if (widget.IsSlider()) {
+    PressSlider(widget, place);
+  } else {
+    PressByKind(widget, message);
   }
   if (CurrentPage != page || MixerSubPage != subPage) {
     EndPageDrags();
@@ -369,6 +382,22 @@ void ResetMainEvents() {
   awaitsPointer = false;
 }
 
+void PressControl(int id) {
+  const platform::ControlList list = ListControls();
+  const platform::Control* control = list.Find(id);
+  Widget* widget = control ? Find(id) : nullptr;
+  if (!widget) return;
+  if (AnythingHeld()) LetGo();
+  if (control->role == platform::Role::kListItem) {
+    PressRow(*widget);
+  } else if (widget == Find(WIDGET_VISUALISER)) {
+    PressVisualiser();
+  } else if (control->role == platform::Role::kButton ||
+             control->role == platform::Role::kCheckBox) {
+    PressByKind(*widget, platform::kMessageLeftDown);
+  }
+}
+
 void BringUp() {
   awaitsPointer = true;
   TheSkinHost->BringToFront();
@@ -432,6 +461,7 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
       break;
   }
   ShowStateToDesktop();
+  platform::ControlsChanged();
 }
 
 }  // namespace kwo

@@ -14,6 +14,10 @@ void MainCallback(SkinHost& host, std::uint32_t message, int wParam, int lParam)
 /// waits until the pointer has been in it.
 void BringUp();
 
+/// What a press of the mouse on a control would do, wherever the pointer is: on a song of the list
+/// two quick ones, or with Control held a single one.  Nothing for a control that is not there.
+void PressControl(int id);
+
 /// Forgets what is pressed, for a new start.
 void ResetMainEvents();
 

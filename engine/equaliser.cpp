@@ -24,6 +24,10 @@ double BandGain(float value, int band) {
 
 }  // namespace
 
+int EqualiserBandLine(int band) {
+  return kCurve[band].edge;
+}
+
 void EqualiserLineGains(const float* values, float* gains) {
   float bands[kEqualiserBands + 1];
   std::copy_n(values, kEqualiserBands, bands);

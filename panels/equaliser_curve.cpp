@@ -1,6 +1,8 @@
 #include "panels/equaliser_curve.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 
 #include "engine/transport.h"
 #include "panels/equaliser_presets.h"
@@ -10,8 +12,11 @@
 namespace kwo {
 namespace {
 
-constexpr int kCurveWidth = 192;
+constexpr int kPitch = 12;  // of the bands
+constexpr int kCurveWidth = kPitch * kBands;
 constexpr int kDipProgram = 2;
+constexpr struct { float least, most; } kBandRange{0.5f, 1.5f}, kMasterRange{0.55f, 1.45f};
+constexpr double kPercent = 100;
 
 CurveDrag EqDragMode = CurveDrag::kNone;
 
@@ -23,7 +28,7 @@ int CurveRow(float value, int height) {
 void DrawBand(SkinBitmap& canvas, int band, float value) {
   constexpr std::uint32_t kPens[] = {0xFA78A0, 0xFAA0A0, 0xFAC8A0, 0xFAF0A0};
   constexpr std::uint32_t kGrey = 0x646464;
-  constexpr int kPitch = 12, kLineWidth = 10;
+  constexpr int kLineWidth = 10;
   const int row = CurveRow(value, canvas.height);
   for (int y = canvas.height; y >= 0; y -= 2)
     canvas.FillRectangle(1 + kPitch * band, y, kLineWidth, 1, y > row ? kPens[band / 4] : kGrey);
@@ -46,13 +51,24 @@ void ApplyCurvePoint(float a, float b) {
   if (x < 0 || x > w || y < 0 || y > h || h == 0) return;
   const float value = static_cast<float>(h - y) / static_cast<float>(h) + 0.5f;
   float* values = EqPresetValues[EffectEQCurrent];
-  if (EqDragMode == CurveDrag::kMaster) values[kMasterValue] = std::clamp(value, 0.55f, 1.45f);
+  if (EqDragMode == CurveDrag::kMaster)
+    values[kMasterValue] = std::clamp(value, kMasterRange.least, kMasterRange.most);
   if (EqDragMode == CurveDrag::kBands) {
     const int band = static_cast<int>(static_cast<float>(x) / (static_cast<float>(w) * 0.0625f));
     if (band >= kBands) return;
     values[band] = value;
   }
   DrawEqualiser();
+}
+
+// Of its place among a preset's values: in a song of 44,100 samples a second for a band.
+std::string ValueName(int value) {
+  constexpr double kHertzPerLine = 44100.0 / 2 / 576;
+  if (value == kMasterValue) return "Equaliser level";
+  char name[48];
+  std::snprintf(name, sizeof name, "Band %d, %ld Hz", value + 1,
+                std::lround(EqualiserBandLine(value) * kHertzPerLine));
+  return name;
 }
 
 bool IsCurve(const Widget* widget) {
@@ -114,6 +130,36 @@ void EndCurveDrag() {
 
 void MoveCurveDrag(float x, float y) {
   if (EqDragMode != CurveDrag::kNone) ApplyCurvePoint(x, y);
+}
+
+void ListCurve(platform::ControlList& list) {
+  const int index = Find(WIDGET_CURVE)->visible ? WIDGET_CURVE : WIDGET_CURVE + 1;
+  const Widget& curve = *Find(index);
+  if (!curve.OnScreen()) return;
+  const platform::Rectangle place = curve.RestPlace();
+  for (int value = 0; value < kPresetValues; ++value) {
+    const bool master = value == kMasterValue;
+    const auto& range = master ? kMasterRange : kBandRange;
+    platform::Control slider;
+    slider.id = CONTROL_CURVE + value;
+    slider.role = platform::Role::kSlider;
+    slider.name = ValueName(value);
+    slider.place =
+        master ? place
+               : platform::Rectangle{place.x + kPitch * value, place.y, kPitch, place.height};
+    slider.value = std::round(EqPresetValues[EffectEQCurrent][value] * kPercent);
+    slider.least = std::round(range.least * kPercent);
+    slider.most = std::round(range.most * kPercent);
+    list.controls.push_back(slider);
+  }
+}
+
+void SetOnCurve(int control, double value) {
+  const int number = control - CONTROL_CURVE;
+  if (number < 0 || number >= kPresetValues) return;
+  EqPresetValues[EffectEQCurrent][number] = static_cast<float>(value / kPercent);
+  DrawEqualiser();
+  Dip();
 }
 
 }  // namespace kwo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/accessibility.h"
 #include "toolkit/widget.h"
 
 /// The equaliser's curve on its pair of canvases, of which one is shown, and the drawing of it by
@@ -22,5 +23,9 @@ enum class CurveDrag { kNone, kBands, kMaster };
 void BeginCurveDrag(const Widget* widget, CurveDrag mode, float x, float y);
 void MoveCurveDrag(float x, float y);
 void EndCurveDrag();
+
+/// The bands and the master value as sliders, in percent; 100 is neutral.
+void ListCurve(platform::ControlList& list);
+void SetOnCurve(int control, double value);
 
 }  // namespace kwo

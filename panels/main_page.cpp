@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string>
 
 #include "engine/transport.h"
 #include "panels/panel_tools.h"
@@ -25,6 +26,14 @@ constexpr char kNotice[] = "Made with care by Tavarine";
 
 // The display modes.
 enum DisplayMode : int { DISPLAY_ADDED, DISPLAY_OPAQUE, DISPLAY_TILED, DISPLAY_FULL };
+
+// The buttons beside the time, each of which goes on to the next mode.
+struct ModeButton {
+  int index;
+  const char *file, *name;
+};
+constexpr ModeButton kDisplayButton{WIDGET_DISPLAY_MODE, "ma-mode.bmp", "Next display mode"};
+constexpr ModeButton kVisualiserButton{WIDGET_VISUALISER_MODE, "ma-wave.bmp", "Next visualiser"};
 
 float SeekStartSeconds;
 int SeekStartX, SeekStartY;
@@ -66,7 +75,10 @@ int DigitX(int digit, int width) {
 }
 
 void BuildStrip() {
-  const int left = MakeStripButton(WIDGET_DISPLAY_MODE, "ma-mode.bmp", GROUP_MAIN_STRIP, 0) + 10;
+  const auto make = [](const ModeButton& row, int x) {
+    return MakeStripButton(row.index, row.file, GROUP_MAIN_STRIP, x);
+  };
+  const int left = make(kDisplayButton, 0) + 10;
   for (int i = 0; i < kDigits; ++i) {
     Widget& digit = *MakeImage(WIDGET_DIGIT + i, "ma-time.bmp", GROUP_DIGITS);
     digit.SetFrameCount(0, kDigitFrames);
@@ -76,8 +88,7 @@ void BuildStrip() {
   const Widget& digit = *Find(WIDGET_DIGIT);
   const int half = 3 * digit.width + digit.width / 3;
   const int right = left + 2 * half + 10;
-  const int buttonWidth =
-      MakeStripButton(WIDGET_VISUALISER_MODE, "ma-wave.bmp", GROUP_MAIN_STRIP, right);
+  const int buttonWidth = make(kVisualiserButton, right);
   PlaceStrip(GROUP_MAIN_STRIP, LAYER_CONTROLS, right + buttonWidth, 100,
              (Layout().width - 2 * (half + left)) / 2);
   Group(GROUP_DIGITS)
@@ -140,13 +151,15 @@ void ToggleBars() {
   BarsHidden = !BarsHidden;
 }
 
+bool VisualiserTakesPresses() {
+  return MainDisplayMode == DISPLAY_FULL && playlist.count > 0;
+}
+
 void OnPress() {
   if (playlist.count == 0) return;
   const platform::Point place = ClientPointer();
   if (Group(GROUP_DIGITS).Contains(place.x, place.y)) BeginSeek(place);
-  if (MainDisplayMode == DISPLAY_FULL &&
-      TheSkinHost->HitTest(place.x, place.y) == Find(WIDGET_VISUALISER))
-    ToggleBars();
+  if (TheSkinHost->HitTest(place.x, place.y) == Find(WIDGET_VISUALISER)) PressVisualiser();
 }
 
 void OnDrag() {
@@ -172,7 +185,57 @@ void WriteFacts(char* text, std::size_t size) {
                 minutes % 10, seconds % 60 / 10, seconds % 60 % 10);
 }
 
+// The two lines of the song's text.
+struct SongText {
+  SongText() {
+    {
+      PlaylistReader reader;
+      const int song = playlist.currentSong;
+      const PlaylistEntry* entry = song < playlist.count ? reader.Entry(song) : nullptr;
+      if (entry) entry->displayName.Load(name);
+      known = entry != nullptr;
+    }
+    WriteFacts(facts, sizeof facts);
+  }
+  const char* First() const { return known ? name : kProductName; }
+  const char* Second() const { return known ? facts : kNotice; }
+
+  char name[kPathSize], facts[64];
+  bool known = false;  ///< there is a current song
+};
+
+// The time that the digits show: a label, since a hand moves it by dragging alone, that a value can
+// be set of.
+void ListTime(platform::ControlList& list) {
+  platform::Control* time = ListWidget(list, WIDGET_DIGIT, "", Named::kByLabel);
+  if (!time) return;
+  const auto digit = [](int n) { return int{Find(WIDGET_DIGIT + n)->frame}; };
+  const int minutes = 10 * digit(0) + digit(1), seconds = 10 * digit(2) + digit(3);
+  time->role = platform::Role::kLabel;
+  char name[32];
+  std::snprintf(name, sizeof name, "Time %d:%02d", minutes, seconds);
+  time->name = name;
+  const Widget& last = *Find(WIDGET_DIGIT + kDigits - 1);
+  time->place.width = last.RestPlace().x + last.width - time->place.x;
+  time->busy = true;
+  time->value = 60 * minutes + seconds;
+  if (const AudioSource* source = TheMixer->Slot(0)->Source())
+    time->most = source->info[INFO_SECONDS];
+}
+
+void ListVisualiser(platform::ControlList& list) {
+  platform::Control* visualiser =
+      ListWidget(list, WIDGET_VISUALISER, "Visualiser", Named::kByLabel);
+  if (!visualiser) return;
+  if (!VisualiserTakesPresses()) visualiser->role = platform::Role::kPicture;
+  if (VisualiserFillsWindow()) visualiser->place = Group(GROUP_INTERFACE).Shown();
+}
+
 }  // namespace
+
+void PressVisualiser() {
+  if (VisualiserTakesPresses()) ToggleBars();
+}
 
 bool VisualiserFillsWindow() {
   return MainDisplayMode == DISPLAY_TILED || MainDisplayMode == DISPLAY_FULL;
@@ -224,20 +287,11 @@ void ShowSongTime(int hundredths) {
 void RefreshSongLine() {
   Widget* text = TheSkinHost ? Find(WIDGET_SONG_TEXT) : nullptr;
   if (!text) return;
-  char name[kPathSize], facts[64];
-  bool known = false;
-  {
-    PlaylistReader reader;
-    const int song = playlist.currentSong;
-    const PlaylistEntry* entry = song < playlist.count ? reader.Entry(song) : nullptr;
-    if (entry) entry->displayName.Load(name);
-    known = entry != nullptr;
-  }
-  WriteFacts(facts, sizeof facts);
+  const SongText song;
   const std::uint32_t color = TheSkinHost->fontColor;
-  text->SetLabelAt(known ? name : kProductName, color, kLabelFill, 0, 0);
-  text->SetLabelAt(known ? facts : kNotice, color, kNoKey, 0, TheSkinHost->fontHeight + 1);
-  platform::SetCaption(known ? name : "KWO");
+  text->SetLabelAt(song.First(), color, kLabelFill, 0, 0);
+  text->SetLabelAt(song.Second(), color, kNoKey, 0, TheSkinHost->fontHeight + 1);
+  platform::SetCaption(song.known ? song.name : "KWO");
 }
 
 void PushSamples(const std::int16_t* samples, int count) {
@@ -255,6 +309,21 @@ void CancelSeek() {
   LetGoOfTime();
   // What the drag has shown: the song's own time again.
   ShowDraggedTime(TheMixer->Slot(0)->position);
+}
+
+void ListMainPage(platform::ControlList& list) {
+  const SongText song;
+  platform::Control* text = ListWidget(
+      list, WIDGET_SONG_TEXT, std::string(song.First()) + "\n" + song.Second(), Named::kByLabel);
+  if (text) text->role = platform::Role::kLabel;
+  ListTime(list);
+  for (const ModeButton& row : {kDisplayButton, kVisualiserButton})
+    ListWidget(list, row.index, row.name, Named::kByTip);
+  ListVisualiser(list);
+}
+
+void SetOnMainPage(int control, double value) {
+  if (control == WIDGET_DIGIT) SeekSong(static_cast<float>(value), TheMixer->Slot(0)->active != 0);
 }
 
 void SetMainDisplayMode(int mode) {

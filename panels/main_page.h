@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "platform/accessibility.h"
 #include "toolkit/widget.h"
 
 /// The page in front at start: the time that is also the seek control, the song's text, and the
@@ -15,6 +16,8 @@ void BuildMainPage();
 void ShowMainPage(int wait);
 void HideMainPage(int wait);
 void MainPageHandler(unsigned event, Widget* widget, float a, float b);
+void ListMainPage(platform::ControlList& list);
+void SetOnMainPage(int control, double value);
 
 /// Sets the six digits.  Any thread.
 void ShowSongTime(int hundredths);
@@ -32,5 +35,7 @@ void SetMainDisplayMode(int mode);
 void SetMainSAMode(int mode);
 /// The display mode is one in which the visualiser is the window's tile on every page.
 bool VisualiserFillsWindow();
+/// What a press on the visualiser does: where it is all of the window, bars and page go or come.
+void PressVisualiser();
 
 }  // namespace kwo

@@ -101,16 +101,31 @@ void MoveSliders(int program) {
   }
 }
 
+std::string SliderText(const SliderRow& row) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%s = %d", row.name, static_cast<int>(*row.variable));
+  return text;
+}
+
 void ApplySliders() {
   for (const SliderRow& row : kSliders) {
     Find(row.slider)->ApplyValue(PART_REST, (*row.variable - row.least) / row.Range());
-    char text[64];
-    std::snprintf(text, sizeof text, "%s = %d", row.name, static_cast<int>(*row.variable));
-    Label(row.label, text);
+    Label(row.label, SliderText(row).c_str());
   }
   TheMixer->volume = SliderVol * 0.01f;
   TheMixer->pan = SliderPan * 0.01f;
   TheMixer->speed = SliderSpd * 0.01f;
+}
+
+void ListSliders(platform::ControlList& list) {
+  for (const SliderRow& row : kSliders) {
+    ListWidget(list, row.label, SliderText(row), Named::kByLabel);
+    platform::Control* slider = ListWidget(list, row.slider, row.name, Named::kByLabel);
+    if (!slider) continue;
+    slider->value = static_cast<int>(*row.variable);
+    slider->least = row.least;
+    slider->most = row.most;
+  }
 }
 
 void StepSlider(const Widget* widget, float by) {
@@ -138,8 +153,7 @@ void PressSliderLabel(const Widget* widget) {
   }
 }
 
-void SetSlider(SliderPlace place, double percent) {
-  const SliderRow& row = kSliders[place];
+void SetSlider(const SliderRow& row, double percent) {
   *row.variable = static_cast<float>(std::lround(std::clamp<double>(percent, row.least, row.most)));
   ApplyMixerPage();
 }
@@ -210,6 +224,18 @@ void BuildEqualiser(const MixerLayout& layout) {
              layout.width - layout.labelWidth - layout.margin, y);
 }
 
+void ListEqualiser(platform::ControlList& list) {
+  ListCurve(list);
+  ListWidget(list, WIDGET_PRESET_BACK, "Previous preset", Named::kByTip);
+  ListWidget(list, WIDGET_PRESET_NAME, PresetLabel(), Named::kByLabel);
+  ListWidget(list, WIDGET_PRESET_FORWARD, "Next preset", Named::kByTip);
+  if (platform::Control* box = ListWidget(list, WIDGET_EQ_SWITCH, "Equaliser", Named::kByLabel)) {
+    box->role = platform::Role::kCheckBox;
+    box->checked = EffectEQSwitch != 0;
+  }
+  ListWidget(list, WIDGET_EQ_RESET, "RESET", Named::kByLabel);
+}
+
 void MoveEqualiser(int program) {
   for (const auto& row : kEqualiserWidgets) Move(row.index, program);
 }
@@ -222,10 +248,12 @@ void PressEqualiser(const Widget* widget) {
 // The check boxes and buttons of the last two sub-pages.
 struct Control {
   int index, kind;
-  const char* text;          ///< at the start
-  void (*press)(int state);  ///< of a check box, the new state
-  void (*apply)(int index);  ///< brings the control and what it controls into line
-  void (*then)() = nullptr;  ///< once a press has been applied
+  const char* text;                    ///< at the start
+  void (*press)(int state);            ///< of a check box, the new state
+  void (*apply)(int index);            ///< brings the control and what it controls into line
+  void (*then)() = nullptr;            ///< once a press has been applied
+  const char* (*textNow)() = nullptr;  ///< of one whose text changes
+  const char* Text() const { return textNow ? textNow() : text; }
 };
 
 // A check box that is its variable, and the Mixer's parameter that follows it.
@@ -248,15 +276,26 @@ void PressEnhancer(int) {
   EffectTE = NextState(EffectTE, static_cast<int>(std::size(kEnhancerTexts)));
 }
 
+const char* EnhancerText() {
+  return TextFor(kEnhancerTexts, EffectTE);
+}
+const char* DjText() {
+  return TextFor(kDjTexts, transport.djMode);
+}
+const char* PlayModeText() {
+  return TextFor(kPlayModeTexts, transport.playMode);
+}
+
 void ApplyEnhancer(int index) {
   SetCheck(index, EffectTE == 1 || EffectTE == 2);
-  Label(index, TextFor(kEnhancerTexts, EffectTE));
+  Label(index, EnhancerText());
   TheMixer->enhancer = EffectTE;
 }
 
 constexpr Control kEffects[] = {
     EffectBox<EffectCR, &Mixer::crystalizer>(WIDGET_CRYSTALIZER, "Crystalizer"),
-    {WIDGET_ENHANCER, CHECK_WIDGET, "T. Enhancer", PressEnhancer, ApplyEnhancer},
+    {WIDGET_ENHANCER, CHECK_WIDGET, "T. Enhancer", PressEnhancer, ApplyEnhancer, nullptr,
+     EnhancerText},
     EffectBox<EffectVR, &Mixer::vocalReducer>(WIDGET_VOCAL_REDUCER, "Vocal Reducer"),
     EffectBox<EffectCE, &Mixer::wideStereo>(WIDGET_WIDE_STEREO, "Wide Stereo"),
     EffectBox<EffectLT, &Mixer::limiter>(WIDGET_LIMITER, "Limiter"),
@@ -264,14 +303,13 @@ constexpr Control kEffects[] = {
 
 constexpr Control kPlayOrder[] = {
     {WIDGET_DJ, BUTTON_WIDGET, "DJ - None", [](int) { transport.djMode = !transport.djMode; },
-     [](int index) { Label(index, TextFor(kDjTexts, transport.djMode)); },
-     [] { DjSetMode(transport.djMode); }},
+     [](int index) { Label(index, DjText()); }, [] { DjSetMode(transport.djMode); }, DjText},
     {WIDGET_PLAY_MODE, BUTTON_WIDGET, "Play Mode - Unselected",
      [](int) {
        transport.playMode =
            NextState(transport.playMode, static_cast<int>(std::size(kPlayModeTexts)));
      },
-     [](int index) { Label(index, TextFor(kPlayModeTexts, transport.playMode)); }},
+     [](int index) { Label(index, PlayModeText()); }, nullptr, PlayModeText},
     {WIDGET_REPEAT, CHECK_WIDGET, "Repeat", [](int state) { transport.repeatOn = state; },
      [](int index) { SetCheck(index, transport.repeatOn); }},
     {WIDGET_SHUFFLE, CHECK_WIDGET, "Shuffle", [](int state) { transport.shuffleOn = state; },
@@ -307,6 +345,11 @@ void ApplyControls() {
   for (const Control& row : controls) row.apply(row.index);
 }
 
+template <const auto& controls>
+void ListControls(platform::ControlList& list) {
+  for (const Control& row : controls) ListWidget(list, row.index, row.Text(), Named::kByLabel);
+}
+
 void PressControl(const Widget* widget, int state) {
   const auto press = [&](const Control& row) {
     if (widget != Find(row.index)) return;
@@ -319,15 +362,18 @@ void PressControl(const Widget* widget, int state) {
 }
 
 constexpr struct {
-  const char* file;
+  const char *file, *name;
   void (*build)(const MixerLayout& layout);
   void (*move)(int program);
   void (*apply)();
+  void (*list)(platform::ControlList& list);
 } kSubPages[] = {
-    {"mi-page-sl.bmp", BuildSliders, MoveSliders, ApplySliders},
-    {"mi-page-eq.bmp", BuildEqualiser, MoveEqualiser, [] {}},
-    {"mi-page-ef.bmp", BuildEffects, MoveControls<kEffects>, ApplyControls<kEffects>},
-    {"mi-page-dj.bmp", BuildPlayOrder, MoveControls<kPlayOrder>, ApplyControls<kPlayOrder>},
+    {"mi-page-sl.bmp", "Sliders", BuildSliders, MoveSliders, ApplySliders, ListSliders},
+    {"mi-page-eq.bmp", "Equaliser page", BuildEqualiser, MoveEqualiser, [] {}, ListEqualiser},
+    {"mi-page-ef.bmp", "Effects", BuildEffects, MoveControls<kEffects>, ApplyControls<kEffects>,
+     ListControls<kEffects>},
+    {"mi-page-dj.bmp", "DJ and play order", BuildPlayOrder, MoveControls<kPlayOrder>,
+     ApplyControls<kPlayOrder>, ListControls<kPlayOrder>},
 };
 constexpr int kSubPageCount = static_cast<int>(std::size(kSubPages));
 
@@ -392,6 +438,21 @@ void HideMixerPage(int wait) {
   RunMixerPage(kLeaveProgram, wait);
 }
 
+void ListMixerPage(platform::ControlList& list) {
+  for (int page = 0; page < kSubPageCount; ++page) {
+    platform::Control* button =
+        ListWidget(list, WIDGET_SUB_PAGE + page, kSubPages[page].name, Named::kByTip);
+    if (button) button->pressed = page == MixerSubPage;
+  }
+  kSubPages[MixerSubPage].list(list);
+}
+
+void SetOnMixerPage(int control, double value) {
+  for (const SliderRow& row : kSliders)
+    if (row.slider == control) SetSlider(row, value);
+  SetOnCurve(control, value);
+}
+
 void ApplyMixerPage() {
   for (const auto& page : kSubPages) page.apply();
   // The last, since it hands the Mixer's parameters on to the song.
@@ -399,11 +460,11 @@ void ApplyMixerPage() {
 }
 
 void SetVolume(double percent) {
-  SetSlider(SLIDER_VOLUME, percent);
+  SetSlider(kSliders[SLIDER_VOLUME], percent);
 }
 
 void SetSpeed(double percent) {
-  SetSlider(SLIDER_SPEED, percent);
+  SetSlider(kSliders[SLIDER_SPEED], percent);
 }
 
 void SetRepeat(bool on) {

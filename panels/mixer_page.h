@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/accessibility.h"
 #include "toolkit/widget.h"
 
 /// The page of four sub-pages: sliders, equaliser, effects, DJ and play mode.  Whatever the user
@@ -18,6 +19,8 @@ void ShowMixerSubPage();
 void HideMixerSubPage();
 /// The redraw thread calls it too, with kTick.
 void MixerPageHandler(unsigned event, Widget* widget, float a, float b);
+void ListMixerPage(platform::ControlList& list);
+void SetOnMixerPage(int control, double value);
 
 void ApplyMixerPage();
 

@@ -1,5 +1,8 @@
 #include "panels/pages.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "panels/empty_pages.h"
 #include "panels/main_page.h"
 #include "panels/mixer_page.h"
@@ -20,13 +23,16 @@ constexpr struct {
   void (*show)(int wait);
   void (*hide)(int wait);
   void (*handle)(unsigned event, Widget* widget, float a, float b);
+  void (*list)(platform::ControlList& list) = [](platform::ControlList&) {};
+  void (*set)(int control, double value) = [](int, double) {};
 } kPages[PAGE_COUNT] = {
-    {BuildMainPage, ShowMainPage, HideMainPage, MainPageHandler},
-    {BuildPlaylistPage, ShowPlaylistPage, HidePlaylistPage, PlaylistPageHandler},
-    {BuildMixerPage, ShowMixerPage, HideMixerPage, MixerPageHandler},
+    {BuildMainPage, ShowMainPage, HideMainPage, MainPageHandler, ListMainPage, SetOnMainPage},
+    {BuildPlaylistPage, ShowPlaylistPage, HidePlaylistPage, PlaylistPageHandler, ListPlaylistPage,
+     SetOnPlaylistPage},
+    {BuildMixerPage, ShowMixerPage, HideMixerPage, MixerPageHandler, ListMixerPage, SetOnMixerPage},
     {BuildInfoPage, ShowInfoPage, HideInfoPage, EmptyPageHandler},
     {BuildConfigPage, ShowConfigPage, HideConfigPage, EmptyPageHandler},
-    {BuildWindowPage, ShowWindowPage, HideWindowPage, WindowPageHandler},
+    {BuildWindowPage, ShowWindowPage, HideWindowPage, WindowPageHandler, ListWindowPage},
 };
 
 void ChangePage(int page) {
@@ -41,6 +47,16 @@ void ChangePage(int page) {
   }
   host.VisualiserMode = page == PAGE_MAIN ? VISUALISER_ON_PAGE : VISUALISER_OFF;
   host.ShowTile(page, skin.BackgroundEffect);
+}
+
+template <typename Value>
+void ChangeValue(int id, Value valueOf) {
+  const platform::ControlList list = ListControls();
+  const platform::Control* control = list.Find(id);
+  if (!control || !control->HasValue()) return;
+  const double value = valueOf(*control);
+  if (std::isnan(value)) return;
+  kPages[CurrentPage].set(id, std::clamp(value, control->least, control->most));
 }
 
 }  // namespace
@@ -61,6 +77,25 @@ void HideCurrentPage(int wait) {
 void DispatchEvent(unsigned event, Widget* widget, float a, float b) {
   if (eventWatcher) eventWatcher(event, widget, a, b);
   if (!TopBarHandler(event, widget, a, b)) kPages[CurrentPage].handle(event, widget, a, b);
+}
+
+platform::ControlList ListControls() {
+  platform::ControlList list;
+  if (!TheSkinHost || !TheSkinHost->active) return list;
+  ListTopBar(list);
+  kPages[CurrentPage].list(list);
+  list.atRest = TheSkinHost->AtRest();
+  return list;
+}
+
+void SetControl(int id, double value) {
+  ChangeValue(id, [value](const platform::Control&) { return value; });
+}
+
+void StepControl(int id, double steps) {
+  ChangeValue(id, [steps](const platform::Control& control) {
+    return control.value + steps * control.step;
+  });
 }
 
 int TopBarHandler(unsigned event, Widget* widget, float, float) {

@@ -1,5 +1,7 @@
 #include "panels/panel_tools.h"
 
+#include <utility>
+
 namespace kwo {
 
 Layout::Layout() {
@@ -90,6 +92,22 @@ void SetClientPointer(platform::Point place) {
 
 void Label(int index, const char* text) {
   if (Widget* widget = Find(index)) widget->SetLabelOn(text, kLabelFill);
+}
+
+platform::Control* ListWidget(platform::ControlList& list, int index, std::string name,
+                              Named named) {
+  const Widget* widget = Find(index);
+  if (!widget || !widget->OnScreen()) return nullptr;
+  platform::Control& control = list.controls.emplace_back();
+  control.id = index;
+  control.role = widget->IsSlider()             ? platform::Role::kSlider
+                 : widget->kind == CHECK_WIDGET ? platform::Role::kCheckBox
+                                                : platform::Role::kButton;
+  control.name = std::move(name);
+  control.place = widget->RestPlace();
+  control.labelled = named == Named::kByLabel;
+  control.checked = widget->kind == CHECK_WIDGET && widget->value != 0;
+  return &control;
 }
 
 }  // namespace kwo

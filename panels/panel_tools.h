@@ -2,6 +2,7 @@
 
 #include "panels/application_state.h"
 #include "panels/widget_indices.h"
+#include "platform/accessibility.h"
 
 /// What the panels' builders and handlers share.  The SkinHost exists.
 namespace kwo {
@@ -69,5 +70,12 @@ void SetClientPointer(platform::Point place);
 
 /// Shows text in the labels' colours.
 void Label(int index, const char* text);
+
+enum class Named { kByLabel, kByTip };
+
+/// Lists a widget by its kind, with a check box's state, if it is in view or on its way in; else
+/// gives null.  The result holds until the next one is listed.
+platform::Control* ListWidget(platform::ControlList& list, int index, std::string name,
+                              Named named);
 
 }  // namespace kwo

@@ -16,11 +16,13 @@ namespace {
 
 constexpr struct {
   int index;
-  const char* file;
+  const char *file, *name;
 } kStripButtons[] = {
-    {WIDGET_FUNCTION, "pl-function.bmp"},  {WIDGET_ADD, "pl-add.bmp"},
-    {WIDGET_REMOVE, "pl-remove.bmp"},      {WIDGET_ITEM_UP, "pl-itemup.bmp"},
-    {WIDGET_ITEM_DOWN, "pl-itemdown.bmp"},
+    {WIDGET_FUNCTION, "pl-function.bmp", "List functions"},
+    {WIDGET_ADD, "pl-add.bmp", "Add songs"},
+    {WIDGET_REMOVE, "pl-remove.bmp", "Remove songs"},
+    {WIDGET_ITEM_UP, "pl-itemup.bmp", "Move selected up"},
+    {WIDGET_ITEM_DOWN, "pl-itemdown.bmp", "Move selected down"},
 };
 
 constexpr struct {
@@ -74,18 +76,29 @@ float ScrollPosition() {
   return range > 0 ? static_cast<float>(playlist.topIndex) / static_cast<float>(range) : 0.0f;
 }
 
+// What a row shows.
+struct Row {
+  Row(int row, const PlaylistReader& reader) {
+    const int song = playlist.topIndex + row;
+    const PlaylistEntry* entry = song < playlist.count ? reader.Entry(song) : nullptr;
+    char name[kPathSize] = "------";
+    if (entry) entry->displayName.Load(name);
+    std::snprintf(text, sizeof text, "%d. %s", song + 1, name);
+    bearsSong = entry != nullptr;
+    selected = entry && entry->selected;
+    current = entry && song == playlist.currentSong;
+  }
+
+  char text[kPathSize + 16];
+  bool bearsSong, selected, current;
+};
+
 void RefreshRow(int row, const PlaylistReader& reader) {
   Widget* widget = Find(WIDGET_ROW + row);
   if (!widget) return;
-  const int song = playlist.topIndex + row;
-  const PlaylistEntry* entry = song < playlist.count ? reader.Entry(song) : nullptr;
-  char name[kPathSize] = "------";
-  if (entry) entry->displayName.Load(name);
-  char text[kPathSize + 16];
-  std::snprintf(text, sizeof text, "%d. %s", song + 1, name);
-  widget->SetLabelOn(text,
-                     entry && entry->selected ? skin.SelectedSongColor : skin.TransparentColor);
-  if (entry && song == playlist.currentSong) {
+  const Row shown(row, reader);
+  widget->SetLabelOn(shown.text, shown.selected ? skin.SelectedSongColor : skin.TransparentColor);
+  if (shown.current) {
     widget->RunProgram(kPulseSlot, kPulseProgram);
   } else {
     widget->RunProgram(kPulseSlot, kNoProgram);
@@ -97,6 +110,31 @@ void Scroll(int top) {
   playlist.topIndex = std::max(0, top);
   Find(WIDGET_SCROLL_BAR)->ApplyValue(PART_KEEP_CAPS, ScrollPosition());
   RefreshPlaylistPage();
+}
+
+// The list as a whole, and the rows that bear a song.
+void ListRows(platform::ControlList& list) {
+  platform::Control songs;
+  songs.id = WIDGET_PLAYLIST_BOX;
+  songs.role = platform::Role::kList;
+  songs.name = "Songs";
+  songs.labelled = true;
+  for (int row = 0; row < playlist.visibleRows; ++row) {
+    const platform::Rectangle place = Find(WIDGET_ROW + row)->RestPlace();
+    if (row == 0) songs.place = place;
+    songs.place.height = place.Bottom() - songs.place.y;
+  }
+  list.controls.push_back(songs);
+  const PlaylistReader reader;
+  for (int row = 0; row < playlist.visibleRows; ++row) {
+    const Row shown(row, reader);
+    if (!shown.bearsSong) continue;
+    platform::Control* item = ListWidget(list, WIDGET_ROW + row, shown.text, Named::kByLabel);
+    if (!item) continue;
+    item->role = platform::Role::kListItem;
+    item->selected = shown.selected;
+    item->current = shown.current;
+  }
 }
 
 void PressButton(const Widget* widget, bool left) {
@@ -169,6 +207,22 @@ void ShowPlaylistPage(int wait) {
 
 void HidePlaylistPage(int wait) {
   RunPlaylistPage(kLeaveProgram, wait);
+}
+
+void ListPlaylistPage(platform::ControlList& list) {
+  for (const auto& row : kStripButtons) ListWidget(list, row.index, row.name, Named::kByTip);
+  ListRows(list);
+  platform::Control* bar = ListWidget(list, WIDGET_SCROLL_BAR, "First song shown", Named::kByTip);
+  if (!bar) return;
+  bar->value = playlist.topIndex + 1;
+  bar->least = 1;
+  bar->most = std::max(0, ScrollRange()) + 1;
+}
+
+void SetOnPlaylistPage(int control, double value) {
+  if (control != WIDGET_SCROLL_BAR) return;
+  TouchList();
+  Scroll(static_cast<int>(value) - 1);
 }
 
 void PlaySong(int song) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/accessibility.h"
 #include "toolkit/widget.h"
 
 /// The page with a window of up to ten rows onto the list.  Main thread, but for what says
@@ -11,6 +12,8 @@ void BuildPlaylistPage();
 void ShowPlaylistPage(int wait);
 void HidePlaylistPage(int wait);
 void PlaylistPageHandler(unsigned event, Widget* widget, float a, float b);
+void ListPlaylistPage(platform::ControlList& list);
+void SetOnPlaylistPage(int control, double value);
 
 /// Rebuilds the display names and redraws rows and scroll bar.  Any thread.
 void RefreshPlaylistPage();

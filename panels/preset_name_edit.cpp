@@ -64,6 +64,10 @@ void ShowPresetName(const char* name) {
   Label(WIDGET_PRESET_NAME, Numbered(name).c_str());
 }
 
+std::string PresetLabel() {
+  return Numbered(EqPresetNames[EffectEQCurrent]);
+}
+
 void BeginNameEdit() {
   const char* name = EqPresetNames[EffectEQCurrent];
   InputText.Store(name);

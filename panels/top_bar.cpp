@@ -10,20 +10,24 @@ namespace {
 constexpr int kSlideSteps = 60;
 constexpr float kSlideAcceleration = 1.0f;
 
-constexpr const char* kPageFiles[PAGE_COUNT] = {"to-page-ma.bmp", "to-page-pl.bmp",
-                                                "to-page-mi.bmp", "to-page-in.bmp",
-                                                "to-page-co.bmp", "to-page-wi.bmp"};
+constexpr struct {
+  const char *file, *name;
+} kPageButtons[PAGE_COUNT] = {
+    {"to-page-ma.bmp", "Main page"},   {"to-page-pl.bmp", "Playlist page"},
+    {"to-page-mi.bmp", "Mixer page"},  {"to-page-in.bmp", "Info page"},
+    {"to-page-co.bmp", "Config page"}, {"to-page-wi.bmp", "Window page"},
+};
 
 // From left to right.
 constexpr struct {
   int index;
-  const char* file;
+  const char *file, *name;
   void (*press)();
 } kTransport[] = {
-    {WIDGET_PREVIOUS, "to-bt-prev.bmp", TransportPrevious},
-    {WIDGET_STOP, "to-bt-stop.bmp", TransportStop},
-    {WIDGET_PLAY, "to-bt-play.bmp", TransportPlay},
-    {WIDGET_NEXT, "to-bt-next.bmp", TransportNext},
+    {WIDGET_PREVIOUS, "to-bt-prev.bmp", "Previous", TransportPrevious},
+    {WIDGET_STOP, "to-bt-stop.bmp", "Stop", TransportStop},
+    {WIDGET_PLAY, "to-bt-play.bmp", "Play", TransportPlay},
+    {WIDGET_NEXT, "to-bt-next.bmp", "Next", TransportNext},
 };
 
 void SetSlide(MotionOwner& owner, platform::Point outside, platform::Point rest) {
@@ -64,7 +68,7 @@ void BuildTopBar() {
 
   int pageWidth = 0;
   for (int page = 0; page < PAGE_COUNT; ++page) {
-    Widget& button = *MakeImage(PageButton(page), kPageFiles[page], GROUP_PAGES);
+    Widget& button = *MakeImage(PageButton(page), kPageButtons[page].file, GROUP_PAGES);
     if (page == PAGE_MAIN) pageWidth = button.width;
     button.SetPlace(page * pageWidth, 0);
     button.layer = LAYER_CONTROLS;
@@ -107,6 +111,18 @@ bool PressTransport(const Widget* widget) {
     return true;
   }
   return false;
+}
+
+void ListTopBar(platform::ControlList& list) {
+  for (const auto& row : kTransport) {
+    platform::Control* button = ListWidget(list, row.index, row.name, Named::kByTip);
+    if (button && row.index == WIDGET_PLAY) button->pressed = transport.playing && !IsPaused();
+  }
+  for (int page = 0; page < PAGE_COUNT; ++page) {
+    platform::Control* button =
+        ListWidget(list, PageButton(page), kPageButtons[page].name, Named::kByTip);
+    if (button) button->pressed = page == CurrentPage;
+  }
 }
 
 }  // namespace kwo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/accessibility.h"
 #include "toolkit/widget.h"
 
 /// The band of transport and page buttons.  Main thread.
@@ -12,5 +13,7 @@ void HideTopBar(int wait);
 
 /// Whether the widget is a button of the transport, whose press is then carried out.
 bool PressTransport(const Widget* widget);
+
+void ListTopBar(platform::ControlList& list);
 
 }  // namespace kwo

@@ -64,6 +64,11 @@ enum GroupIndex : int {
   GROUP_SUB_PAGES = 6,
 };
 
+/// What assistive programs see as controls of their own, though no widgets: beyond those' numbers.
+enum ControlIndex : int {
+  CONTROL_CURVE = 1000,  // a preset's values: the bands, then the master value
+};
+
 constexpr int kDigits = 6;
 constexpr int kMaxRows = 10;
 

@@ -10,17 +10,21 @@ constexpr int kOnTopBit = 4;
 constexpr int kAutoBits = 3;
 constexpr int kAutoHideMilliseconds = 300;
 
-constexpr struct {
-  int index;
-  const char* text;
-} kButtons[] = {
-    {WIDGET_ON_TOP, "ALWAYS ON TOP [ON]"},
-    {WIDGET_AUTO, "AUTO [OFF]"},
-    {WIDGET_MINIMISE, "MINIMIZE"},
-    {WIDGET_QUIT, "QUIT"},
-};
+bool OnTop() {
+  return WindowFlags & kOnTopBit;
+}
 
 constexpr const char* kAutoTexts[] = {"AUTO [OFF]", "AUTO [HIDE]", "AUTO [MINIMIZE]"};
+
+constexpr struct {
+  int index;
+  const char* (*text)();
+} kButtons[] = {
+    {WIDGET_ON_TOP, [] { return OnTop() ? "ALWAYS ON TOP [ON]" : "ALWAYS ON TOP [OFF]"; }},
+    {WIDGET_AUTO, [] { return kAutoTexts[CurrentAutoMode()]; }},
+    {WIDGET_MINIMISE, [] { return "MINIMIZE"; }},
+    {WIDGET_QUIT, [] { return "QUIT"; }},
+};
 
 void MinimiseAfterNudge(Widget& button) {
   button.WaitSlot(kNudgeSlot);
@@ -43,7 +47,7 @@ void BuildWindowPage() {
   for (const auto& row : kButtons) {
     TheSkinHost->CreateImageWidget(row.index, "cc-button.bmp", layout.width / 3 * 2,
                                    layout.fontHeight, BUTTON_WIDGET, GROUP_INTERFACE);
-    Label(row.index, row.text);
+    Label(row.index, row.text());
     Find(row.index)->SetFlyIn(layout.width / 6, pitch * ++n);
   }
 }
@@ -78,12 +82,14 @@ void WindowPageHandler(unsigned event, Widget* widget, float, float) {
   }
 }
 
+void ListWindowPage(platform::ControlList& list) {
+  for (const auto& row : kButtons) ListWidget(list, row.index, row.text(), Named::kByLabel);
+}
+
 void ApplyWindowFlags() {
-  const bool onTop = WindowFlags & kOnTopBit;
   const int mode = CurrentAutoMode();
-  Label(WIDGET_ON_TOP, onTop ? "ALWAYS ON TOP [ON]" : "ALWAYS ON TOP [OFF]");
-  Label(WIDGET_AUTO, kAutoTexts[mode]);
-  platform::SetTopmost(onTop || mode != AUTO_OFF);
+  for (const auto& row : kButtons) Label(row.index, row.text());
+  platform::SetTopmost(OnTop() || mode != AUTO_OFF);
   if (mode == AUTO_HIDE) platform::SetTimer(kAutoHideTimer, kAutoHideMilliseconds);
   if (mode == AUTO_MINIMISE) platform::KillTimer(kAutoHideTimer);
 }

@@ -5,7 +5,10 @@
 #include <string>
 #include <vector>
 
-/// What the desktop asks of the player: by media keys, its panel, a lock screen, a file manager.
+#include "platform/messages.h"
+
+/// What the desktop asks of the player: by media keys, its panel, a lock screen, a file manager, a
+/// screen reader.
 /// Each is something that a user could do in the window.  Main thread.
 namespace kwo::platform {
 
@@ -25,6 +28,10 @@ enum class Ask {
   kShuffle,  ///< `value`: 1 on, 0 off
   kOpen,     ///< `paths`, which may be none
   kHelp,
+  kPress,      ///< `control`; a list item twice, quickly
+  kToggle,     ///< `control`; a list item is pressed with Control held
+  kSetValue,   ///< of `control`, to `value`
+  kStepValue,  ///< of `control`, by `value` of its steps
 };
 
 struct DesktopRequest {
@@ -32,9 +39,20 @@ struct DesktopRequest {
   std::int64_t microseconds = 0;
   double value = 0;
   unsigned song = 0;
+  int control = 0;  ///< of those on the screen, by its id
   /// Files and folders as a drop gives them.
   std::vector<std::string> paths = {};
 };
+
+/// What is asked of a control of the window, which waits as a press of the mouse does.
+constexpr bool IsPress(Ask ask) {
+  return ask == Ask::kPress || ask == Ask::kToggle || ask == Ask::kSetValue ||
+         ask == Ask::kStepValue;
+}
+/// Of `KeyBit`: what the message carries.
+constexpr unsigned KeysOf(Ask ask) {
+  return ask == Ask::kToggle ? KeyBit(Key::kControl) : 0;
+}
 
 /// What a kMessageDesktop with this number stands for, once.
 std::optional<DesktopRequest> TakeDesktopRequest(int number);

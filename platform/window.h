@@ -104,9 +104,10 @@ bool ScreensAreNew();
 void SetTimer(int id, int milliseconds);
 void KillTimer(int id);
 
-/// A single line of text that takes the user's typing while it has the focus, and is never seen.
+/// A single line of text that takes the user's typing while it has the focus, and is never seen;
+/// assistive programs know it by `name`.
 /// It sends kMessageCommand with kEditChanged or kEditLostFocus in the high word.
-void CreateInputEdit();
+void CreateInputEdit(const char* name);
 /// Also puts the caret behind the text.
 void SetEditText(const char* text);
 /// Copies at most `size` - 1 bytes, and closes them by NUL.

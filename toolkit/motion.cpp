@@ -47,6 +47,11 @@ int Word(const MotionProgram& program, int word) {
   return static_cast<int>(program.words[word]);
 }
 
+// As entrances and exits do, and neither nudges nor pulses.
+bool RunsOnce(const MotionProgram& program) {
+  return IsPath(program) && Word(program, PATH_MODE) == MOTION_ONCE;
+}
+
 }  // namespace
 
 void MotionOwner::SetPath(int program, int startX, int startY, int endX, int endY, int steps,
@@ -86,6 +91,19 @@ void MotionOwner::RunProgram(int slot, int program) {
 void MotionOwner::WaitSlot(int slot) {
   if (slot < 0 || slot >= kSlots) return;
   while (slots[slot].Acquire() != -1) platform::Sleep(kWaitMilliseconds);
+}
+
+MotionOwner::Way MotionOwner::Underway() const {
+  const int program = slots[kMoveSlot].Acquire();
+  const bool moves = program == kEnterProgram || program == kLeaveProgram;
+  if (!moves || !RunsOnce(programs[program])) return Way::kNone;
+  return program == kEnterProgram ? Way::kIn : Way::kOut;
+}
+
+platform::Point MotionOwner::EntranceEnd(platform::Point place) const {
+  const MotionProgram& entrance = programs[kEnterProgram];
+  if (!RunsOnce(entrance)) return place;
+  return {Word(entrance, PATH_END_X), Word(entrance, PATH_END_Y)};
 }
 
 void WriteRamp(MotionProgram& program, int start, int end, float step, int mode) {

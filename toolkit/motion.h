@@ -61,6 +61,12 @@ class MotionOwner {
   /// slots.
   void WaitSlot(int slot);
 
+  enum class Way { kNone, kIn, kOut };
+  /// The entrance or the exit that is under way.  Any thread.
+  Way Underway() const;
+  /// Where the entrance ends; `place` for one that has none.  Any thread.
+  platform::Point EntranceEnd(platform::Point place) const;
+
   Shared<int> slots[kSlots] = {-1, -1, -1, -1};
   MotionProgram programs[kPrograms];
 };

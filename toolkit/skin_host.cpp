@@ -1,5 +1,7 @@
 #include "toolkit/skin_host.h"
 
+#include <algorithm>
+#include <iterator>
 #include <new>
 
 #include "base/handshake.h"
@@ -146,6 +148,15 @@ Widget* SkinHost::HitTest(int x, int y) {
     }
   }
   return nullptr;
+}
+
+bool SkinHost::AtRest() const {
+  const auto rests = [](const MotionOwner& owner) {
+    return owner.Underway() == MotionOwner::Way::kNone;
+  };
+  return std::all_of(std::begin(groups), std::end(groups), rests) &&
+         std::all_of(std::begin(widgets), std::end(widgets),
+                     [rests](Widget* widget) { return !widget || rests(*widget); });
 }
 
 void SkinHost::HostWindowProc(void* host, const Message& message) {

@@ -79,6 +79,8 @@ class SkinHost {
   WidgetGroup* GetGroup(int index);
   /// The topmost widget under a point of the window, or null.
   Widget* HitTest(int x, int y);
+  /// No entrance or exit is under way.  Any thread.
+  bool AtRest() const;
 
   /// The window itself is dragged by its frame.  Main thread.
   bool WindowDragged() const { return windowDrag; }

@@ -62,7 +62,7 @@ void WidgetGroup::Recalculate() {
 }
 
 bool WidgetGroup::Contains(int pointX, int pointY) const {
-  return platform::Rectangle{absX, absY, clipWidth, clipHeight}.Contains({pointX, pointY});
+  return Shown().Contains({pointX, pointY});
 }
 
 void WidgetGroup::StepMotion() {
@@ -75,6 +75,19 @@ void WidgetGroup::StepMotion() {
     if (step.ended) slot.Replace(program, -1);
     Recalculate();
   }
+}
+
+platform::Point WidgetGroup::RestCorner() const {
+  const WidgetGroup* above = parent;
+  const platform::Point corner = above ? above->RestCorner() : platform::Point{0, 0};
+  const platform::Point own = EntranceEnd({x, y});
+  return {corner.x + own.x, corner.y + own.y};
+}
+
+bool WidgetGroup::OnScreen() const {
+  const WidgetGroup* above = parent;
+  if (!visible || Underway() == Way::kOut || (above && !above->OnScreen())) return false;
+  return Underway() == Way::kIn || (clipWidth > 0 && clipHeight > 0);
 }
 
 bool Widget::SetRole(SkinHost* newHost, int newKind, int newGroup) {
@@ -157,6 +170,23 @@ bool Widget::PointInWidget(int pointX, int pointY) const {
   const int top = y - area.originY - offsetY + area.absY;
   return area.Contains(pointX, pointY) && left < pointX && pointX < left + width && top < pointY &&
          pointY < top + height;
+}
+
+platform::Rectangle Widget::RestPlace() const {
+  if (!host) return {0, 0, 0, 0};
+  const WidgetGroup& area = *host->GetGroup(group);
+  const platform::Point corner = area.RestCorner(), own = EntranceEnd({homeX, homeY});
+  return platform::Rectangle{corner.x + own.x - area.originX - offsetX,
+                             corner.y + own.y - area.originY - offsetY, width, height}
+      .Intersected(host->GetGroup(0)->Shown());
+}
+
+bool Widget::OnScreen() const {
+  if (!host || !visible || Underway() == Way::kOut) return false;
+  const WidgetGroup& area = *host->GetGroup(group);
+  if (!area.OnScreen()) return false;
+  return Underway() == Way::kIn ||
+         (x < area.width && y < area.height && x + width > 0 && y + height > 0);
 }
 
 void Widget::SetRamp(int program, int start, int end, float step, int mode) {

@@ -49,6 +49,12 @@ struct WidgetGroup : MotionOwner {
   void Recalculate();
   void StepMotion();
   bool Contains(int pointX, int pointY) const;
+  /// What the root leaves of it.
+  platform::Rectangle Shown() const { return {absX, absY, clipWidth, clipHeight}; }
+  /// The corner at rest, absolute and without clipping, whatever moves it now.
+  platform::Point RestCorner() const;
+  /// It is in view, or on its way in.  Any thread.
+  bool OnScreen() const;
 
   Shared<WidgetGroup*> parent;  ///< gives the position; null for group 0
   Shared<int> x, absX, rawX;    ///< within the parent; absolute, with and without clipping
@@ -95,6 +101,11 @@ class Widget : public MotionOwner {
   float ApplyValue(float part, float newValue);
 
   bool PointInWidget(int pointX, int pointY) const;
+
+  /// Its place at rest, cut to the interface, whatever moves it now.  Any thread.
+  platform::Rectangle RestPlace() const;
+  /// It is in view, or on its way in.  Any thread.
+  bool OnScreen() const;
 
   /// A change of brightness by whole steps.
   void SetRamp(int program, int start, int end, float step, int mode);

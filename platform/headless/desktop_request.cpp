@@ -63,12 +63,13 @@ void CloseMediaControls() {
 namespace headless {
 
 void AskOfPlayer(platform::DesktopRequest request) {
+  const unsigned keys = platform::KeysOf(request.ask);
   int number;
   {
     std::lock_guard guard(lock);
     number = waiting.Keep(std::move(request));
   }
-  if (number != 0) platform::PostMessage({platform::kMessageDesktop, number, 0});
+  if (number != 0) platform::PostMessage({platform::kMessageDesktop, number, 0, keys});
 }
 
 MediaControls Media() {

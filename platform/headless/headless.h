@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/accessibility.h"
+#include "platform/control_watch.h"
 #include "platform/desktop_request.h"
 #include "platform/media_controls.h"
 #include "platform/shell.h"
@@ -116,6 +118,15 @@ struct MediaControls {
   int told = 0;  ///< how often the state was another
 };
 MediaControls Media();
+/// What an assistive program reads of the window: nothing while that is not offered.  While the
+/// main thread waits.
+platform::ControlList Controls();
+/// What such a program has been told since the last call.
+std::vector<platform::ControlChange> TakeControlNews();
+/// It puts its focus on a control.
+void FocusControl(int id);
+/// What the tool tip says at a place of the window; empty for none.
+std::string TipAt(platform::Point place);
 /// What the last player left to the next one.
 std::optional<platform::DesktopRequest> HandedOn();
 struct TrayState {

@@ -282,7 +282,7 @@ void KillTimer(int id) {
   desktop.timers.erase(id);
 }
 
-void CreateInputEdit() {
+void CreateInputEdit(const char*) {
   std::lock_guard guard(lock);
   desktop.editExists = true;
 }

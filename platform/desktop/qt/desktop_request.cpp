@@ -27,10 +27,11 @@ std::optional<DesktopRequest> TakeDesktopRequest(int number) {
 
 void PostDesktopRequest(DesktopRequest request) {
   if (dropped) return;
+  const Ask ask = request.ask;
   const int number = waiting.Keep(std::move(request));
   if (number == 0) return;
-  if (openDialogs == 0) {
-    PostMessage({kMessageDesktop, number, 0});
+  if (openDialogs == 0 || IsPress(ask)) {
+    PostMessage({kMessageDesktop, number, 0, KeysOf(ask)});
     return;
   }
   besideDialog.push_back(number);

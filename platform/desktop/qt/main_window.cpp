@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QMouseEvent>
@@ -21,6 +22,7 @@
 #include "base/shared.h"
 #include "platform/decoding.h"
 #include "platform/desktop/main_loop.h"
+#include "platform/desktop/qt/accessibility.h"
 #include "platform/desktop/qt/song_uris.h"
 
 namespace kwo::platform {
@@ -330,6 +332,10 @@ bool MainWindow::event(QEvent* event) {
   if (event->type() == QEvent::WindowDeactivate && openDialogs == 0)
     PostMessage({kMessageActivate, 0, 0});
   if (event->type() == QEvent::WindowActivate) PostMessage({kMessageActivate, 1, 0});
+  if (event->type() == QEvent::ToolTip) {
+    const auto& help = static_cast<const QHelpEvent&>(*event);
+    ShowTip(OwnPlace(help.pos()), help.globalPos());
+  }
   return QWidget::event(event);
 }
 

@@ -120,7 +120,13 @@ void TrackPopupMenu(std::span<const MenuItem> items, Point place) {
     marks.addAction(action);
   }
   if (mainWindow) place = mainWindow->density.ToScreen(place);
-  const QAction* chosen = menu.exec(QPoint(place.x, place.y));
+  // An item may also be chosen without the pointer and the keys, by an assistive program.
+  const QAction* chosen = nullptr;
+  QObject::connect(&menu, &QMenu::triggered, [&](const QAction* action) {
+    chosen = action;
+    menu.close();
+  });
+  menu.exec(QPoint(place.x, place.y));
   if (mainWindow) mainWindow->PostMissedReleases();
   if (chosen) PostMessage({kMessageCommand, chosen->data().toInt(), 0});
 }

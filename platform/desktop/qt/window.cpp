@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "platform/desktop/config_folder.h"
+#include "platform/desktop/qt/accessibility.h"
 #include "platform/desktop/qt/main_window.h"
 #include "platform/desktop/qt/startup_token.h"
 #include "platform/posix/screens_note.h"
@@ -60,6 +61,7 @@ void WatchScreens() {
 
 bool CreateMainWindow(WindowProcedure procedure, void* owner) {
   if (!qApp) return false;
+  MakeWindowReadable();
   mainWindow = std::make_unique<MainWindow>(procedure, owner);
   WatchScreens();
   mainWindow->winId();  // The native window, which is asked to stay on top before it is shown.
@@ -185,9 +187,10 @@ void KillTimer(int id) {
   mainWindow->timers.erase(found);
 }
 
-void CreateInputEdit() {
+void CreateInputEdit(const char* name) {
   if (mainWindow && !mainWindow->edit) {
     mainWindow->edit = new InputEdit(mainWindow.get());
+    mainWindow->edit->setAccessibleName(FromBytes(name));
     mainWindow->edit->show();
   }
 }
@@ -204,8 +207,11 @@ void GetEditText(char* text, int size) {
   text[length] = 0;
 }
 
+// Who asked for it by an assistive program may have left another window active.
 void FocusEdit() {
-  if (mainWindow && mainWindow->edit) mainWindow->edit->setFocus();
+  if (!mainWindow || !mainWindow->edit) return;
+  if (!mainWindow->isActiveWindow()) mainWindow->activateWindow();
+  mainWindow->edit->setFocus();
 }
 
 void FocusWindow() {
