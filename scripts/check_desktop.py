@@ -9,14 +9,13 @@ import shutil
 import subprocess
 import sys
 import tempfile
-import threading
 import time
 
 import gi
-import numpy
 
 import desk
 from checks import check, finish
+from session import Bus, Ear, awaits
 
 gi.require_version("Gio", "2.0")
 from gi.repository import Gio, GLib  # noqa: E402
@@ -24,69 +23,10 @@ from gi.repository import Gio, GLib  # noqa: E402
 NAME, PATH = "com.tavarine.kwo", "/com/tavarine/kwo"
 MEDIA, MEDIA_PATH = "org.mpris.MediaPlayer2.kwo", "/org/mpris/MediaPlayer2"
 PLAYER = "org.mpris.MediaPlayer2.Player"
-PATIENCE = 15  # seconds; of a busy machine
 
 program = pathlib.Path(sys.argv[1]).resolve()
 work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-bus-"))
 songs = [work / "songs" / f"{name} song.mp3" for name in ("first", "second", "third")]
-
-
-class Ear:
-    """Listens to the null device without end, and remembers when it was loud."""
-
-    def __init__(self):
-        self.levels = []
-        self.recorder = subprocess.Popen(
-            ["parec", "-d", "null.monitor", "--format=s16le", "--rate=44100", "--channels=2",
-             "--latency-msec=20"], stdout=subprocess.PIPE)
-        threading.Thread(target=self.listen, daemon=True).start()
-
-    def listen(self):
-        while data := self.recorder.stdout.read(8820):
-            values = numpy.frombuffer(data, numpy.int16).astype(float)
-            self.levels.append((time.monotonic(), numpy.sqrt((values ** 2).mean())))
-
-    def level(self, seconds=0.7):
-        """How loud it is from now on."""
-        begun = time.monotonic()
-        time.sleep(seconds)
-        heard = [level for at, level in self.levels if at > begun + 0.1]
-        return sum(heard) / len(heard) if heard else 0
-
-    def first_loud(self, since):
-        """When something is heard; infinite for never."""
-        until = time.monotonic() + PATIENCE
-        while time.monotonic() < until:
-            for at, level in self.levels:
-                if at > since and level > 30:
-                    return at
-            time.sleep(0.05)
-        return float("inf")
-
-    def silent(self):
-        return awaits(lambda: self.level() < 30)
-
-
-class Bus:
-    """A session bus of its own, which knows the services of a data folder."""
-
-    def __init__(self, data=None):
-        environment = dict(os.environ, XDG_DATA_HOME=str(data or work / "nothing"),
-                           XDG_CONFIG_HOME=str(work / "config"))
-        self.daemon = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
-                                       stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
-                                       env=environment)
-        self.address = self.daemon.stdout.readline().strip()
-        os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.address
-
-    def connection(self):
-        flags = (Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT |
-                 Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION)
-        return Gio.DBusConnection.new_for_address_sync(self.address, flags, None, None)
-
-    def end(self):
-        self.daemon.kill()
-        self.daemon.wait()
 
 
 class Monitor:
@@ -108,14 +48,6 @@ class Monitor:
     def end(self):
         self.client.kill()
         self.client.wait()
-
-
-def awaits(holds):
-    """Whether something holds within the patience."""
-    until = time.monotonic() + PATIENCE
-    while not (held := holds()) and time.monotonic() < until:
-        time.sleep(0.1)
-    return held
 
 
 def client(*command):
@@ -444,7 +376,7 @@ def launcher():
     check("the launcher opens the player without a bus", awaits(windows))
     end()
     opener.wait()
-    the_bus = Bus()
+    the_bus = Bus(work)
     opener = subprocess.Popen(start + [songs[0]])
     check("and with one that does not know it", awaits(windows))
     await_controls()
@@ -456,7 +388,7 @@ def launcher():
     check("by a player of its own", awaits(windows) and opener.wait() == 0)
     end()
     the_bus.end()
-    the_bus = Bus(prefix / "share")
+    the_bus = Bus(work, prefix / "share")
     client(*start, songs[2])
     up = time.monotonic() if awaits(windows) else float("inf")
     heard = ear.first_loud(up - 2)
@@ -486,7 +418,7 @@ for song, tone in zip(songs, (300, 400, 500)):
     subprocess.run(f"sox -V1 -n -r 44100 -c 2 -t wav - synth 40 sine {tone} vol 0.25 "
                    f"| lame --quiet -b 128 - '{song}'", shell=True, check=True)
 ear = Ear()
-the_bus = Bus()
+the_bus = Bus(work)
 try:
     media_controls()
     name_taken(opened_songs())
