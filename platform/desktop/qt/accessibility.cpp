@@ -23,7 +23,8 @@ constexpr int kWindow = 0;  // in the stead of a control's id
 constexpr int kLookMilliseconds = 100;
 
 ControlList (*listControls)() = nullptr;
-std::map<int, QAccessible::Id> readers;  // of the controls, by their ids
+// Of the controls, by their ids; the toolkit owns them.
+std::map<int, QAccessibleInterface*> readers;
 ControlWatch watch;
 std::unique_ptr<QTimer> looks;
 
@@ -219,7 +220,8 @@ class WindowReader : public QAccessibleWidget {
   static QList<QAccessibleInterface*> Children() {
     QList<QAccessibleInterface*> children = ChildrenOf(kWindow);
     if (EditHasFocus()) children << QAccessible::queryAccessibleInterface(mainWindow->edit);
-    if (QWidget* popup = QApplication::activePopupWidget())
+    QWidget* popup = QApplication::activePopupWidget();
+    if (popup && popup->parentWidget() == mainWindow.get())
       children << QAccessible::queryAccessibleInterface(popup);
     return children;
   }
@@ -227,9 +229,12 @@ class WindowReader : public QAccessibleWidget {
 
 QAccessibleInterface* ReaderOf(int id) {
   if (id == kWindow) return QAccessible::queryAccessibleInterface(mainWindow.get());
-  QAccessible::Id& reader = readers[id];
-  if (reader == 0) reader = QAccessible::registerAccessibleInterface(new ControlReader(id));
-  return QAccessible::accessibleInterface(reader);
+  QAccessibleInterface*& reader = readers[id];
+  if (!reader) {
+    reader = new ControlReader(id);
+    QAccessible::registerAccessibleInterface(reader);
+  }
+  return reader;
 }
 
 QAccessibleInterface* MakeReader(const QString&, QObject* object) {
@@ -280,7 +285,8 @@ void OpenAccessibility(ControlList (*list)()) {
 void CloseAccessibility() {
   listControls = nullptr;
   looks.reset();
-  for (const auto& [id, reader] : readers) QAccessible::deleteAccessibleInterface(reader);
+  for (const auto& [id, reader] : readers)
+    QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(reader));
   readers.clear();
 }
 
