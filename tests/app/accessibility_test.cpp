@@ -31,10 +31,10 @@ class Accessibility : public Program {
                        [&](const Control& control) { return control.name == name; });
   }
 
-  // What a client does to the control of a name, and a second of time for it.
+  // What a client does to the control of a name, and time for it to come to rest.
   static void Do(const Hands& hands, platform::Ask ask, const std::string& name, double value = 0) {
     headless::AskOfPlayer({.ask = ask, .value = value, .control = Named(name).id});
-    hands.Wait(1000);
+    hands.Wait(700);
   }
 
   static void PressPage(const Hands& hands, const std::string& name) {
@@ -111,20 +111,16 @@ TEST_F(Accessibility, EveryControlOfEveryPageAndModeIsToldInWordsWhereAPointerFi
     hands.Drop(songs);
     hands.Wait(1000);
     for (int mode = 0; mode < 4; ++mode) {
+      SCOPED_TRACE(testing::Message() << "display mode " << mode);
       for (const char* page :
-           {"Playlist page", "Mixer page", "Info page", "Config page", "Window page"}) {
-        SCOPED_TRACE(testing::Message() << page << ", display mode " << mode);
+           {"Playlist page", "Mixer page", "Equaliser page", "Effects", "DJ and play order",
+            "Sliders", "Info page", "Config page", "Window page"}) {
+        if (mode == 1 || mode == 2) continue;  // the other pages are as in the modes beside
+        SCOPED_TRACE(page);
         PressPage(hands, page);
         ExpectWholePage();
-        if (std::string(page) != "Mixer page") continue;
-        for (const char* subPage : {"Equaliser page", "Effects", "DJ and play order", "Sliders"}) {
-          SCOPED_TRACE(subPage);
-          PressPage(hands, subPage);
-          ExpectWholePage();
-        }
       }
       PressPage(hands, "Main page");
-      SCOPED_TRACE(testing::Message() << "main page, display mode " << mode);
       ExpectWholePage();
       if (mode == 3) {
         Do(hands, kPress, "Visualiser");
