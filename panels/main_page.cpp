@@ -204,8 +204,7 @@ struct SongText {
   bool known = false;  ///< there is a current song
 };
 
-// The time that the digits show: a label, since a hand moves it by dragging alone, that a value can
-// be set of.
+// The time that the digits show: a label whose value can be set, which seeks.
 void ListTime(platform::ControlList& list) {
   platform::Control* time = ListWidget(list, WIDGET_DIGIT, "", Named::kByLabel);
   if (!time) return;

@@ -8,8 +8,7 @@
 #include "platform/messages.h"
 
 /// What the desktop asks of the player: by media keys, its panel, a lock screen, a file manager, a
-/// screen reader.
-/// Each is something that a user could do in the window.  Main thread.
+/// screen reader.  Each is something that a user could do in the window.  Main thread.
 namespace kwo::platform {
 
 enum class Ask {

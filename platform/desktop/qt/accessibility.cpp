@@ -284,6 +284,7 @@ void OpenAccessibility(ControlList (*list)()) {
 
 void CloseAccessibility() {
   listControls = nullptr;
+  watch = {};
   looks.reset();
   for (const auto& [id, reader] : readers)
     QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(reader));
@@ -297,13 +298,8 @@ void ControlsChanged() {
 }
 
 void ShowTip(Point place, QPoint pointer) {
-  const ControlList list = List();
-  const Control* control = list.At(place);
-  if (!control || control->labelled) {
-    QToolTip::hideText();
-    return;
-  }
-  QToolTip::showText(pointer, FromBytes(control->name.c_str()), mainWindow.get());
+  // An empty text takes away the one before.
+  QToolTip::showText(pointer, FromBytes(List().Tip(place).c_str()), mainWindow.get());
 }
 
 }  // namespace kwo::platform
