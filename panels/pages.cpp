@@ -81,7 +81,7 @@ void DispatchEvent(unsigned event, Widget* widget, float a, float b) {
 
 platform::ControlList ListControls() {
   platform::ControlList list;
-  if (!TheSkinHost || !TheSkinHost->active) return list;
+  if (!TheSkinHost->active) return list;
   ListTopBar(list);
   kPages[CurrentPage].list(list);
   list.atRest = TheSkinHost->AtRest();

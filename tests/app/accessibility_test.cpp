@@ -123,6 +123,11 @@ TEST_F(Accessibility, EveryControlOfEveryPageAndModeIsToldInWordsWhereAPointerFi
       PressPage(hands, "Main page");
       ExpectWholePage();
       if (mode == 3) {
+        headless::MinimiseByUser();
+        hands.Wait(1000);
+        EXPECT_TRUE(headless::Controls().controls.empty());
+        headless::RestoreByUser();
+        hands.Wait(1000);
         Do(hands, kPress, "Visualiser");
         EXPECT_EQ(1u, headless::Controls().controls.size());
         ExpectWholePage();
@@ -131,11 +136,6 @@ TEST_F(Accessibility, EveryControlOfEveryPageAndModeIsToldInWordsWhereAPointerFi
       Do(hands, kPress, "Next display mode");
     }
     Do(hands, kPress, "Window page");
-    headless::MinimiseByUser();
-    hands.Wait(1000);
-    EXPECT_TRUE(headless::Controls().controls.empty());
-    headless::RestoreByUser();
-    hands.Wait(1000);
     Do(hands, kPress, "ALWAYS ON TOP [OFF]");
     hands.Move(Middle(WIDGET_QUIT).x, Middle(WIDGET_QUIT).y);
     Do(hands, kPress, "AUTO [OFF]");
@@ -170,6 +170,10 @@ TEST_F(Accessibility, AChangeOfThePageIsToldOnceWhenTheMotionHasEnded) {
     EXPECT_EQ(2, count(kState));
     hands.Wait(1000);
     EXPECT_TRUE(headless::TakeControlNews().empty());
+    // A row without a song is none.
+    PressPage(hands, "Playlist page");
+    news = headless::TakeControlNews();
+    EXPECT_EQ(5 + 1 + 1 + 1, count(kAppeared));
   });
 }
 
@@ -187,6 +191,7 @@ TEST_F(Accessibility, SongsAreSelectedAndPlayedAndTheListIsScrolled) {
     EXPECT_TRUE(Named("4. song3.mp3").selected);
     headless::TakeControlNews();
     Do(hands, kPress, "3. song2.mp3");
+    EXPECT_FALSE(headless::Window().captured);
     EXPECT_EQ(2, playlist.currentSong);
     EXPECT_TRUE(Named("3. song2.mp3").current && Named("3. song2.mp3").selected);
     EXPECT_TRUE(Named("Play").pressed && transport.playing);
@@ -201,8 +206,6 @@ TEST_F(Accessibility, SongsAreSelectedAndPlayedAndTheListIsScrolled) {
     Do(hands, kSetValue, "First song shown", 1e9);
     EXPECT_EQ(15 - rows, playlist.topIndex);
     EXPECT_EQ(16 - rows, Named("First song shown").value);
-    Do(hands, kSetValue, "First song shown", NAN);
-    EXPECT_EQ(15 - rows, playlist.topIndex);
     EXPECT_FALSE(Has("1. song0.mp3"));
 
     headless::AnswerMenu("Select All");
@@ -222,6 +225,7 @@ TEST_F(Accessibility, SlidersBoxesPresetsAndNamesAreSetAsByTheMouse) {
     PressPage(hands, "Mixer page");
     Do(hands, kSetValue, "Volume", 150);
     EXPECT_FLOAT_EQ(1.5f, TheMixer->volume);
+    Do(hands, kSetValue, "Volume", NAN);
     EXPECT_TRUE(Has("Volume = 150"));
     Do(hands, kStepValue, "Pan", -1);
     EXPECT_FLOAT_EQ(-0.01f, TheMixer->pan);

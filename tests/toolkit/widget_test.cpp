@@ -173,6 +173,40 @@ TEST_F(Toolkit, EveryMotionModeActsAtItsEndsAndBeginsAnewOnceItEnded) {
     }
 }
 
+TEST_F(Toolkit, PlaceAtRestIsWhereTheEntranceEndsCutToTheInterface) {
+  host.groups[1].PlaceGroup(&host.groups[0], 60, 5, 0, 30, 20, 0, 0);
+  host.groups[1].SetWays({{60, 5}, {40, 5}, {60, 5}}, 2, 0, 0);
+  host.groups[1].visible = 1;
+  Widget& inside = Canvas(1, 8, 6, 0, 1);
+  Widget& moving = Canvas(2, 8, 6);
+  moving.SetPlace(60, 40);
+  moving.SetWays({{60, 40}, {56, 4}, {60, 40}}, 2, 0, 0);
+  const auto shows = [&](bool first, bool second) {
+    EXPECT_EQ(first, inside.OnScreen());
+    EXPECT_EQ(second, moving.OnScreen());
+    EXPECT_EQ((platform::Rectangle{60, 15, 8, 6}), inside.RestPlace());
+    EXPECT_EQ((platform::Rectangle{76, 14, 4, 6}), moving.RestPlace());
+  };
+  shows(false, false);
+  EXPECT_TRUE(host.AtRest());
+  for (MotionOwner* owner :
+       {static_cast<MotionOwner*>(&host.groups[1]), static_cast<MotionOwner*>(&moving)}) {
+    const bool first = owner != &moving;
+    owner->RunProgram(kMoveSlot, kEnterProgram);
+    shows(true, !first);
+    EXPECT_FALSE(host.AtRest());
+    DrawFrames(4);
+    shows(true, !first);
+    EXPECT_TRUE(host.AtRest());
+  }
+  moving.RunProgram(kMoveSlot, kLeaveProgram);
+  shows(true, false);
+  host.groups[1].RunProgram(kMoveSlot, kLeaveProgram);
+  shows(false, false);
+  DrawFrames(4);
+  shows(false, false);
+}
+
 TEST_F(Toolkit, TilesRepeatDriftPulseAndCrossFade) {
   const auto pixel = [this](int x, int y) { return PixelAt(*host.canvas, x, y); };
   Widget& still = Canvas(0, 60, 40, 0x646464);
