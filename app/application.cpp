@@ -37,6 +37,7 @@
 #include "playlist/playlist_files.h"
 #include "playlist/tag_reader.h"
 #include "settings/settings.h"
+#include "toolkit/menu_colors.h"
 #include "toolkit/skin_description.h"
 
 namespace kwo {
@@ -123,6 +124,7 @@ bool OpenWindow(const platform::Rectangle& described) {
   if (!platform::MainWindowExists()) return false;
   if (!host.LoadBackground("background.bmp", skin.TransparentColor)) return false;
   host.SetSkinFont(kFontFace, kFontHeight, skin.FontColor);
+  platform::SetMenuColors(SkinMenuColors());
   host.colorKey = host.defaultColorKey = skin.TransparentColor;
   const platform::Rectangle window = Within(described, host.windowWidth, host.windowHeight);
   host.groups[GROUP_INTERFACE].PlaceGroup(nullptr, window.x, window.y, 0, window.width,

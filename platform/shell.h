@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
@@ -25,6 +26,16 @@ struct MenuItem {
   const char* text;
   MenuMark mark;
 };
+
+/// 0x00BBGGRR.
+struct MenuColors {
+  std::uint32_t text = 0, ground = 0xFFFFFF;
+  std::uint32_t chosenText = 0xFFFFFF, chosenGround = 0;  ///< of the item under the pointer
+  std::uint32_t mark = 0;                                 ///< of the chosen one
+};
+
+/// Colours of the menus and tool tips from now on.
+void SetMenuColors(const MenuColors& colors);
 
 /// Shows a menu at a place of the screen until the user has chosen or dismissed it.  The choice is
 /// posted as kMessageCommand.

@@ -5,6 +5,7 @@ usage: check_hands.py PROGRAM"""
 import os
 import pathlib
 import re
+import signal
 import subprocess
 import sys
 import tempfile
@@ -16,6 +17,7 @@ import desk
 from checks import check, finish, pixels
 
 STILL = (40, 40, 400, 160)  # of the info page nothing moves there
+MENU_GROUND = (8, 29, 43)   # half of a selected row's colour
 
 def area(x, y, width, height):
     """Of the window's picture."""
@@ -31,6 +33,50 @@ def enlarged(picture, scale):
         return numpy.maximum(overlap, 0) * scale
     down, across = shares(picture.shape[0]), shares(picture.shape[1])
     return numpy.einsum("yr,xc,rcz->yxz", down, across, picture, optimize=True)
+
+
+def outside():
+    """Where the root shows, which is green."""
+    return (area(0, 0, player.on_screen(488), player.on_screen(302)) == (0, 255, 0)).all(axis=2)
+
+
+def own_outside(scale):
+    """The same by the skin's key: a pixel of the screen is where its middle lies."""
+    key = (pixels(desk.ROOT / "skin/default/background.bmp") == (9, 0, 9)).all(axis=2)
+    key = numpy.pad(key, (0, 1), constant_values=True)
+    middles = [((numpy.arange(player.on_screen(size)) + 0.5) / scale).astype(int)
+               for size in (302, 488)]
+    return key[numpy.ix_(*middles)]
+
+
+def press_edges():
+    """Brings the volume from 100 to 99, by presses at three corners of its slider and beside each
+    side."""
+    player.open_page("mixer")
+    player.press(desk.VOLUME_LABEL, rest=0.3)
+    left, top, right, bottom = (player.on_screen(value) for value in desk.VOLUME_SLIDER)
+    high = (top + bottom) // 2
+    for x, y in ((left, top), (left, bottom - 1), (right - 1, bottom - 1), (left - 1, high),
+                 (right, high), (left + 4, top - 1), (left + 4, bottom)):
+        desk.run("xdotool", "mousemove", player.place[0] + x, player.place[1] + y, "click", 1)
+        time.sleep(0.1)
+
+
+def use_menu():
+    """Chooses the first way to show names by keys, and the last one by the pointer."""
+    player.open_page("playlist")
+    player.press(desk.FUNCTION, rest=0.4)
+    mouse("key", "--delay", "30", *["Down"] * 5, "Return")
+    player.press(desk.FUNCTION, rest=0.4)
+    x, y, width, height = next(place for place in map(desk.rectangle, shown())
+                               if player.on_screen(200) < place[2] < player.on_screen(300))
+    desk.run("import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "+repage", shot)
+    ground = (pixels(shot, width) == MENU_GROUND).all(axis=2).mean()
+    check("the menu has the skin's colours", ground > 0.7, ground)
+    check("it is as large as the window makes it look", 210 < width / player.scale < 260 and
+          230 < height / player.scale < 270, (width, height))
+    mouse("mousemove", x + width // 2, y + height - player.on_screen(16))
+    mouse("click", 1)
 
 
 def warmth():
@@ -176,6 +222,7 @@ try:
     player.open_page("info")
     plain = area(*STILL)
     player.quit()
+    desk.run("xsetroot", "-solid", "#00ff00")
     for dots in (192, 120, 144, 168):
         subprocess.run(["xrdb", "-merge"], input=f"Xft.dpi: {dots}\n", text=True, check=True)
         player.start(scale=dots / 96)
@@ -188,10 +235,39 @@ try:
         x, y, width, height = (int(value * player.scale) for value in STILL)
         difference = abs(area(x, y, width, height) - enlarged(plain, player.scale)).max()
         check("every pixel is the mean of what it lies upon", difference <= 1, difference)
+        check("the shape is the skin's", (outside() == own_outside(player.scale)).all())
+        press_edges()
+        use_menu()
+        player.drag(frame, (frame[0] + 60, frame[1] + 60))
+        moved = desk.geometry(player.window)
+        check("a drag moves the window as far, to its own pixel",
+              all(abs(place[i] + 60 - moved[i]) < player.scale for i in (0, 1)), moved)
         check("the end is in order", player.quit() == 0)
+        check("presses go to the pixel", setting("SLIDERVOL") == 99, setting("SLIDERVOL"))
+        check("the menu's item is the one under the pointer", setting("PLAYLISTDISPLAYMODE") == 4)
     subprocess.run(["xrdb", "-merge"], input="Xft.dpi: 96\n", text=True, check=True)
+
+    # The density changes while the program runs.
+    tell = work / "xsettings"
+    tell.write_text(f"Xft/DPI {1024 * 96}\n")
+    teller = subprocess.Popen(["xsettingsd", "-c", tell], stderr=subprocess.DEVNULL)
+    time.sleep(0.5)
     player.start()
+    time.sleep(1.5)
+    for dots in (144, 96):
+        tell.write_text(f"Xft/DPI {1024 * dots}\n")
+        teller.send_signal(signal.SIGHUP)
+        time.sleep(1.5)
+        player.scale = dots / 96
+        player.place = desk.geometry(player.window)
+        check(f"the window follows to {dots} dots an inch", desk.rectangle(player.window)[2:] ==
+              (player.on_screen(488), player.on_screen(302)))
+        check("its shape too", (outside() == own_outside(player.scale)).all())
+        press_edges()
+        use_menu()
+    teller.kill()
     check("the end is in order", player.quit() == 0)
+    check("presses go to the pixel", setting("SLIDERVOL") == 99, setting("SLIDERVOL"))
 finally:
     if player.process.poll() is None:
         player.process.kill()

@@ -24,6 +24,7 @@ FIRST_ROW = (120, 100)
 VOLUME, PAN = (336, 126), (336, 164)
 VOLUME_LABEL, PAN_LABEL = (60, 126), (60, 164)
 SLIDERS_LEFT = 232
+VOLUME_SLIDER = (239, 118, 448, 135)  # where it takes presses: left, top, and what lies behind it
 THIRD_BAND = (178, 100)  # of the equaliser's curve
 EQ_SWITCH, DJ = (60, 218), (120, 111)
 PRESET_BACK, PRESET_NAME, PRESET_FORWARD = (99, 203), (244, 203), (389, 203)
@@ -50,10 +51,14 @@ def sound_server():
     return None
 
 
-def geometry(window):
+def rectangle(window):
     lines = run("xdotool", "getwindowgeometry", "--shell", window).split()
     values = dict(line.split("=") for line in lines)
-    return int(values["X"]), int(values["Y"])
+    return tuple(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
+
+
+def geometry(window):
+    return rectangle(window)[:2]
 
 
 def await_window(name, rest=0.7):

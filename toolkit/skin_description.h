@@ -13,7 +13,7 @@ struct SkinDescription {
   std::uint32_t TransparentColor;
   std::uint32_t FontColor;
   std::uint32_t SelectedSongColor;
-  /// Kept only: the current row is marked by its pulse.
+  /// Marks the choice in menus; the current row is marked by its pulse.
   std::uint32_t CurrentSongColor;
 
   /// Blend modes of the group boxes.

@@ -149,6 +149,7 @@ std::vector<TextLine> TextOn(const std::uint8_t* pixels);
 platform::Point PointerPlace();
 /// The texts of the last menu, the marked one behind a "*".
 std::vector<std::string> LastMenu();
+platform::MenuColors MenuColors();
 /// The command lines run so far.
 std::vector<std::string> CommandLines();
 

@@ -22,6 +22,7 @@ std::deque<std::string> menuAnswers;
 int lostAnswers = 0;
 std::string standingFolder;
 std::vector<std::string> lastMenu;
+platform::MenuColors menuColors;
 std::string lastFolder;
 std::map<std::string, platform::SongTag> longTags;
 std::map<int, std::vector<std::string>> drops;
@@ -68,6 +69,11 @@ SongTag ReadLongTag(const char* path) {
   std::lock_guard guard(lock);
   const auto found = longTags.find(path);
   return found == longTags.end() ? SongTag() : found->second;
+}
+
+void SetMenuColors(const MenuColors& colors) {
+  std::lock_guard guard(lock);
+  menuColors = colors;
 }
 
 void TrackPopupMenu(std::span<const MenuItem> items, Point) {
@@ -149,6 +155,11 @@ int LostMenuAnswers() {
   const int lost = std::exchange(lostAnswers, 0) + static_cast<int>(menuAnswers.size());
   menuAnswers.clear();
   return lost;
+}
+
+platform::MenuColors MenuColors() {
+  std::lock_guard guard(lock);
+  return menuColors;
 }
 
 std::vector<std::string> LastMenu() {

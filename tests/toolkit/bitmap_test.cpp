@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <random>
 #include <tuple>
 
 #include "tests/pixel_at.h"
 #include "tests/support.h"
 #include "toolkit/bmp_reader.h"
+#include "toolkit/menu_colors.h"
 #include "toolkit/skin_bitmap.h"
 #include "toolkit/skin_description.h"
 #include "toolkit/skin_host.h"
@@ -123,6 +126,41 @@ TEST(SkinDescription, StatementsAmongFreeTextReplaceTheDefaults) {
                                  skin.CurrentSongColor, skin.TopEffect, skin.MainEffect,
                                  skin.PlaylistEffect, skin.MixerEffect, skin.BackgroundEffect,
                                  window.x, window.y, window.width, window.height}));
+  }
+}
+
+// Relative luminance by the web's rules for contrast, of 0x00BBGGRR.
+double Luminance(std::uint32_t color) {
+  double sum = 0;
+  for (const double weight : {0.2126, 0.7152, 0.0722}) {
+    const double value = (color & 255) / 255.0;
+    sum += weight * (value > 0.04045 ? std::pow((value + 0.055) / 1.055, 2.4) : value / 12.92);
+    color >>= 8;
+  }
+  return sum;
+}
+
+TEST(MenuColors, AreTheSkinsAsFarAsTheyCanBeRead) {
+  const auto contrast = [](std::uint32_t color, std::uint32_t other) {
+    const double one = Luminance(color) + 0.05, two = Luminance(other) + 0.05;
+    return std::max(one / two, two / one);
+  };
+  skin.FontColor = 0xF6ECD8, skin.SelectedSongColor = 0x563A10, skin.CurrentSongColor = 0x66B8FF;
+  platform::MenuColors colors = SkinMenuColors();
+  EXPECT_EQ((std::vector<std::uint32_t>{0xF6ECD8, 0x2B1D08, 0xF6ECD8, 0x563A10, 0x66B8FF}),
+            (std::vector<std::uint32_t>{colors.text, colors.ground, colors.chosenText,
+                                        colors.chosenGround, colors.mark}));
+  std::minstd_rand random(7);
+  for (int i = 0; i < 2000; ++i) {
+    for (std::uint32_t* color : {&skin.FontColor, &skin.SelectedSongColor, &skin.CurrentSongColor})
+      *color = random() & 0xFFFFFF;
+    if (i % 3 == 0) skin.SelectedSongColor = skin.FontColor ^ (random() & 0x0F0F0F);
+    colors = SkinMenuColors();
+    EXPECT_EQ(skin.FontColor, colors.text);
+    EXPECT_GE(contrast(colors.text, colors.ground), 4.5) << std::hex << skin.FontColor;
+    EXPECT_GE(contrast(colors.chosenText, colors.chosenGround), 4.5) << std::hex << skin.FontColor;
+    EXPECT_GE(contrast(colors.mark, colors.ground), 4.5) << std::hex << skin.CurrentSongColor;
+    EXPECT_GE(contrast(colors.chosenGround, colors.ground), 1.2) << std::hex << skin.FontColor;
   }
 }
 

@@ -9,6 +9,7 @@
 #include <QProcessEnvironment>
 #include <QStandardPaths>
 #include <QSystemTrayIcon>
+#include <QToolTip>
 #include <map>
 
 #include "platform/desktop/end_watch.h"
@@ -27,6 +28,7 @@ std::unique_ptr<QSystemTrayIcon> trayIcon;
 std::unique_ptr<QMenu> trayMenu;
 std::map<int, std::vector<std::string>> drops;
 int lastDrop = 0;
+MenuColors menuColors;
 
 struct DialogOpen {
   DialogOpen() { ++openDialogs; }
@@ -52,6 +54,30 @@ QStringList NameFilters(const char* filter) {
     filters << name + " (" + patterns + " " + patterns.toLower() + ")";
   }
   return filters;
+}
+
+QColor ToColor(std::uint32_t color) {
+  return QColor(color & 255, color >> 8 & 255, color >> 16 & 255);
+}
+
+// In pixels: the toolkit's other units do not follow the screen's density while the program runs.
+QString MenuStyle() {
+  QString style =
+      "QMenu { background: %1; color: %2; border: %6px solid %4; padding: %9px 0 }"
+      "QMenu::item { padding: %10px %12px }"
+      "QMenu::item:selected { background: %4; color: %3 }"
+      "QMenu::separator { background: %4; height: %6px; margin: %9px 0 }"
+      "QMenu::indicator { left: %11px; width: %8px; height: %8px; border-radius: %7px }"
+      "QMenu::indicator:checked { background: %5 }";
+  for (const std::uint32_t color : {menuColors.ground, menuColors.text, menuColors.chosenText,
+                                    menuColors.chosenGround, menuColors.mark})
+    style = style.arg(ToColor(color).name());
+  const auto scaled = [](int own) { return mainWindow ? mainWindow->density.ToScreen(own) : own; };
+  const int dotRadius = scaled(3);
+  for (const int length :
+       {scaled(1), dotRadius, 2 * dotRadius, scaled(4), scaled(5), scaled(9), scaled(24)})
+    style = style.arg(length);
+  return style;
 }
 
 // Words by blanks, those in quotes whole; paths get the machine's separators.  All between the
@@ -103,9 +129,20 @@ bool ChooseFolder(const char* title, std::string& folder) {
   return true;
 }
 
+void SetMenuColors(const MenuColors& colors) {
+  menuColors = colors;
+  QPalette tips;
+  for (const auto role : {QPalette::ToolTipBase, QPalette::Window})
+    tips.setColor(role, ToColor(colors.ground));
+  for (const auto role : {QPalette::ToolTipText, QPalette::WindowText})
+    tips.setColor(role, ToColor(colors.text));
+  QToolTip::setPalette(tips);
+}
+
 void TrackPopupMenu(std::span<const MenuItem> items, Point place) {
   const DialogOpen open;
   QMenu menu(mainWindow.get());
+  menu.setStyleSheet(MenuStyle());
   QActionGroup marks(&menu);
   for (const MenuItem& item : items) {
     if (item.command == 0) {
