@@ -16,6 +16,7 @@
 #include <QStringDecoder>
 #include <QWheelEvent>
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
 
@@ -156,6 +157,8 @@ MainWindow::MainWindow(WindowProcedure newProcedure, void* newOwner)
       owner(newOwner) {
   setAttribute(Qt::WA_OpaquePaintEvent);
   setAttribute(Qt::WA_NoSystemBackground);
+  // Some Wayland desktops paint what lies outside a window's shape, unless its pixels have alpha.
+  if (std::getenv("WAYLAND_DISPLAY")) setAttribute(Qt::WA_TranslucentBackground);
   setMouseTracking(true);
   setAcceptDrops(true);
   setFocusPolicy(Qt::NoFocus);
