@@ -9,31 +9,19 @@ import tempfile
 import time
 
 import desk
+import shown_list
 
-SONGS = [("Harbour Lights", "Slow Tide"), ("Ida Voss", "Paper Lanterns"),
-         ("The Long Field", "Harvest Moon"), ("Ohm & Sons", "Static Garden"),
-         ("Marsh Lights", "Copper Wire Waltz"), ("Ida Voss", "Winter Fair"),
-         ("김하늘", "밤의 노래"), ("Northern Line", "Late Train Home"),
-         ("Мария Волкова", "Тихий берег"), ("すずき", "うみのこえ"), ("Harbour Lights", "Ebb")]
-SELECTED = (3, 4)
 SETTINGS = {"PLAYLISTDISPLAYMODE": 3, "EFFECTCR": 1, "EFFECTLT": 1, "EFFECTEQSWITCH": 1}
 CURVE = [(127, 118), (145, 106), (175, 140), (205, 155), (225, 176), (250, 178), (280, 150),
          (300, 130), (316, 108)]
 
 program, out = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
 work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-pictures-"))
-sound = (desk.ROOT / "music/one-horizon.mp3").read_bytes()[:-128]
-lines = "VERSION 10\r\n"
-for number, (artist, title) in enumerate(SONGS):
-    path = work / f"{number}.mp3"
-    path.write_bytes(sound + b"TAG" + title.encode().ljust(30, b"\0") +
-                     artist.encode().ljust(30, b"\0") + bytes(65))
-    lines += f"ADD {path}\r\n" + ("SELECTED\r\n" if number in SELECTED else "")
 (work / "player").mkdir()
 player = desk.Player(program, work / "player")
 try:
     player.quit()
-    (work / "player/HISTORY.PLA").write_text(lines, newline="")
+    shown_list.write(work, work / "player")
     settings = work / "player/config/kwo/settings"
     text = settings.read_text()
     for name, value in SETTINGS.items():
@@ -48,6 +36,10 @@ try:
     for name in ("playlist", "info", "config", "window", "mixer"):
         player.open_page(name, rest=2)
         player.portrait(out / f"{'sliders' if name == 'mixer' else name}.png")
+        if name == "playlist":
+            player.press(desk.FUNCTION)
+            player.portrait(out / "menu.png")
+            desk.run("xdotool", "key", "Escape")
     player.press(desk.SUB_PAGES["equaliser"], rest=1.4)
     for start, end in zip(CURVE, CURVE[1:]):
         player.drag(start, end, rest=0.1)
