@@ -9,6 +9,7 @@
 #include "app/application.h"
 #include "panels/panel_tools.h"
 #include "panels/visualisers.h"
+#include "platform/density.h"
 #include "platform/headless/headless.h"
 #include "tests/support.h"
 #include "toolkit/blits.h"
@@ -61,6 +62,22 @@ void Frame(benchmark::State& state) {
   for (auto _ : state) TheSkinHost->RedrawFrame();
 }
 BENCHMARK(Frame)->Unit(benchmark::kMicrosecond);
+
+// The whole window's picture, by quarters.
+void Enlarge(benchmark::State& state) {
+  constexpr platform::Size kWindow{488, 302};
+  platform::Enlarger enlarger(platform::Density(static_cast<int>(state.range(0))), kWindow);
+  const platform::Size screen = enlarger.ScreenSize();
+  const std::vector<std::uint32_t> own(
+      static_cast<std::size_t>(kWindow.width) * static_cast<std::size_t>(kWindow.height), 0x7F3388);
+  std::vector<std::uint32_t> enlarged(static_cast<std::size_t>(screen.width) *
+                                      static_cast<std::size_t>(screen.height));
+  for (auto _ : state) {
+    enlarger.Enlarge(own.data(), 0, kWindow.height, enlarged.data());
+    benchmark::DoNotOptimize(enlarged.data());
+  }
+}
+BENCHMARK(Enlarge)->Arg(5)->Arg(6)->Arg(7)->Arg(8)->Arg(12)->Arg(16)->Unit(benchmark::kMicrosecond);
 
 // By number, at the skin's size and at 1,024 columns.
 void Visualiser(benchmark::State& state) {

@@ -10,12 +10,6 @@ namespace {
 
 constexpr int kWhole = Density::kWhole, kChannels = 4;
 
-// The channels of a pixel, in 16 bits each, in their order.
-std::uint64_t Spread(std::uint32_t pixel) {
-  const std::uint64_t halves = (pixel | std::uint64_t{pixel} << 16) & 0x0000'FFFF'0000'FFFF;
-  return (halves | halves << 8) & 0x00FF'00FF'00FF'00FF;
-}
-
 // The two rows' sums of sixteen shares, rounded: a plain loop for the compiler to turn into vector
 // code.
 void MixRows(const std::uint16_t* upper, const std::uint16_t* lower, int upperShare,
@@ -27,15 +21,32 @@ void MixRows(const std::uint16_t* upper, const std::uint16_t* lower, int upperSh
         static_cast<std::uint16_t>(upper[i] * share + lower[i] * rest + 8) >> 4);
 }
 
+// Each pixel so many times.
+template <int kTimes>
+KWO_MAY_TEAR void RepeatPixels(const std::uint32_t* own, int width, std::uint32_t* to) {
+  for (int x = 0; x < width; ++x)
+    for (int i = 0; i < kTimes; ++i) to[kTimes * x + i] = own[x];
+}
+
+constexpr void (*kRepeats[])(const std::uint32_t* own, int width, std::uint32_t* to) = {
+    RepeatPixels<1>, RepeatPixels<2>, RepeatPixels<3>, RepeatPixels<4>};
+
 }  // namespace
 
 Enlarger::Enlarger(Density density, Size own)
     : density_(density),
       own_(own),
-      screen_{density.ToScreen(own.width), density.ToScreen(own.height)} {
-  columns_.reserve(static_cast<std::size_t>(screen_.width));
-  for (int x = 0; x < screen_.width; ++x) columns_.push_back(PlaceOf(x));
-  for (WideRow& wide : wide_) wide.channels.resize(kChannels * columns_.size());
+      screen_{density.ToScreen(own.width), density.ToScreen(own.height)},
+      spread_(static_cast<std::size_t>(own.width) + 1) {
+  for (int x = 0; x < screen_.width; x += 2) {
+    // With an odd width the last pair's right one is drawn for nothing.
+    const Place left = PlaceOf(x), right = PlaceOf(std::min(x + 1, screen_.width - 1));
+    const auto share = [](const Place& place) { return static_cast<std::uint16_t>(place.share); };
+    columns_.push_back({left.pixel, right.pixel,
+                        Pair{share(left), share(left), share(left), share(left), share(right),
+                             share(right), share(right), share(right)}});
+  }
+  for (WideRow& wide : wide_) wide.pairs.resize(columns_.size());
 }
 
 Enlarger::Place Enlarger::PlaceOf(int screen) const {
@@ -44,18 +55,25 @@ Enlarger::Place Enlarger::PlaceOf(int screen) const {
   return {pixel, std::min((pixel + 1) * quarters - screen * kWhole, kWhole)};
 }
 
-// Another thread may be presenting: what tears is whole in the next frame.
-KWO_MAY_TEAR void Enlarger::Widen(const std::uint32_t* own, int row, WideRow& wide) const {
-  const std::uint32_t* pixels = own + std::ptrdiff_t{row} * own_.width;
-  std::uint16_t* to = wide.channels.data();
-  for (const Place& column : columns_) {
-    const auto share = static_cast<std::uint64_t>(column.share);
-    // Beyond its edge the picture goes on as it ends.
-    const int next = std::min(column.pixel + 1, own_.width - 1);
-    const std::uint64_t mixed =
-        Spread(pixels[column.pixel]) * share + Spread(pixels[next]) * (kWhole - share);
-    std::memcpy(to, &mixed, sizeof mixed);
-    to += kChannels;
+// Another thread may be presenting: what tears is whole in the next frame.  So in RepeatPixels.
+KWO_MAY_TEAR void Enlarger::Spread(const std::uint32_t* own) {
+  for (int x = 0; x < own_.width; ++x) {
+    const std::uint64_t halves = (own[x] | std::uint64_t{own[x]} << 16) & 0x0000'FFFF'0000'FFFF;
+    spread_[static_cast<std::size_t>(x)] = (halves | halves << 8) & 0x00FF'00FF'00FF'00FF;
+  }
+  // Beyond its edge the picture goes on as it ends.
+  spread_.back() = spread_[spread_.size() - 2];
+}
+
+void Enlarger::Widen(const std::uint32_t* own, int row, WideRow& wide) {
+  using TwoPixels = std::uint64_t __attribute__((vector_size(16)));
+  Spread(own + std::ptrdiff_t{row} * own_.width);
+  const std::uint64_t* pixels = spread_.data();
+  Pair* to = wide.pairs.data();
+  for (const Columns& columns : columns_) {
+    const Pair on = Pair(TwoPixels{pixels[columns.left], pixels[columns.right]});
+    const Pair next = Pair(TwoPixels{pixels[columns.left + 1], pixels[columns.right + 1]});
+    *to++ = next * kWhole + (on - next) * columns.shares;
   }
   wide.row = row;
 }
@@ -63,7 +81,7 @@ KWO_MAY_TEAR void Enlarger::Widen(const std::uint32_t* own, int row, WideRow& wi
 const std::uint16_t* Enlarger::WideRowOf(const std::uint32_t* own, int row) {
   WideRow& wide = wide_[row % 2];
   if (wide.row != row) Widen(own, row, wide);
-  return wide.channels.data();
+  return reinterpret_cast<const std::uint16_t*>(wide.pairs.data());
 }
 
 void Enlarger::Enlarge(const std::uint32_t* own, int first, int end, std::uint32_t* screen) {
@@ -77,12 +95,17 @@ void Enlarger::Enlarge(const std::uint32_t* own, int first, int end, std::uint32
       std::memcpy(to, to - screen_.width, sizeof *to * static_cast<std::size_t>(screen_.width));
       continue;
     }
+    before = row;
+    if (density_.Quarters() % kWhole == 0) {
+      kRepeats[density_.Quarters() / kWhole - 1](own + std::ptrdiff_t{row.pixel} * own_.width,
+                                                 own_.width, to);
+      continue;
+    }
     const std::uint16_t* upper = WideRowOf(own, row.pixel);
     const int below = std::min(row.pixel + 1, own_.height - 1);
     const std::uint16_t* lower = row.share < kWhole ? WideRowOf(own, below) : upper;
     MixRows(upper, lower, row.share, reinterpret_cast<std::uint8_t*>(to),
             kChannels * screen_.width);
-    before = row;
   }
 }
 

@@ -71,19 +71,27 @@ class Enlarger {
     int pixel, share;
     bool operator==(const Place&) const = default;
   };
+  // The channels of two pixels, in 16 bits each: what the machine mixes at once.
+  using Pair = std::uint16_t __attribute__((vector_size(16)));
+  struct Columns {
+    int left, right;  // pixels
+    Pair shares;
+  };
   // A row of the window's, enlarged to the side, in quarters of a channel's steps.
   struct WideRow {
     int row = -1;
-    std::vector<std::uint16_t> channels;
+    std::vector<Pair> pairs;
   };
   Place PlaceOf(int screen) const;
-  void Widen(const std::uint32_t* own, int row, WideRow& wide) const;
+  void Spread(const std::uint32_t* own);
+  void Widen(const std::uint32_t* own, int row, WideRow& wide);
   const std::uint16_t* WideRowOf(const std::uint32_t* own, int row);
 
   Density density_;
   Size own_, screen_;
-  std::vector<Place> columns_;
-  WideRow wide_[2];  // the last of the even rows, and of the odd ones
+  std::vector<Columns> columns_;
+  std::vector<std::uint64_t> spread_;  // a row of the window's, 16 bits a channel, and one more
+  WideRow wide_[2];                    // the last of the even rows, and of the odd ones
 };
 
 }  // namespace kwo::platform
