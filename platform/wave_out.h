@@ -26,8 +26,9 @@ struct WaveHeader {
   Shared<unsigned> flags;
 };
 
-/// Called once for each buffer when it has been played, on the device's own thread, right before
-/// its done flag is set.  It may not call the device and must return soon.
+/// Called once for each buffer when it has been played, or one buffer later while the window is out
+/// of sight, on the device's own thread, right before its done flag is set.  It may not call the
+/// device and must return soon.
 using WaveDoneCallback = void (*)(WaveHeader& header);
 
 struct WaveDevice;

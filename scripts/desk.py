@@ -178,6 +178,14 @@ class Player:
         time.sleep(seconds)
         return (spent() - before) / 1e7 / seconds
 
+    def wakings(self, thread, seconds):
+        """Of the thread with that name, in a second."""
+        tasks = pathlib.Path(f"/proc/{self.process.pid}/task").iterdir()
+        task = next(t for t in tasks if (t / "comm").read_text().strip() == thread)
+        before = int((task / "schedstat").read_text().split()[2])
+        time.sleep(seconds)
+        return (int((task / "schedstat").read_text().split()[2]) - before) / seconds
+
     def threads(self):
         return len(os.listdir(f"/proc/{self.process.pid}/task"))
 

@@ -10,9 +10,12 @@
 #include <vector>
 
 #include "platform/clock.h"
+#include "platform/desktop/sound_watch.h"
 #include "platform/threads.h"
 
 namespace kwo::platform {
+
+std::atomic<bool> soundIsWatched = true;
 
 // One device thread feeds ALSA's "default" PCM, and it alone calls ALSA: a sound server that hangs
 // holds whoever calls it for as long as it likes.  `queue` holds every buffer from WriteWave until
@@ -50,8 +53,9 @@ namespace {
 constexpr unsigned kPeriodsPerSecond = 10, kPeriods = 10, kPeriodsToStart = 5;
 // A sound shorter than that starts once nothing more has come for this long.
 constexpr auto kStartPatience = std::chrono::milliseconds(50);
-// Between two looks at the PCM: from the least worth a waking to one of its periods.
-constexpr std::int64_t kShortestRest = 5, kLongestRest = 100;  // milliseconds
+// Between two looks at the PCM: from the least worth a waking to little more than one of its
+// periods, in which two of the engine's buffers are heard.
+constexpr std::int64_t kShortestRest = 5, kLongestRest = 110;  // milliseconds
 // Where more lies in the device than the caller's buffers hold, each look gives back one at most.
 constexpr std::int64_t kLateRest = 20;
 // What a look takes until its buffers are marked.
@@ -162,8 +166,14 @@ snd_pcm_sframes_t Waiting(snd_pcm_t* pcm) {
 }
 
 std::int64_t UntilHeard(const WaveDevice& device, snd_pcm_sframes_t waiting) {
-  if (device.queue.empty() || device.fed < device.queue.front()->bufferLength) return kShortestRest;
-  const std::uint64_t behind = device.fed - device.queue.front()->bufferLength;
+  const std::size_t most = soundIsWatched ? 1 : 2;
+  std::uint64_t heard = 0;  // bytes
+  for (std::size_t i = 0; i < std::min(most, device.queue.size()); ++i) {
+    if (heard + device.queue[i]->bufferLength > device.fed) break;
+    heard += device.queue[i]->bufferLength;
+  }
+  if (heard == 0) return kShortestRest;
+  const std::uint64_t behind = device.fed - heard;
   const auto frames = waiting - static_cast<snd_pcm_sframes_t>(behind / device.format.blockAlign);
   return std::clamp(frames * 1000 / device.format.samplesPerSecond + 1, kShortestRest,
                     kLongestRest);

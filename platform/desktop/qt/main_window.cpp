@@ -25,6 +25,7 @@
 #include "platform/desktop/main_loop.h"
 #include "platform/desktop/qt/accessibility.h"
 #include "platform/desktop/qt/song_uris.h"
+#include "platform/desktop/sound_watch.h"
 
 namespace kwo::platform {
 
@@ -328,6 +329,7 @@ void MainWindow::changeEvent(QEvent* event) {
   if (event->type() != QEvent::WindowStateChange || isMinimized() == show.minimised) return;
   // Not our own doing: the desktop's.
   show.minimised = isMinimized();
+  soundIsWatched = show.OnScreen();
   PostMessage({kMessageSize, show.minimised ? kSizeMinimised : kSizeRestored, 0});
 }
 

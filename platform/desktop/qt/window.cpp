@@ -11,6 +11,7 @@
 #include "platform/desktop/qt/accessibility.h"
 #include "platform/desktop/qt/main_window.h"
 #include "platform/desktop/qt/startup_token.h"
+#include "platform/desktop/sound_watch.h"
 #include "platform/posix/screens_note.h"
 
 namespace kwo::platform {
@@ -106,6 +107,7 @@ void ShowWindow(WindowShow show) {
   if (!mainWindow) return;
   MainWindow& window = *mainWindow;
   const ShowState::Change change = window.show.Apply(show);
+  soundIsWatched = window.show.OnScreen();
   if (change.hidden) window.hide();
   if (change.minimised) window.showMinimized();
   if (change.restored) window.showNormal();
