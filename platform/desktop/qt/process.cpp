@@ -1,6 +1,7 @@
 #include "platform/process.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -186,6 +187,9 @@ int RunProcess(int count, char** arguments, int (*body)(), void (*save)(), void 
   // serve too; and the window's own scaling is by whole steps.
   if (hasX) setenv("QT_QPA_PLATFORM", "xcb", 0);
   setenv("QT_ENABLE_HIGHDPI_SCALING", "0", 1);
+  // One heap for all: threads that may not wait ask for no memory, and each other's own would have
+  // to be filled anew.
+  mallopt(M_ARENA_MAX, 1);
   FindProgramFolder();
   NameSound();
   mainThread = std::this_thread::get_id();
