@@ -21,7 +21,8 @@ void MixRows(const std::uint16_t* upper, const std::uint16_t* lower, int upperSh
         static_cast<std::uint16_t>(upper[i] * share + lower[i] * rest + 8) >> 4);
 }
 
-// Each pixel so many times.
+// Each pixel so many times.  Another thread may be presenting: what tears is whole in the next
+// frame.
 template <int kTimes>
 KWO_MAY_TEAR void RepeatPixels(const std::uint32_t* own, int width, std::uint32_t* to) {
   for (int x = 0; x < width; ++x)
@@ -55,7 +56,7 @@ Enlarger::Place Enlarger::PlaceOf(int screen) const {
   return {pixel, std::min((pixel + 1) * quarters - screen * kWhole, kWhole)};
 }
 
-// Another thread may be presenting: what tears is whole in the next frame.  So in RepeatPixels.
+// Another thread may be presenting, as above.
 KWO_MAY_TEAR void Enlarger::Spread(const std::uint32_t* own) {
   for (int x = 0; x < own_.width; ++x) {
     const std::uint64_t halves = (own[x] | std::uint64_t{own[x]} << 16) & 0x0000'FFFF'0000'FFFF;
@@ -81,6 +82,7 @@ void Enlarger::Widen(const std::uint32_t* own, int row, WideRow& wide) {
 const std::uint16_t* Enlarger::WideRowOf(const std::uint32_t* own, int row) {
   WideRow& wide = wide_[row % 2];
   if (wide.row != row) Widen(own, row, wide);
+  // A vector may be read as its elements.
   return reinterpret_cast<const std::uint16_t*>(wide.pairs.data());
 }
 

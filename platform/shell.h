@@ -30,11 +30,11 @@ struct MenuItem {
 /// 0x00BBGGRR.
 struct MenuColors {
   std::uint32_t text = 0, ground = 0xFFFFFF;
-  std::uint32_t chosenText = 0xFFFFFF, chosenGround = 0;  ///< of the item under the pointer
-  std::uint32_t mark = 0;                                 ///< of the chosen one
+  std::uint32_t pointedText = 0xFFFFFF, pointedGround = 0;  ///< of the item under the pointer
+  std::uint32_t mark = 0;                                   ///< kChosen's
 };
 
-/// Colours of the menus and tool tips from now on.
+/// Colours of the menus and tool tips from now on, but for a menu that the desktop shows.
 void SetMenuColors(const MenuColors& colors);
 
 /// Shows a menu at a place of the screen until the user has chosen or dismissed it.  The choice is

@@ -15,9 +15,11 @@ import numpy
 
 import desk
 from checks import check, finish, pixels
+from session import awaits
 
 STILL = (40, 40, 400, 160)  # of the info page nothing moves there
-MENU_GROUND = (8, 29, 43)   # half of a selected row's colour
+# Half of a selected row's colour, that colour, the mark's and the text's.
+MENU_COLORS = [(8, 29, 43), (16, 58, 86), (255, 184, 102), (216, 236, 246)]
 
 def area(x, y, width, height):
     """Of the window's picture."""
@@ -68,14 +70,21 @@ def use_menu():
     player.press(desk.FUNCTION, rest=0.4)
     mouse("key", "--delay", "30", *["Down"] * 5, "Return")
     player.press(desk.FUNCTION, rest=0.4)
-    x, y, width, height = next(place for place in map(desk.rectangle, shown())
-                               if player.on_screen(200) < place[2] < player.on_screen(300))
+    menu = awaits(lambda: next((place for place in map(desk.rectangle, shown())
+                                if player.on_screen(200) < place[2] < player.on_screen(300)), None))
+    check("the menu comes up", menu)
+    if not menu:
+        return
+    x, y, width, height = menu
+    mouse("mousemove", x + width // 2, y + height - player.on_screen(16))
     desk.run("import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "+repage", shot)
-    ground = (pixels(shot, width) == MENU_GROUND).all(axis=2).mean()
-    check("the menu has the skin's colours", ground > 0.7, ground)
+    seen = pixels(shot, width)
+    ground, *others = ((seen == color).all(axis=2).mean() for color in MENU_COLORS)
+    check("the menu has the skin's colours", ground > 0.7 and min(others) > 0.0002, (ground, others))
+    row = seen[height - player.on_screen(16)] == MENU_COLORS[1]
+    check("the row under the pointer too", row.all(axis=1).mean() > 0.6)
     check("it is as large as the window makes it look", 210 < width / player.scale < 260 and
           230 < height / player.scale < 270, (width, height))
-    mouse("mousemove", x + width // 2, y + height - player.on_screen(16))
     mouse("click", 1)
 
 
@@ -116,6 +125,7 @@ desk.run("setxkbmap", "de")
 work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-hands-"))
 shot = work / "shot.png"
 player = desk.Player(program)
+teller = None
 try:
     time.sleep(1.5)
     # The thumb of the volume, held and let go.
@@ -225,7 +235,11 @@ try:
     desk.run("xsetroot", "-solid", "#00ff00")
     for dots in (192, 120, 144, 168):
         subprocess.run(["xrdb", "-merge"], input=f"Xft.dpi: {dots}\n", text=True, check=True)
-        player.start(scale=dots / 96)
+        # On Wayland desktops the window has alpha.
+        wayland = {"WAYLAND_DISPLAY": "none"} if dots == 144 else {}
+        player.start(scale=dots / 96, **wayland)
+        depth = 32 if wayland else 24
+        check(f"{depth} bits a pixel", f"Depth: {depth}" in desk.run("xwininfo", "-id", player.window))
         place = desk.geometry(player.window)
         check(f"at {dots} dots an inch the window is wholly on the screen",
               0 <= place[0] <= 1280 - player.on_screen(488) and
@@ -254,23 +268,32 @@ try:
     time.sleep(0.5)
     player.start()
     time.sleep(1.5)
-    for dots in (144, 96):
+    for dots in (192, 144):
         tell.write_text(f"Xft/DPI {1024 * dots}\n")
         teller.send_signal(signal.SIGHUP)
-        time.sleep(1.5)
         player.scale = dots / 96
+        size = (player.on_screen(488), player.on_screen(302))
+        check(f"the window follows to {dots} dots an inch",
+              awaits(lambda: desk.rectangle(player.window)[2:] == size))
+        time.sleep(0.5)
         player.place = desk.geometry(player.window)
-        check(f"the window follows to {dots} dots an inch", desk.rectangle(player.window)[2:] ==
-              (player.on_screen(488), player.on_screen(302)))
         check("its shape too", (outside() == own_outside(player.scale)).all())
         press_edges()
         use_menu()
-    teller.kill()
+    tip_ground = (area(0, 0, *size) == MENU_COLORS[0]).all(axis=2).sum()
+    player.move(*desk.REMOVE)
+    mouse("mousemove_relative", 1, 0)
+    check("a tip has the skin's colours", awaits(
+        lambda: (area(0, 0, *size) == MENU_COLORS[0]).all(axis=2).sum() > tip_ground + 1000))
     check("the end is in order", player.quit() == 0)
     check("presses go to the pixel", setting("SLIDERVOL") == 99, setting("SLIDERVOL"))
+    check("the menu's item is the one under the pointer", setting("PLAYLISTDISPLAYMODE") == 4)
 finally:
     if player.process.poll() is None:
         player.process.kill()
+    if teller:
+        teller.kill()
+        teller.wait()
     player.remove()
     subprocess.run(["rm", "-rf", work])
 finish("the hands")

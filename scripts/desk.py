@@ -4,6 +4,7 @@ Needs DISPLAY with a window manager, xdotool, ImageMagick's `import` and, for so
 import math
 import os
 import pathlib
+import re
 import shutil
 import signal
 import subprocess
@@ -28,7 +29,7 @@ VOLUME_SLIDER = (239, 118, 448, 135)  # where it takes presses: left, top, and w
 THIRD_BAND = (178, 100)  # of the equaliser's curve
 EQ_SWITCH, DJ = (60, 218), (120, 111)
 PRESET_BACK, PRESET_NAME, PRESET_FORWARD = (99, 203), (244, 203), (389, 203)
-AUTO = (174, 105)
+AUTO, MINIMISE = (174, 105), (174, 142)
 
 
 def run(*command, **options):
@@ -100,10 +101,10 @@ class Player:
                 (self.folder / data).symlink_to(ROOT / data)
         self.start()
 
-    def start(self, scale=1, width=488):
+    def start(self, scale=1, width=488, **environment):
         """Where the screen is `scale` times as dense as a plain one; a skin may have another width."""
         self.scale = scale
-        environment = dict(os.environ, XDG_CONFIG_HOME=str(self.folder / "config"))
+        environment = dict(os.environ, XDG_CONFIG_HOME=str(self.folder / "config"), **environment)
         (self.folder / "config").mkdir(exist_ok=True)
         begun = time.monotonic()
         self.process = subprocess.Popen([self.program], env=environment, cwd=self.folder,
@@ -182,9 +183,12 @@ class Player:
         """Of the thread with that name, in a second."""
         tasks = pathlib.Path(f"/proc/{self.process.pid}/task").iterdir()
         task = next(t for t in tasks if (t / "comm").read_text().strip() == thread)
-        before = int((task / "schedstat").read_text().split()[2])
+        def switches():
+            return int(re.search(r"\nvoluntary_ctxt_switches:\s+(\d+)",
+                                 (task / "status").read_text())[1])
+        before = switches()
         time.sleep(seconds)
-        return (int((task / "schedstat").read_text().split()[2]) - before) / seconds
+        return (switches() - before) / seconds
 
     def threads(self):
         return len(os.listdir(f"/proc/{self.process.pid}/task"))

@@ -9,7 +9,7 @@ SONGS = [("Harbour Lights", "Slow Tide"), ("Ida Voss", "Paper Lanterns"),
 SELECTED = (3, 4)
 
 
-def write(folder, player, songs=SONGS):
+def write(folder, player_folder, songs=SONGS):
     """Writes songs into a folder, and their list as the player's; all are the demo song."""
     sound = (desk.ROOT / "music/one-horizon.mp3").read_bytes()[:-128]
     lines = "VERSION 10\r\n"
@@ -18,4 +18,4 @@ def write(folder, player, songs=SONGS):
         path.write_bytes(sound + b"TAG" + title.encode().ljust(30, b"\0") +
                          artist.encode().ljust(30, b"\0") + bytes(65))
         lines += f"ADD {path}\r\n" + ("SELECTED\r\n" if number in SELECTED else "")
-    (player / "HISTORY.PLA").write_text(lines, newline="")
+    (player_folder / "HISTORY.PLA").write_text(lines, newline="")

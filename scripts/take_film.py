@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Films a tour of the window without a desktop, as a moving picture in which it loops.
+"""Films a tour of the window without a desktop, as a moving picture that begins anew at its end.
 usage: take_film.py DRIVE_WINDOW OUT.webp      needs img2webp (Debian's webp) and ImageMagick"""
 import pathlib
 import subprocess
@@ -10,6 +10,7 @@ import desk
 import shown_list
 
 FRAME = 50  # milliseconds
+TOUCH = 30  # that a hand of the script takes for a move, for a press and for letting go
 QUALITY = 75
 ARROW = "M 0,0 L 0,16 L 4,12 L 7,18 L 9,17 L 6,11 L 11,11 Z"
 CURVE = [(152, 130), (170, 108), (196, 134), (226, 152), (256, 168), (290, 140), (316, 112),
@@ -37,20 +38,25 @@ class Tour:
             share = frame / frames
             share = share * share * (3 - 2 * share)
             self.place = tuple(round(a + (b - a) * share) for a, b in zip(start, place))
-            self.say("move {} {}".format(*self.place))
-            self.stay(FRAME)
+            self.touch("move {} {}".format(*self.place))
+
+    def touch(self, command):
+        """What the hand does, in the time of one frame."""
+        self.say(command, f"wait {FRAME - TOUCH}", f"shot {len(self.pointers):04}.png")
+        self.pointers.append(self.place)
 
     def press(self, place, rest):
         self.go(place)
-        self.say("press {} {}".format(*place))
+        self.touch("down")
+        self.touch("up")
         self.stay(rest)
 
     def drag(self, places, milliseconds, rest):
         self.go(places[0])
-        self.say("down")
+        self.touch("down")
         for place in places[1:]:
             self.go(place, milliseconds // (len(places) - 1))
-        self.say("up")
+        self.touch("up")
         self.stay(rest)
 
 
@@ -74,7 +80,7 @@ for _ in range(3):
 tour.go((300, 220))
 tour.stay(900)
 tour.press(desk.DISPLAY_MODE, 200)
-for _ in range(6):
+for _ in range(6):  # to the one that it began with
     tour.say("press {} {}".format(*desk.VISUALISER))
 tour.go((300, 220))
 

@@ -50,12 +50,12 @@ std::uint32_t Ground(std::uint32_t color, std::uint32_t text, int steps) {
 platform::MenuColors SkinMenuColors() {
   const std::uint32_t text = skin.FontColor;
   const std::uint32_t ground = Ground(skin.SelectedSongColor, text, kBackground);
-  const std::uint32_t chosen = Ground(skin.SelectedSongColor, text, 0);
-  // Where both grounds are alike the chosen item has the two colours exchanged.
+  const std::uint32_t pointed = Ground(skin.SelectedSongColor, text, 0);
+  // Where both grounds are alike the item under the pointer has the two colours exchanged.
   constexpr double kSeen = 1.2;
-  const bool seen = Contrast(chosen, ground) >= kSeen;
+  const bool seen = Contrast(pointed, ground) >= kSeen;
   const bool marked = Contrast(skin.CurrentSongColor, ground) >= kReadable;
-  return {text, ground, seen ? text : ground, seen ? chosen : text,
+  return {text, ground, seen ? text : ground, seen ? pointed : text,
           marked ? skin.CurrentSongColor : text};
 }
 

@@ -166,14 +166,11 @@ snd_pcm_sframes_t Waiting(snd_pcm_t* pcm) {
 }
 
 std::int64_t UntilHeard(const WaveDevice& device, snd_pcm_sframes_t waiting) {
-  const std::size_t most = soundIsWatched ? 1 : 2;
-  std::uint64_t heard = 0;  // bytes
-  for (std::size_t i = 0; i < std::min(most, device.queue.size()); ++i) {
-    if (heard + device.queue[i]->bufferLength > device.fed) break;
-    heard += device.queue[i]->bufferLength;
-  }
-  if (heard == 0) return kShortestRest;
-  const std::uint64_t behind = device.fed - heard;
+  if (device.queue.empty() || device.fed < device.queue.front()->bufferLength) return kShortestRest;
+  std::uint64_t told = device.queue.front()->bufferLength;
+  // What comes late must not find the PCM dry: two at once only where a third has been fed.
+  if (!soundIsWatched && device.queue.size() > 2 && device.fed >= 3 * told) told *= 2;
+  const std::uint64_t behind = device.fed - told;
   const auto frames = waiting - static_cast<snd_pcm_sframes_t>(behind / device.format.blockAlign);
   return std::clamp(frames * 1000 / device.format.samplesPerSecond + 1, kShortestRest,
                     kLongestRest);

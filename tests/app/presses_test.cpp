@@ -309,7 +309,7 @@ TEST_F(Presses, EveryMenuItemDoesWhatItSays) {
         marked += item[0] == '*';
       }
       EXPECT_EQ(1, marked);
-      EXPECT_EQ(skin.SelectedSongColor, headless::MenuColors().chosenGround);
+      EXPECT_EQ(skin.SelectedSongColor, headless::MenuColors().pointedGround);
     }
     std::filesystem::remove(folder.File("song1.mp3"));
     EXPECT_EQ("list=0 2 ", menu(WIDGET_REMOVE, "Remove Dead Links"));

@@ -46,7 +46,7 @@ double Overlap(int own, int screen, double scale) {
 
 TEST(Density, EnlargedPixelIsTheMeanOfWhatItLiesUpon) {
   std::mt19937 random(3);
-  for (int quarters = 5; quarters <= 16; ++quarters) {
+  for (int quarters = 4; quarters <= 16; ++quarters) {
     const double scale = quarters / 4.0;
     const int width = 5 + quarters % 3, height = 7;
     std::vector<std::uint32_t> own(static_cast<std::size_t>(width * height));

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <tuple>
@@ -148,8 +149,8 @@ TEST(MenuColors, AreTheSkinsAsFarAsTheyCanBeRead) {
   skin.FontColor = 0xF6ECD8, skin.SelectedSongColor = 0x563A10, skin.CurrentSongColor = 0x66B8FF;
   platform::MenuColors colors = SkinMenuColors();
   EXPECT_EQ((std::vector<std::uint32_t>{0xF6ECD8, 0x2B1D08, 0xF6ECD8, 0x563A10, 0x66B8FF}),
-            (std::vector<std::uint32_t>{colors.text, colors.ground, colors.chosenText,
-                                        colors.chosenGround, colors.mark}));
+            (std::vector<std::uint32_t>{colors.text, colors.ground, colors.pointedText,
+                                        colors.pointedGround, colors.mark}));
   std::minstd_rand random(7);
   for (int i = 0; i < 2000; ++i) {
     for (std::uint32_t* color : {&skin.FontColor, &skin.SelectedSongColor, &skin.CurrentSongColor})
@@ -158,9 +159,10 @@ TEST(MenuColors, AreTheSkinsAsFarAsTheyCanBeRead) {
     colors = SkinMenuColors();
     EXPECT_EQ(skin.FontColor, colors.text);
     EXPECT_GE(contrast(colors.text, colors.ground), 4.5) << std::hex << skin.FontColor;
-    EXPECT_GE(contrast(colors.chosenText, colors.chosenGround), 4.5) << std::hex << skin.FontColor;
+    EXPECT_GE(contrast(colors.pointedText, colors.pointedGround), 4.5)
+        << std::hex << skin.FontColor;
     EXPECT_GE(contrast(colors.mark, colors.ground), 4.5) << std::hex << skin.CurrentSongColor;
-    EXPECT_GE(contrast(colors.chosenGround, colors.ground), 1.2) << std::hex << skin.FontColor;
+    EXPECT_GE(contrast(colors.pointedGround, colors.ground), 1.2) << std::hex << skin.FontColor;
   }
 }
 

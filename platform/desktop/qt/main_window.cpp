@@ -158,7 +158,8 @@ MainWindow::MainWindow(WindowProcedure newProcedure, void* newOwner)
       owner(newOwner) {
   setAttribute(Qt::WA_OpaquePaintEvent);
   setAttribute(Qt::WA_NoSystemBackground);
-  // Some Wayland desktops paint what lies outside a window's shape, unless its pixels have alpha.
+  // Some Wayland desktops pass over a window's shape.  With alpha what lies outside it is clear
+  // there too, as nobody draws it.
   if (std::getenv("WAYLAND_DISPLAY")) setAttribute(Qt::WA_TranslucentBackground);
   setMouseTracking(true);
   setAcceptDrops(true);

@@ -21,8 +21,8 @@ class SharedPicture {
   SharedPicture(const SharedPicture&) = delete;
   SharedPicture& operator=(const SharedPicture&) = delete;
 
-  /// 0x00RRGGBB by rows from the top, black at first.  Any thread may write them; the server may be
-  /// reading.
+  /// 0xFFRRGGBB by rows from the top; the highest byte counts where the window has alpha.  Any
+  /// thread may write them; the server may be reading.
   std::uint32_t* Pixels() const { return static_cast<std::uint32_t*>(memory_); }
   /// Shows so many rows.  Any thread.
   void Show(int first, int count) const;

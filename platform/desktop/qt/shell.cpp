@@ -69,8 +69,8 @@ QString MenuStyle() {
       "QMenu::separator { background: %4; height: %6px; margin: %9px 0 }"
       "QMenu::indicator { left: %11px; width: %8px; height: %8px; border-radius: %7px }"
       "QMenu::indicator:checked { background: %5 }";
-  for (const std::uint32_t color : {menuColors.ground, menuColors.text, menuColors.chosenText,
-                                    menuColors.chosenGround, menuColors.mark})
+  for (const std::uint32_t color : {menuColors.ground, menuColors.text, menuColors.pointedText,
+                                    menuColors.pointedGround, menuColors.mark})
     style = style.arg(ToColor(color).name());
   const auto scaled = [](int own) { return mainWindow ? mainWindow->density.ToScreen(own) : own; };
   const int dotRadius = scaled(3);
@@ -132,10 +132,9 @@ bool ChooseFolder(const char* title, std::string& folder) {
 void SetMenuColors(const MenuColors& colors) {
   menuColors = colors;
   QPalette tips;
-  for (const auto role : {QPalette::ToolTipBase, QPalette::Window})
-    tips.setColor(role, ToColor(colors.ground));
-  for (const auto role : {QPalette::ToolTipText, QPalette::WindowText})
-    tips.setColor(role, ToColor(colors.text));
+  tips.setColor(QPalette::ToolTipBase, ToColor(colors.ground));
+  tips.setColor(QPalette::ToolTipText, ToColor(colors.text));
+  tips.setColor(QPalette::WindowText, ToColor(colors.text));  // the frame's
   QToolTip::setPalette(tips);
 }
 
