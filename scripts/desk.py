@@ -183,6 +183,7 @@ class Player:
         """Of the thread with that name, in a second."""
         tasks = pathlib.Path(f"/proc/{self.process.pid}/task").iterdir()
         task = next(t for t in tasks if (t / "comm").read_text().strip() == thread)
+
         def switches():
             return int(re.search(r"\nvoluntary_ctxt_switches:\s+(\d+)",
                                  (task / "status").read_text())[1])

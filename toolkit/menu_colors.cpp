@@ -37,7 +37,7 @@ std::uint32_t Mixed(std::uint32_t color, std::uint32_t with, int steps) {
   return mixed;
 }
 
-// A ground on which the text can be read, at least so many steps away from a color.
+// A ground on which the text can be read, at least so many steps away from a colour.
 std::uint32_t Ground(std::uint32_t color, std::uint32_t text, int steps) {
   constexpr std::uint32_t kBlack = 0, kWhite = 0xFFFFFF;
   const std::uint32_t far = Contrast(kBlack, text) > Contrast(kWhite, text) ? kBlack : kWhite;
