@@ -142,7 +142,7 @@ stop_services() {
 }
 
 build() {
-  cmake --preset "$1" >"/tmp/kwo-configure.$$" || { cat "/tmp/kwo-configure.$$"; fail "configure $1"; }
-  rm -f "/tmp/kwo-configure.$$"
+  local told
+  told=$(cmake --preset "$1") || { printf '%s\n' "$told"; fail "configure $1"; }
   cmake --build --preset "$1" || fail "build $1"
 }

@@ -74,7 +74,8 @@ def presets_seeds():
 
 
 def drive_seeds():
-    yield b"press 144 268\nwait 900\npress 292 268\nmenu Deselect All\nrightpress 100 90\ndrag 336 126 280 130\n"
+    yield (b"press 144 268\nwait 900\npress 292 268\nmenu Deselect All\nrightpress 100 90\n"
+           b"drag 336 126 280 130\n")
     yield b"drop a.mp3 b.mp3\nshift on\nshiftdrop c\ntray left\nminimise\nrestore\ndoublepress 90 140\n"
     yield b"press 328 268\npress 208 58\ndrag 100 90 300 140\npress 244 203\ntype Sea\ncaret 1\nbackspace\n"
     yield b"press 436 268\npress 244 110\ndeactivate\nactivate\nmove 9 9\ndown\nup\ndialog x\nclose\n"
@@ -88,8 +89,8 @@ def uri_seeds():
 
 SEEDS = {"bmp": bmp_seeds, "drive": drive_seeds, "mpeg": mpeg_seeds, "playlist": playlist_seeds,
          "presets": presets_seeds, "settings": settings_seeds,
-         "skin_description": skin_description_seeds, "song": song_seeds, "tag": tag_seeds, "uri": uri_seeds,
-         "wav": wav_seeds}
+         "skin_description": skin_description_seeds, "song": song_seeds, "tag": tag_seeds,
+         "uri": uri_seeds, "wav": wav_seeds}
 
 
 LONGEST_INPUT = 9000
