@@ -93,8 +93,7 @@ void ReleaseCapture();
 void ShowPointer(bool show);
 Point PointerPosition();  ///< on the screen
 void SetPointerPosition(Point place);
-Size ScreenSize();
-/// All screens with their places on the desktop, at least one; the first is that of `ScreenSize`.
+/// All screens with their places on the desktop, at least one: the first is the main one.
 std::vector<Rectangle> Screens();
 /// Whether the screens or their density are others than in the last run, and notes them for the
 /// next: to be asked once, at the start.  While the program runs, kMessageDisplayChange tells.

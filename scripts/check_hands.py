@@ -125,7 +125,7 @@ desk.run("setxkbmap", "de")
 work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-hands-"))
 shot = work / "shot.png"
 player = desk.Player(program)
-teller = None
+teller = manager = display = None
 try:
     time.sleep(1.5)
     # The thumb of the volume, held and let go.
@@ -189,6 +189,7 @@ try:
     player.open_page("window")
     player.press(desk.AUTO)
     player.open_page("mixer")
+    caption = area(200, 8, 88, 16)
     player.move(*desk.VOLUME)
     mouse("mousedown", 1)
     mouse("mousemove", 1100, 790)
@@ -199,6 +200,7 @@ try:
     time.sleep(1.5)
     check("it comes back in the corner", bool(shown()))
     player.place = (0, 0)
+    check("with its picture", (area(200, 8, 88, 16) == caption).all())
     before = area(40, 118, 160, 16)
     for x in (300, 400, 340):
         mouse("mousemove", x, desk.VOLUME[1])
@@ -288,12 +290,36 @@ try:
     check("the end is in order", player.quit() == 0)
     check("presses go to the pixel", setting("SLIDERVOL") == 99, setting("SLIDERVOL"))
     check("the menu's item is the one under the pointer", setting("PLAYLISTDISPLAYMODE") == 4)
+
+    # A display of ten bits a channel, no whole number of the window's pixels wide.
+    display = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1366x768x30"],
+                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    os.environ["DISPLAY"] = f":{display.stdout.readline().strip()}"
+    manager = subprocess.Popen(["openbox"], stderr=subprocess.DEVNULL)
+    awaits(lambda: "window id" in desk.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
+    subprocess.run(["xrdb", "-merge"], input="Xft.dpi: 144\n", text=True, check=True)
+    player.start(scale=1.5)
+    time.sleep(1.5)
+    player.open_page("info")
+    x, y, width, height = (int(value * player.scale) for value in STILL)
+    difference = abs(area(x, y, width, height) - enlarged(plain, player.scale)).max()
+    check("thirty bits a pixel show the same", difference <= 2, difference)
+    player.open_page("window")
+    player.press(desk.AUTO)
+    mouse("mousemove", 10, 700)
+    check("the window hides", awaits(lambda: not shown()))
+    mouse("mousemove", 1365, 767)
+    check("it comes back in the last corner", awaits(shown))
+    time.sleep(1)
+    check("and stays there", shown() and
+          desk.rectangle(shown()[0]) == (1366 - 731, 768 - 453, 732, 453), shown())
+    check("the end is in order", player.quit() == 0)
 finally:
     if player.process.poll() is None:
         player.process.kill()
-    if teller:
-        teller.kill()
-        teller.wait()
+    for helper in filter(None, (teller, manager, display)):
+        helper.kill()
+        helper.wait()
     player.remove()
     subprocess.run(["rm", "-rf", work])
 finish("the hands")

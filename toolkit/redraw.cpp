@@ -74,7 +74,9 @@ platform::Rectangle SkinHost::Interface() const {
 }
 
 void SkinHost::PresentFrame() {
-  const platform::Rectangle shown = compositor.Compose(*canvas).Intersected(Interface());
+  const platform::Rectangle changed = compositor.Compose(*canvas);
+  const platform::Rectangle shown =
+      paintedBeside.exchange(false) ? Interface() : changed.Intersected(Interface());
   canvas->PresentToWindow(shown.x, shown.y, shown.width, shown.height);
 }
 

@@ -93,6 +93,7 @@ void SkinHost::BringToFront() {
 void SkinHost::PaintWhole() {
   if (!canvas) return;
   canvas->PresentToWindow(0, 0, windowWidth, windowHeight);
+  paintedBeside = true;
   platform::ShowPresented();
 }
 

@@ -144,6 +144,8 @@ class SkinHost {
   platform::Thread* threadHandle = nullptr;
   std::atomic<int> drawing = 0,
                    paused = 0;  // a hand-shake: the redraw thread's turns are the frames
+  // The main thread has presented the canvas, and maybe an older pixel over a newer frame's.
+  std::atomic<bool> paintedBeside = false;
   bool windowDrag = false;
   platform::Point pressPlace{0, 0};
 };

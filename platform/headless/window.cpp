@@ -262,11 +262,6 @@ void SetPointerPosition(Point place) {
   headless::MovePointer(place);
 }
 
-Size ScreenSize() {
-  std::lock_guard guard(lock);
-  return {desktop.screens[0].width, desktop.screens[0].height};
-}
-
 std::vector<Rectangle> Screens() {
   std::lock_guard guard(lock);
   return desktop.screens;

@@ -448,6 +448,11 @@ TEST_F(Toolkit, HiddenWindowMovesOnUnpaintedAndComesToTheFrontWithItsWholeCanvas
   ASSERT_EQ(4u * 100 * 80, pixels.size());
   for (std::size_t i = 0; i < pixels.size(); i += 4)
     ASSERT_TRUE(pixels[i] == 0x12 && pixels[i + 1] == 0x34 && pixels[i + 2] == 0x56) << i / 4;
+  DrawFrames(2);
+  host.BringToFront();
+  DrawFrames(1);
+  EXPECT_EQ((platform::Rectangle{20, 10, 60, 40}), headless::Window().lastPresented)
+      << "whatever the two threads have torn is mended";
 }
 
 TEST_F(Toolkit, FrameOfTheBackgroundDragsTheWindow) {

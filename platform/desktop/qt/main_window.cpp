@@ -233,6 +233,12 @@ void MainWindow::Rescale() {
   Shape(shape);
 }
 
+void MainWindow::FollowNativeWindow() {
+  std::lock_guard guard(screenLock);
+  for (const ScreenPicture* picture : {&plain, &enlarged})
+    if (picture->shared) picture->shared->Follow(*windowHandle());
+}
+
 QPaintEngine* MainWindow::paintEngine() const {
   return IsDirect() ? nullptr : QWidget::paintEngine();
 }
@@ -263,8 +269,12 @@ void MainWindow::ShowRows() {
 }
 
 void MainWindow::PutCaption() {
-  std::lock_guard guard(captionLock);
-  setWindowTitle(FromBytes(caption.c_str()));
+  QString title;
+  {
+    std::lock_guard guard(captionLock);
+    title = FromBytes(caption.c_str());
+  }
+  setWindowTitle(title);
 }
 
 void MainWindow::paintEvent(QPaintEvent* event) {

@@ -39,6 +39,9 @@ class MainWindow : public QWidget {
   void Shape(const std::vector<Rectangle>& runs);
   /// Takes the screen's density anew.
   void Rescale();
+  /// To be called when it has been shown: the toolkit makes the native window anew where it has
+  /// been put before the others, or back among them, since it was shown last.
+  void FollowNativeWindow();
   void PutCaption();
   /// What any thread presents into: 32 bits a pixel, from the top, without padding.
   std::uint32_t* OwnPixels() const { return plain.Pixels(); }

@@ -23,8 +23,10 @@ xcb_connection_t* Display() {
 template <typename Reply>
 using Answer = std::unique_ptr<Reply, decltype(&std::free)>;
 
-// Whether pixels of this depth are words as ours are.
+// Whether pixels of this depth are words as ours are, eight bits a channel.
 bool HasOurPixels(const xcb_setup_t& setup, std::uint8_t depth) {
+  constexpr std::uint8_t kOpaqueDepth = 24, kAlphaDepth = 32;
+  if (depth != kOpaqueDepth && depth != kAlphaDepth) return false;
   const auto order = std::endian::native == std::endian::little ? XCB_IMAGE_ORDER_LSB_FIRST
                                                                 : XCB_IMAGE_ORDER_MSB_FIRST;
   if (setup.image_byte_order != order) return false;
@@ -80,6 +82,10 @@ SharedPicture::~SharedPicture() {
     xcb_flush(display);
   }
   shmdt(memory_);
+}
+
+void SharedPicture::Follow(const QWindow& window) {
+  window_ = static_cast<xcb_window_t>(window.winId());
 }
 
 void SharedPicture::Show(int first, int count) const {

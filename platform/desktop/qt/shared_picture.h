@@ -24,6 +24,9 @@ class SharedPicture {
   /// 0xFFRRGGBB by rows from the top; the highest byte counts where the window has alpha.  Any
   /// thread may write them; the server may be reading.
   std::uint32_t* Pixels() const { return static_cast<std::uint32_t*>(memory_); }
+  /// From now on it shows in a window that has taken the place of its own.  Main thread, while
+  /// nobody else shows rows.
+  void Follow(const QWindow& window);
   /// Shows so many rows.  Any thread.
   void Show(int first, int count) const;
 

@@ -111,7 +111,10 @@ void ShowWindow(WindowShow show) {
   if (change.hidden) window.hide();
   if (change.minimised) window.showMinimized();
   if (change.restored) window.showNormal();
-  if (change.shown && !window.show.minimised) window.QWidget::show();
+  if (change.shown && !window.show.minimised) {
+    window.QWidget::show();
+    window.FollowNativeWindow();
+  }
   if (change.shown || change.restored) PostMessage({kMessagePaint, 0, 0});
   SendChange(change, window.procedure, window.owner);
 }
@@ -149,18 +152,13 @@ void SetPointerPosition(Point place) {
   QCursor::setPos(ToScreen(place));
 }
 
-Size ScreenSize() {
-  const QSize size = QGuiApplication::primaryScreen()->size();
-  const Point corner = ToOwn({size.width(), size.height()});
-  return {corner.x, corner.y};
-}
-
 std::vector<Rectangle> Screens() {
   std::vector<Rectangle> screens;
   for (const QScreen* screen : QGuiApplication::screens()) {
-    const QRect place = screen->geometry();
-    const Point corner = ToOwn(place.topLeft()), size = ToOwn({place.width(), place.height()});
-    const Rectangle told{corner.x, corner.y, size.x, size.y};
+    // The pointer's utmost places are in the corner pixels.
+    const Point first = ToOwn(screen->geometry().topLeft());
+    const Point last = ToOwn(screen->geometry().bottomRight());
+    const Rectangle told{first.x, first.y, last.x + 1 - first.x, last.y + 1 - first.y};
     screens.insert(screen == QGuiApplication::primaryScreen() ? screens.begin() : screens.end(),
                    told);
   }
