@@ -125,7 +125,8 @@ bool TakePiece(WaveDevice& device) {
 snd_pcm_sframes_t WritePcm(WaveDevice& device, const char* bytes, std::size_t size) {
   const snd_pcm_sframes_t taken =
       snd_pcm_writei(device.pcm, bytes, size / device.format.blockAlign);
-  return taken == -EPIPE || taken == -ESTRPIPE || taken == -EINTR
+  // Not one that was suspended: it may have lost what it held.
+  return taken == -EPIPE || taken == -EINTR
              ? snd_pcm_recover(device.pcm, static_cast<int>(taken), 1)
              : taken;
 }
@@ -171,7 +172,9 @@ std::int64_t UntilHeard(const WaveDevice& device, snd_pcm_sframes_t waiting) {
   // What comes late must not find the PCM dry: two at once only where a third has been fed.
   if (!soundIsWatched && device.queue.size() > 2 && device.fed >= 3 * told) told *= 2;
   const std::uint64_t behind = device.fed - told;
-  const auto frames = waiting - static_cast<snd_pcm_sframes_t>(behind / device.format.blockAlign);
+  // Nor may a PCM that holds little more than a buffer run dry before there is room for the next.
+  const auto frames = std::min(
+      waiting - static_cast<snd_pcm_sframes_t>(behind / device.format.blockAlign), waiting / 2);
   return std::clamp(frames * 1000 / device.format.samplesPerSecond + 1, kShortestRest,
                     kLongestRest);
 }
