@@ -93,7 +93,8 @@ void ReleaseCapture();
 void ShowPointer(bool show);
 Point PointerPosition();  ///< on the screen
 void SetPointerPosition(Point place);
-/// All screens with their places on the desktop, at least one: the first is the main one.
+/// All screens with their places on the desktop, at least one: the first is the main one.  A last
+/// pixel that lies on a screen in part counts.
 std::vector<Rectangle> Screens();
 /// Whether the screens or their density are others than in the last run, and notes them for the
 /// next: to be asked once, at the start.  While the program runs, kMessageDisplayChange tells.

@@ -122,6 +122,7 @@ os.environ["LC_ALL"] = "C.UTF-8"  # for what xdotool types
 # With ä and € on its keys: for others xdotool changes a key's meaning just before it presses it, and
 # who hears of it too late loses the letter.
 desk.run("setxkbmap", "de")
+desk.run("xsetroot", "-solid", "#00ff00")
 work = pathlib.Path(tempfile.mkdtemp(prefix="kwo-hands-"))
 shot = work / "shot.png"
 player = desk.Player(program)
@@ -201,6 +202,11 @@ try:
     check("it comes back in the corner", bool(shown()))
     player.place = (0, 0)
     check("with its picture", (area(200, 8, 88, 16) == caption).all())
+    check("and its shape", (outside() == own_outside(player.scale)).all())
+    player.window = shown()[0]
+    check("under its name", player.caption() == "0.mp3", player.caption())
+    check("before all others",
+          "_STATE_ABOVE" in desk.run("xprop", "-id", player.window, "_NET_WM_STATE"))
     before = area(40, 118, 160, 16)
     for x in (300, 400, 340):
         mouse("mousemove", x, desk.VOLUME[1])
@@ -234,7 +240,6 @@ try:
     player.open_page("info")
     plain = area(*STILL)
     player.quit()
-    desk.run("xsetroot", "-solid", "#00ff00")
     for dots in (192, 120, 144, 168):
         subprocess.run(["xrdb", "-merge"], input=f"Xft.dpi: {dots}\n", text=True, check=True)
         # On Wayland desktops the window has alpha.

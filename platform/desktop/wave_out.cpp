@@ -172,7 +172,7 @@ std::int64_t UntilHeard(const WaveDevice& device, snd_pcm_sframes_t waiting) {
   // What comes late must not find the PCM dry: two at once only where a third has been fed.
   if (!soundIsWatched && device.queue.size() > 2 && device.fed >= 3 * told) told *= 2;
   const std::uint64_t behind = device.fed - told;
-  // Nor may a PCM that holds little more than a buffer run dry before there is room for the next.
+  // Nor may a PCM that holds little more than a buffer run dry before it is fed again.
   const auto frames = std::min(
       waiting - static_cast<snd_pcm_sframes_t>(behind / device.format.blockAlign), waiting / 2);
   return std::clamp(frames * 1000 / device.format.samplesPerSecond + 1, kShortestRest,

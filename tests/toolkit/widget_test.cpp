@@ -453,6 +453,9 @@ TEST_F(Toolkit, HiddenWindowMovesOnUnpaintedAndComesToTheFrontWithItsWholeCanvas
   DrawFrames(1);
   EXPECT_EQ((platform::Rectangle{20, 10, 60, 40}), headless::Window().lastPresented)
       << "whatever the two threads have torn is mended";
+  const int mended = headless::Window().presented;
+  DrawFrames(1);
+  EXPECT_EQ(mended, headless::Window().presented);
 }
 
 TEST_F(Toolkit, FrameOfTheBackgroundDragsTheWindow) {

@@ -111,10 +111,8 @@ void ShowWindow(WindowShow show) {
   if (change.hidden) window.hide();
   if (change.minimised) window.showMinimized();
   if (change.restored) window.showNormal();
-  if (change.shown && !window.show.minimised) {
-    window.QWidget::show();
-    window.FollowNativeWindow();
-  }
+  if (change.shown && !window.show.minimised) window.QWidget::show();
+  window.FollowNativeWindow();
   if (change.shown || change.restored) PostMessage({kMessagePaint, 0, 0});
   SendChange(change, window.procedure, window.owner);
 }
@@ -155,7 +153,7 @@ void SetPointerPosition(Point place) {
 std::vector<Rectangle> Screens() {
   std::vector<Rectangle> screens;
   for (const QScreen* screen : QGuiApplication::screens()) {
-    // The pointer's utmost places are in the corner pixels.
+    // A last pixel that lies half on the screen counts: the pointer rests in it in a corner.
     const Point first = ToOwn(screen->geometry().topLeft());
     const Point last = ToOwn(screen->geometry().bottomRight());
     const Rectangle told{first.x, first.y, last.x + 1 - first.x, last.y + 1 - first.y};
