@@ -59,7 +59,7 @@ def press_edges():
     left, top, right, bottom = (player.on_screen(value) for value in desk.VOLUME_SLIDER)
     high = (top + bottom) // 2
     for x, y in ((left, top), (left, bottom - 1), (right - 1, bottom - 1), (left - 1, high),
-                 (right, high), (left + 4, top - 1), (left + 4, bottom)):
+                 (right, high), (left + 4, top - 1), (right - 5, bottom)):
         desk.run("xdotool", "mousemove", player.place[0] + x, player.place[1] + y, "click", 1)
         time.sleep(0.1)
 
