@@ -323,7 +323,7 @@ finally:
     if player.process.poll() is None:
         player.process.kill()
     for helper in filter(None, (teller, manager, display)):
-        helper.kill()
+        helper.terminate()
         helper.wait()
     player.remove()
     subprocess.run(["rm", "-rf", work])
